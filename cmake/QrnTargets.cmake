@@ -1,0 +1,91 @@
+# Helpers that give every library the same shape: a shared library with hidden visibility,
+# an export header, a qrn:: alias, and install rules into one CMake package.
+include(GenerateExportHeader)
+include(CMakePackageConfigHelpers)
+
+set_property(GLOBAL PROPERTY QRN_INSTALLED_TARGETS "")
+
+function(qrn_warnings target)
+  if(MSVC)
+    target_compile_options(${target} PRIVATE /W4)
+  else()
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wno-unused-parameter)
+    if(QRN_WERROR)
+      target_compile_options(${target} PRIVATE -Werror)
+    endif()
+  endif()
+endfunction()
+
+# qrn_add_library(NAME <target> ROOT <include root> HEADERS ... SOURCES ... [PUBLIC_DEPS ...] [PRIVATE_DEPS ...])
+# Headers are given relative to ROOT; they are the public headers, installed as they are laid out.
+function(qrn_add_library)
+  cmake_parse_arguments(A "" "NAME;ROOT;INSTALL_PREFIX" "HEADERS;SOURCES;PUBLIC_DEPS;PRIVATE_DEPS" ${ARGN})
+  add_library(${A_NAME} SHARED ${A_SOURCES})
+  add_library(qrn::${A_NAME} ALIAS ${A_NAME})
+  string(TOUPPER ${A_NAME} upper)
+  set(export_dir ${CMAKE_BINARY_DIR}/export)
+  generate_export_header(${A_NAME}
+    BASE_NAME ${upper}
+    EXPORT_FILE_NAME ${export_dir}/${A_NAME}/${A_NAME}_export.h)
+  target_include_directories(${A_NAME} PUBLIC
+    $<BUILD_INTERFACE:${A_ROOT}>
+    $<BUILD_INTERFACE:${export_dir}>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  if(A_INSTALL_PREFIX)
+    target_include_directories(${A_NAME} PUBLIC
+      $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/${A_INSTALL_PREFIX}>)
+  endif()
+  target_link_libraries(${A_NAME} PUBLIC ${A_PUBLIC_DEPS} PRIVATE ${A_PRIVATE_DEPS})
+  set_target_properties(${A_NAME} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  if(WIN32)
+    # Self-contained DLLs: no MinGW runtime DLLs to ship beside them.
+    target_link_options(${A_NAME} PRIVATE -static-libgcc -static-libstdc++)
+  endif()
+  qrn_warnings(${A_NAME})
+  foreach(h ${A_HEADERS})
+    get_filename_component(dir ${h} DIRECTORY)
+    install(FILES ${A_ROOT}/${h} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${A_INSTALL_PREFIX}/${dir})
+  endforeach()
+  install(FILES ${export_dir}/${A_NAME}/${A_NAME}_export.h
+          DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${A_NAME})
+  install(TARGETS ${A_NAME} EXPORT qrnTargets
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endfunction()
+
+function(qrn_install_package)
+  install(EXPORT qrnTargets NAMESPACE qrn:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/qrn)
+  configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/qrnConfig.cmake.in
+    ${CMAKE_BINARY_DIR}/qrnConfig.cmake
+    INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/qrn)
+  write_basic_package_version_file(${CMAKE_BINARY_DIR}/qrnConfigVersion.cmake
+    COMPATIBILITY SameMajorVersion)
+  install(FILES ${CMAKE_BINARY_DIR}/qrnConfig.cmake ${CMAKE_BINARY_DIR}/qrnConfigVersion.cmake
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/qrn)
+endfunction()
+
+# qrn_add_test(NAME <exe> LABEL unit|gl|image SOURCES ... LIBS ...)
+# One executable per folder and label. On Linux each GoogleTest case is its own CTest test;
+# a cross build registers the executable once, run through the cross-compiling emulator.
+function(qrn_add_test)
+  cmake_parse_arguments(A "" "NAME;LABEL" "SOURCES;LIBS" ${ARGN})
+  add_executable(${A_NAME} ${A_SOURCES})
+  target_link_libraries(${A_NAME} PRIVATE ${A_LIBS} GTest::gtest GTest::gtest_main)
+  qrn_warnings(${A_NAME})
+  if(WIN32)
+    target_link_options(${A_NAME} PRIVATE -static-libgcc -static-libstdc++)
+  endif()
+  set(labels ${A_LABEL})
+  if(WIN32)
+    list(APPEND labels win32)
+  endif()
+  if(CMAKE_CROSSCOMPILING)
+    add_test(NAME ${A_NAME} COMMAND ${A_NAME})
+    set_tests_properties(${A_NAME} PROPERTIES LABELS "${labels}")
+  else()
+    gtest_discover_tests(${A_NAME}
+      DISCOVERY_MODE PRE_TEST
+      PROPERTIES LABELS "${labels}")
+  endif()
+endfunction()

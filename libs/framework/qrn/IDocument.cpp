@@ -1,0 +1,7 @@
+#include "qrn/IDocument.h"
+
+namespace qrn {
+
+IDocument::~IDocument() = default;
+
+} // namespace qrn

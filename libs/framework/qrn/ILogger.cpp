@@ -1,0 +1,7 @@
+#include "qrn/ILogger.h"
+
+namespace qrn {
+
+ILogger::~ILogger() = default;
+
+} // namespace qrn

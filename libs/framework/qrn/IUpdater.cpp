@@ -1,0 +1,7 @@
+#include "qrn/IUpdater.h"
+
+namespace qrn {
+
+IUpdater::~IUpdater() = default;
+
+} // namespace qrn

@@ -1,0 +1,7 @@
+#include "qrngl/ICanvas.h"
+
+namespace qrngl {
+
+ICanvas::~ICanvas() = default;
+
+} // namespace qrngl

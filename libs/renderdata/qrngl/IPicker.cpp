@@ -1,0 +1,7 @@
+#include "qrngl/IPicker.h"
+
+namespace qrngl {
+
+IPicker::~IPicker() = default;
+
+} // namespace qrngl

@@ -1,0 +1,7 @@
+#include "qrngl/IRenderContext.h"
+
+namespace qrngl {
+
+IRenderContext::~IRenderContext() = default;
+
+} // namespace qrngl

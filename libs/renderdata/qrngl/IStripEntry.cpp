@@ -1,0 +1,7 @@
+#include "qrngl/IStripEntry.h"
+
+namespace qrngl {
+
+IStripEntry::~IStripEntry() = default;
+
+} // namespace qrngl

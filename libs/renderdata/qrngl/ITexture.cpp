@@ -1,0 +1,7 @@
+#include "qrngl/ITexture.h"
+
+namespace qrngl {
+
+ITexture::~ITexture() = default;
+
+} // namespace qrngl

@@ -1,0 +1,18 @@
+#include "qrngl/SCStripRenderer.h"
+
+namespace qrngl {
+
+SCStripRenderer::SCStripRenderer() : qrnsg::Schema(qrnsg::SCHEMA_STRIP_RENDERER) {}
+
+std::shared_ptr<qrnsg::Schema> SCStripRenderer::clone() const {
+    return std::make_shared<SCStripRenderer>(*this);
+}
+
+void SCStripRenderer::clear() {
+    meshes.clear();
+    polylines.clear();
+    points.clear();
+    texts.clear();
+}
+
+} // namespace qrngl

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "qrngl/IStripEntry.h"
+#include "qrngldata/qrngldata_export.h"
+#include "qrnsg/Schema.h"
+
+#include <memory>
+#include <vector>
+
+namespace qrngl {
+
+// The drawables of the scene, one entry per mesh, polyline, point set and text, indexed by
+// the drawable index of the run-time transform pairs.
+class QRNGLDATA_EXPORT SCStripRenderer : public qrnsg::Schema {
+public:
+    SCStripRenderer();
+    std::shared_ptr<qrnsg::Schema> clone() const override;
+    void clear() override;
+
+    std::vector<std::shared_ptr<IStripEntry>> meshes;
+    std::vector<std::shared_ptr<IStripEntry>> polylines;
+    std::vector<std::shared_ptr<IStripEntry>> points;
+    std::vector<std::shared_ptr<IStripEntry>> texts;
+};
+
+} // namespace qrngl

@@ -1,0 +1,125 @@
+#include "qrnglutils/MeshStripEntry.h"
+
+#include "qrngl/GL.h"
+
+#include <cstddef>
+
+namespace qrnglutils {
+
+namespace {
+const void* offset(std::size_t bytes) {
+    return reinterpret_cast<const void*>(bytes);
+}
+} // namespace
+
+MeshStripEntry::MeshStripEntry(const qrnsg::Mesh& mesh)
+    : m_indices(mesh.indices.begin(), mesh.indices.end()), m_indexCount(mesh.indices.size()),
+      m_hasNormals(mesh.normals.size() == mesh.vertices.size() && !mesh.vertices.empty()),
+      m_hasTexCoords(mesh.texCoords.size() == mesh.vertices.size() && !mesh.vertices.empty()),
+      m_shortIndices(mesh.vertices.size() <= 0xFFFF) {
+    m_stride = 3 + (m_hasNormals ? 3 : 0) + (m_hasTexCoords ? 2 : 0);
+    m_vertices.reserve(mesh.vertices.size() * static_cast<std::size_t>(m_stride));
+    for (std::size_t i = 0; i < mesh.vertices.size(); ++i) {
+        const auto& v = mesh.vertices[i];
+        m_vertices.insert(m_vertices.end(), {v[0], v[1], v[2]});
+        if (m_hasNormals) {
+            const auto& n = mesh.normals[i];
+            m_vertices.insert(m_vertices.end(), {n[0], n[1], n[2]});
+        }
+        if (m_hasTexCoords) {
+            const auto& t = mesh.texCoords[i];
+            m_vertices.insert(m_vertices.end(), {t[0], t[1]});
+        }
+    }
+}
+
+MeshStripEntry::~MeshStripEntry() = default;
+
+void MeshStripEntry::prepare() const {
+    if (m_prepared)
+        return;
+    m_prepared = true;
+    if (GLEW_VERSION_1_5) {
+        glGenBuffers(1, &m_vbo);
+        glBindBuffer(GL_ARRAY_BUFFER, m_vbo);
+        glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(m_vertices.size() * sizeof(float)),
+                     m_vertices.data(), GL_STATIC_DRAW);
+        glBindBuffer(GL_ARRAY_BUFFER, 0);
+        glGenBuffers(1, &m_ibo);
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, m_ibo);
+        if (m_shortIndices) {
+            std::vector<std::uint16_t> shorts(m_indices.begin(), m_indices.end());
+            glBufferData(GL_ELEMENT_ARRAY_BUFFER,
+                         static_cast<GLsizeiptr>(shorts.size() * sizeof(std::uint16_t)),
+                         shorts.data(), GL_STATIC_DRAW);
+        } else {
+            glBufferData(GL_ELEMENT_ARRAY_BUFFER,
+                         static_cast<GLsizeiptr>(m_indices.size() * sizeof(std::uint32_t)),
+                         m_indices.data(), GL_STATIC_DRAW);
+        }
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+    } else {
+        // Without buffer objects, a display list holds the geometry on the driver's side.
+        m_list = glGenLists(1);
+        glNewList(m_list, GL_COMPILE);
+        glBegin(GL_TRIANGLES);
+        for (std::uint32_t i : m_indices) {
+            const float* v = &m_vertices[static_cast<std::size_t>(i) * m_stride];
+            if (m_hasNormals)
+                glNormal3fv(v + 3);
+            if (m_hasTexCoords)
+                glTexCoord2fv(v + (m_hasNormals ? 6 : 3));
+            glVertex3fv(v);
+        }
+        glEnd();
+        glEndList();
+    }
+    std::vector<float>().swap(m_vertices);
+    std::vector<std::uint32_t>().swap(m_indices);
+}
+
+void MeshStripEntry::render() const {
+    if (m_indexCount == 0)
+        return;
+    prepare();
+    if (m_list) {
+        glCallList(m_list);
+        return;
+    }
+    const GLsizei stride = static_cast<GLsizei>(m_stride * sizeof(float));
+    glBindBuffer(GL_ARRAY_BUFFER, m_vbo);
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glVertexPointer(3, GL_FLOAT, stride, offset(0));
+    if (m_hasNormals) {
+        glEnableClientState(GL_NORMAL_ARRAY);
+        glNormalPointer(GL_FLOAT, stride, offset(3 * sizeof(float)));
+    }
+    if (m_hasTexCoords) {
+        glEnableClientState(GL_TEXTURE_COORD_ARRAY);
+        glTexCoordPointer(2, GL_FLOAT, stride, offset((m_hasNormals ? 6 : 3) * sizeof(float)));
+    }
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, m_ibo);
+    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(m_indexCount),
+                   m_shortIndices ? GL_UNSIGNED_SHORT : GL_UNSIGNED_INT, offset(0));
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+    if (m_hasTexCoords)
+        glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+    if (m_hasNormals)
+        glDisableClientState(GL_NORMAL_ARRAY);
+    glDisableClientState(GL_VERTEX_ARRAY);
+    // Unbound again so that later client-side arrays are not read as buffer offsets.
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+}
+
+void MeshStripEntry::release() {
+    if (m_vbo)
+        glDeleteBuffers(1, &m_vbo);
+    if (m_ibo)
+        glDeleteBuffers(1, &m_ibo);
+    if (m_list)
+        glDeleteLists(m_list, 1);
+    m_vbo = m_ibo = m_list = 0;
+    m_indexCount = 0;
+}
+
+} // namespace qrnglutils

@@ -1,0 +1,7 @@
+#include "qrnsg/IFactory.h"
+
+namespace qrnsg {
+
+IFactory::~IFactory() = default;
+
+} // namespace qrnsg

@@ -1,0 +1,7 @@
+#include "qrnsg/IPairFunctor.h"
+
+namespace qrnsg {
+
+IPairFunctor::~IPairFunctor() = default;
+
+} // namespace qrnsg

@@ -1,0 +1,24 @@
+#include "qrnsg/SCFactory.h"
+
+#include "qrnsg/SCPmi.h"
+#include "qrnsg/SCScene.h"
+#include "qrnsg/SCSceneRT.h"
+
+namespace qrnsg {
+
+SCFactory::SCFactory(std::shared_ptr<IFactory> next) : m_next(std::move(next)) {}
+
+std::shared_ptr<Schema> SCFactory::create(short type) {
+    switch (type) {
+    case SCHEMA_SCENE:
+        return std::make_shared<SCScene>();
+    case SCHEMA_SCENE_RT:
+        return std::make_shared<SCSceneRT>();
+    case SCHEMA_PMI:
+        return std::make_shared<SCPmi>();
+    default:
+        return m_next ? m_next->create(type) : nullptr;
+    }
+}
+
+} // namespace qrnsg

@@ -1,0 +1,15 @@
+#include "qrnsg/SCPmi.h"
+
+namespace qrnsg {
+
+SCPmi::SCPmi() : Schema(SCHEMA_PMI) {}
+
+std::shared_ptr<Schema> SCPmi::clone() const {
+    return std::make_shared<SCPmi>(*this);
+}
+
+void SCPmi::clear() {
+    items.clear();
+}
+
+} // namespace qrnsg

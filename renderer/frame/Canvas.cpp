@@ -1,0 +1,265 @@
+#include "frame/Canvas.h"
+
+#include "frame/FrameSetup.h"
+#include "qrngl/CameraHelper.h"
+#include "qrngl/GL.h"
+#include "qrngl/MMaterialRenderer.h"
+#include "qrngl/PLMaterialRenderer.h"
+#include "qrngl/SCRenderer.h"
+#include "qrngl/SCStripRenderer.h"
+#include "qrnsg/SCPmi.h"
+#include "qrnsg/SCScene.h"
+#include "qrnsg/SCSceneRT.h"
+#include "qrnsgutils/DataUtils.h"
+
+namespace qrngl {
+
+using qrnsg::RTState;
+
+namespace {
+
+int materialOf(const RTState& state, int id) {
+    const int* m = state.materials.find(id);
+    return m ? *m : -1;
+}
+
+template <class T>
+bool inRange(const std::vector<T>& v, int i) {
+    return i >= 0 && static_cast<std::size_t>(i) < v.size();
+}
+
+// Draws one primitive's entry when it is visible, under its own transform when it has one.
+void drawIfVisible(const RTState& state, int id,
+                   const std::vector<std::shared_ptr<IStripEntry>>& entries) {
+    const unsigned char* flags = state.flags.find(id);
+    const qrnsg::TransformPair* pair = state.transforms.find(id);
+    if (!flags || !(*flags & RTState::VISIBLE) || !pair || !inRange(entries, pair->second))
+        return;
+    const auto& entry = entries[static_cast<std::size_t>(pair->second)];
+    if (*flags & RTState::HAS_TRANSFORM) {
+        glPushMatrix();
+        glMultMatrixf(pair->first.data());
+        entry->render();
+        glPopMatrix();
+    } else {
+        entry->render();
+    }
+}
+
+// Draws the visible primitives of a line pass (polylines or points), applying the scene's
+// line material whenever the material index changes along the draw order.
+void renderLinePass(const qrnsg::SCScene& scene, const RTState& state,
+                    const std::vector<std::shared_ptr<IStripEntry>>& entries) {
+    int previous = -1;
+    for (int id : state.drawOrder) {
+        int material = materialOf(state, id);
+        if (material != previous) {
+            previous = material;
+            if (inRange(scene.plMaterials, material))
+                PLMaterialRenderer apply(scene.plMaterials[static_cast<std::size_t>(material)]);
+        }
+        drawIfVisible(state, id, entries);
+    }
+}
+
+} // namespace
+
+Canvas::Canvas(std::shared_ptr<IRenderContext> context, std::shared_ptr<qrn::IDocument> document)
+    : m_context(std::move(context)), m_document(std::move(document)), m_invalidated(false) {}
+
+Canvas::Canvas(const Canvas& other)
+    : ICanvas(other), m_context(other.m_context), m_document(other.m_document),
+      m_invalidated(other.m_invalidated) {}
+
+Canvas& Canvas::operator=(const Canvas& other) {
+    ICanvas::operator=(other);
+    m_context = other.m_context;
+    m_document = other.m_document;
+    m_invalidated = other.m_invalidated;
+    return *this;
+}
+
+Canvas::~Canvas() = default;
+
+bool Canvas::OnCreate() {
+    return true;
+}
+
+void Canvas::OnDestroy() {}
+
+void Canvas::Invalidate() {
+    m_invalidated = true;
+}
+
+void Canvas::OnSize(unsigned int, unsigned int, unsigned int width, unsigned int height) {
+    if (m_document)
+        FrameSetup::resize(*m_document, width, height);
+}
+
+void Canvas::OnDraw() const {
+    if (!m_document || !m_context)
+        return;
+    auto scene = FrameSetup::fetch<qrnsg::SCScene>(*m_document, qrnsg::SCHEMA_SCENE);
+    auto pmi = FrameSetup::fetch<qrnsg::SCPmi>(*m_document, qrnsg::SCHEMA_PMI);
+    auto rt = FrameSetup::fetch<qrnsg::SCSceneRT>(*m_document, qrnsg::SCHEMA_SCENE_RT);
+    auto renderer = FrameSetup::fetch<SCRenderer>(*m_document, qrnsg::SCHEMA_RENDERER);
+    auto strips = FrameSetup::fetch<SCStripRenderer>(*m_document, qrnsg::SCHEMA_STRIP_RENDERER);
+
+    // A document without a renderer component has nothing to draw with.
+    if (!renderer || !renderer->isReady() || !m_invalidated)
+        return;
+    m_context->activate();
+    if (scene && pmi && rt && strips) {
+        render(scene, pmi, rt, renderer, strips);
+        m_context->deactivate();
+        m_invalidated = false;
+    }
+    // Otherwise the frame stays pending: the next paint tries again.
+    m_flag = 0;
+}
+
+void Canvas::render(const Scene& scene, const Pmi& pmi, const SceneRT& rt, const Renderer& renderer,
+                    const Strips& strips) const {
+    glShadeModel(GL_SMOOTH);
+    FrameSetup::clearAndEnable();
+    if (renderer->openingRenderer)
+        renderer->openingRenderer->render();
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    if (renderer->viewRenderer)
+        renderer->viewRenderer->render();
+    if (renderer->sceneSetupRenderer)
+        renderer->sceneSetupRenderer->render();
+    for (const auto& pre : renderer->preRenderers)
+        pre->render();
+
+    if (!renderer->suppressLinesAndTexts || renderer->displayMode == 1) {
+        if (qrnsgutils::DataUtils::updateRenderState(rt->polylines.transforms,
+                                                     rt->polylines.functor, rt->polylines.flags))
+            renderPolylines(scene, pmi, rt, renderer, strips);
+        if (qrnsgutils::DataUtils::updateRenderState(rt->texts.transforms, rt->texts.functor,
+                                                     rt->texts.flags))
+            renderTexts(scene, pmi, rt, renderer, strips);
+    }
+    // Meshes after lines and texts.
+    if (qrnsgutils::DataUtils::updateRenderState(rt->meshes.transforms, rt->meshes.functor,
+                                                 rt->meshes.flags))
+        renderMeshes(scene, pmi, rt, renderer, strips);
+
+    for (const auto& post : renderer->postRenderers)
+        post->render();
+    if (renderer->closingRenderer)
+        renderer->closingRenderer->render();
+    glDisable(GL_MULTISAMPLE);
+}
+
+void Canvas::renderMeshes(const Scene& scene, const Pmi&, const SceneRT& rt,
+                          const Renderer& renderer, const Strips& strips) const {
+    if (strips->meshes.empty())
+        return;
+    const RTState& state = rt->meshes;
+    int previous = -1;
+    bool blending = false;
+    for (int id : state.drawOrder) {
+        int material = materialOf(state, id);
+        if (material != previous) {
+            previous = material;
+            // The draw order puts transparent materials last, so blending stays on once on.
+            if (!blending && inRange(rt->meshMaterialRecords, material) &&
+                rt->meshMaterialRecords[static_cast<std::size_t>(material)].isTransparent()) {
+                glEnable(GL_BLEND);
+                glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+                blending = true;
+            }
+            if (inRange(rt->meshSceneMaterials, material)) {
+                int sceneMaterial = rt->meshSceneMaterials[static_cast<std::size_t>(material)];
+                if (sceneMaterial != -1 && inRange(scene->materials, sceneMaterial))
+                    MMaterialRenderer apply(
+                        scene->materials[static_cast<std::size_t>(sceneMaterial)]);
+            }
+            if (inRange(rt->meshTextures, material)) {
+                int texture = rt->meshTextures[static_cast<std::size_t>(material)];
+                if (texture != -1 && inRange(renderer->textures, texture))
+                    renderer->textures[static_cast<std::size_t>(texture)]->bind();
+            }
+        }
+        drawIfVisible(state, id, strips->meshes);
+    }
+    if (blending)
+        glDisable(GL_BLEND);
+    glBindTexture(GL_TEXTURE_2D, 0);
+}
+
+void Canvas::renderPolylines(const Scene& scene, const Pmi&, const SceneRT& rt, const Renderer&,
+                             const Strips& strips) const {
+    if (strips->polylines.empty() || rt->polylines.drawOrder.empty())
+        return;
+    renderLinePass(*scene, rt->polylines, strips->polylines);
+}
+
+void Canvas::renderPoints(const Scene& scene, const Pmi&, const SceneRT& rt, const Renderer&,
+                          const Strips& strips) const {
+    if (strips->points.empty() || rt->points.drawOrder.empty())
+        return;
+    renderLinePass(*scene, rt->points, strips->points);
+}
+
+void Canvas::renderTexts(const Scene& scene, const Pmi&, const SceneRT& rt,
+                         const Renderer& renderer, const Strips& strips) const {
+    if (strips->texts.empty())
+        return;
+    GLboolean cullWasOn = glIsEnabled(GL_CULL_FACE);
+    GLint cullMode = GL_BACK;
+    if (cullWasOn)
+        glGetIntegerv(GL_CULL_FACE_MODE, &cullMode);
+    GLint frontFace = GL_CCW;
+    glGetIntegerv(GL_FRONT_FACE, &frontFace);
+    glEnable(GL_CULL_FACE);
+    glCullFace(GL_BACK);
+
+    const qrnmath::Mat4 billboard = CameraHelper::getBillboardRotation(renderer->camera);
+    const float zoom = renderer->camera ? renderer->camera->zoomFactor() : 1.0f;
+    const RTState& state = rt->texts;
+    int previous = -1;
+    for (int id : state.drawOrder) {
+        int material = materialOf(state, id);
+        if (material != previous) {
+            previous = material;
+            if (inRange(scene->plMaterials, material))
+                PLMaterialRenderer apply(scene->plMaterials[static_cast<std::size_t>(material)]);
+        }
+        const unsigned char* flags = state.flags.find(id);
+        const qrnsg::TransformPair* pair = state.transforms.find(id);
+        if (!flags || !(*flags & RTState::VISIBLE) || !pair ||
+            !inRange(strips->texts, pair->second))
+            continue;
+        glPushMatrix();
+        if (*flags & RTState::ANCHORED) {
+            // The anchor is the text record's position; a missing record anchors at the origin.
+            if (inRange(scene->texts, pair->second)) {
+                const auto& p = scene->texts[static_cast<std::size_t>(pair->second)].position;
+                glTranslatef(p[0], p[1], p[2]);
+            }
+        }
+        if (*flags & RTState::CONSTANT_SIZE)
+            glScalef(zoom, zoom, zoom);
+        if (*flags & RTState::HAS_TRANSFORM)
+            glMultMatrixf(pair->first.data());
+        if (*flags & RTState::ANCHORED)
+            glMultMatrixf(billboard.data());
+        strips->texts[static_cast<std::size_t>(pair->second)]->render();
+        glPopMatrix();
+    }
+
+    if (cullWasOn) {
+        glCullFace(static_cast<GLenum>(cullMode));
+        glFrontFace(static_cast<GLenum>(frontFace));
+    } else {
+        glDisable(GL_CULL_FACE);
+        glFrontFace(static_cast<GLenum>(frontFace));
+    }
+}
+
+} // namespace qrngl

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "qrn/IDocument.h"
+#include "qrngl/ICanvas.h"
+#include "qrngl/IRenderContext.h"
+#include "qrngl/qrngl_export.h"
+
+#include <memory>
+
+namespace qrnsg {
+class SCScene;
+class SCSceneRT;
+class SCPmi;
+} // namespace qrnsg
+
+namespace qrngl {
+
+class SCRenderer;
+class SCStripRenderer;
+
+// Draws the document's scene with the renderer component's pre- and post-renderers, at most
+// one frame per Invalidate().
+class QRNGL_EXPORT Canvas : public ICanvas {
+public:
+    Canvas(std::shared_ptr<IRenderContext> context, std::shared_ptr<qrn::IDocument> document);
+    Canvas(const Canvas& other);
+    Canvas& operator=(const Canvas& other);
+    ~Canvas() override;
+
+    bool OnCreate() override;
+    void OnDestroy() override;
+    void OnDraw() const override;
+    void OnSize(unsigned int x, unsigned int y, unsigned int width, unsigned int height) override;
+    void Invalidate() override;
+
+private:
+    using Scene = std::shared_ptr<qrnsg::SCScene>;
+    using Pmi = std::shared_ptr<qrnsg::SCPmi>;
+    using SceneRT = std::shared_ptr<qrnsg::SCSceneRT>;
+    using Renderer = std::shared_ptr<SCRenderer>;
+    using Strips = std::shared_ptr<SCStripRenderer>;
+
+    void render(const Scene&, const Pmi&, const SceneRT&, const Renderer&, const Strips&) const;
+    void renderMeshes(const Scene&, const Pmi&, const SceneRT&, const Renderer&,
+                      const Strips&) const;
+    void renderPolylines(const Scene&, const Pmi&, const SceneRT&, const Renderer&,
+                         const Strips&) const;
+    void renderTexts(const Scene&, const Pmi&, const SceneRT&, const Renderer&,
+                     const Strips&) const;
+    // Draws the point sets as polylines are drawn; not part of the frame.
+    void renderPoints(const Scene&, const Pmi&, const SceneRT&, const Renderer&,
+                      const Strips&) const;
+
+    std::shared_ptr<IRenderContext> m_context;
+    std::shared_ptr<qrn::IDocument> m_document;
+    mutable bool m_invalidated;
+};
+
+} // namespace qrngl

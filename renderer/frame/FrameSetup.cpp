@@ -1,0 +1,28 @@
+#include "frame/FrameSetup.h"
+
+#include "qrngl/CameraHelper.h"
+#include "qrngl/GL.h"
+#include "qrngl/SCRenderer.h"
+
+namespace qrngl {
+
+void FrameSetup::resize(qrn::IDocument& document, unsigned int width, unsigned int height) {
+    if (width == 0 || height == 0)
+        return;
+    auto renderer = fetch<SCRenderer>(document, qrnsg::SCHEMA_RENDERER);
+    if (!renderer)
+        return;
+    glViewport(0, 0, static_cast<GLsizei>(width), static_cast<GLsizei>(height));
+    CameraHelper::setViewport(width, height, renderer->camera);
+}
+
+void FrameSetup::clearAndEnable() {
+    glClearColor(0.9f, 0.9f, 0.9f, 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+    glEnable(GL_DEPTH_TEST);
+    glEnable(GL_NORMALIZE);
+    glEnable(GL_MULTISAMPLE);
+    glEnable(GL_POLYGON_OFFSET_FILL);
+}
+
+} // namespace qrngl

@@ -1,0 +1,79 @@
+#include "GLTest.h"
+
+#include "qrngl/GL.h"
+
+#include <cstdlib>
+#include <ostream>
+#include <vector>
+
+namespace qrntest {
+
+std::string takeGLErrors() {
+    std::string out;
+    for (int i = 0; i < 32; ++i) {
+        GLenum e = glGetError();
+        if (e == GL_NO_ERROR)
+            break;
+        const char* name = reinterpret_cast<const char*>(gluErrorString(e));
+        if (!out.empty())
+            out += ", ";
+        out += name ? name : std::to_string(e);
+    }
+    return out;
+}
+
+void GLTest::SetUp() {
+    context = std::make_shared<qrngl::RCBitmap>(width(), height());
+    ASSERT_TRUE(context->create()) << "no headless OpenGL context";
+    EXPECT_NO_GL_ERROR();
+}
+
+void GLTest::TearDown() {
+    if (context)
+        context->destroy();
+}
+
+Rgba GLTest::pixel(unsigned int x, unsigned int y) const {
+    Rgba c{};
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(static_cast<GLint>(x), static_cast<GLint>(height() - 1 - y), 1, 1, GL_RGBA,
+                 GL_UNSIGNED_BYTE, c.data());
+    return c;
+}
+
+Rgba GLTest::presentedPixel(unsigned int x, unsigned int y) const {
+    const unsigned char* row = context->bits() + (height() - 1 - y) * context->stride();
+    return Rgba{row[x * 3 + 2], row[x * 3 + 1], row[x * 3], 255};
+}
+
+void GLTest::fill(float r, float g, float b) const {
+    glClearColor(r, g, b, 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+}
+
+std::size_t GLTest::countPixels(const Rgba& color, int tolerance) const {
+    std::vector<std::uint8_t> data(static_cast<std::size_t>(width()) * height() * 4);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, static_cast<GLsizei>(width()), static_cast<GLsizei>(height()), GL_RGBA,
+                 GL_UNSIGNED_BYTE, data.data());
+    std::size_t n = 0;
+    for (std::size_t i = 0; i < data.size(); i += 4)
+        if (near(Rgba{data[i], data[i + 1], data[i + 2], data[i + 3]}, color, tolerance))
+            ++n;
+    return n;
+}
+
+bool near(const Rgba& a, const Rgba& b, int tolerance) {
+    for (int i = 0; i < 4; ++i)
+        if (std::abs(int(a[static_cast<std::size_t>(i)]) - int(b[static_cast<std::size_t>(i)])) >
+            tolerance)
+            return false;
+    return true;
+}
+
+std::ostream& operator<<(std::ostream& os, const Rgba& c) {
+    return os << "(" << int(c[0]) << ", " << int(c[1]) << ", " << int(c[2]) << ", " << int(c[3])
+              << ")";
+}
+
+} // namespace qrntest

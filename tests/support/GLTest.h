@@ -1,0 +1,52 @@
+#pragma once
+
+#include "frame/RCBitmap.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace qrntest {
+
+using Rgba = std::array<std::uint8_t, 4>;
+
+// Names every pending OpenGL error; empty when there is none. Reading clears them.
+std::string takeGLErrors();
+
+// Fails the current test with the pending OpenGL errors, if any.
+#define EXPECT_NO_GL_ERROR()                                                                       \
+    do {                                                                                           \
+        std::string glErrors_ = ::qrntest::takeGLErrors();                                         \
+        EXPECT_TRUE(glErrors_.empty()) << "OpenGL errors: " << glErrors_;                          \
+    } while (0)
+
+// The one fixture of OpenGL tests: a headless bitmap context of width() x height(), created
+// and current for the test body.
+class GLTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+    virtual unsigned int width() const { return 64; }
+    virtual unsigned int height() const { return 64; }
+
+    // A pixel of the current frame buffer (the context must be active), x from the left and
+    // y from the top.
+    Rgba pixel(unsigned int x, unsigned int y) const;
+    // The same pixel of the memory image, which holds the last frame presented by deactivate().
+    Rgba presentedPixel(unsigned int x, unsigned int y) const;
+    // Fills the frame buffer with one colour, so that a test can tell whether anything drew.
+    void fill(float r, float g, float b) const;
+    // Counts the pixels of the frame buffer within tolerance of a colour.
+    std::size_t countPixels(const Rgba& color, int tolerance = 2) const;
+
+    std::shared_ptr<qrngl::RCBitmap> context;
+};
+
+// True when each channel is within tolerance.
+bool near(const Rgba& a, const Rgba& b, int tolerance = 2);
+std::ostream& operator<<(std::ostream& os, const Rgba& c);
+
+} // namespace qrntest
