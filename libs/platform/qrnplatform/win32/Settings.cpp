@@ -1,0 +1,69 @@
+#include "qrnplatform/Settings.h"
+
+#include <windows.h>
+
+namespace qrnplatform {
+
+namespace {
+
+// Closes the key however the function leaves.
+class Key {
+public:
+    Key() = default;
+    ~Key() {
+        if (m_key)
+            ::RegCloseKey(m_key);
+    }
+    Key(const Key&) = delete;
+    Key& operator=(const Key&) = delete;
+
+    bool open(const std::wstring& path, REGSAM access) {
+        return ::RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, access, &m_key) == ERROR_SUCCESS;
+    }
+    bool create(const std::wstring& path) {
+        return ::RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr,
+                                 REG_OPTION_NON_VOLATILE, KEY_SET_VALUE, nullptr, &m_key,
+                                 nullptr) == ERROR_SUCCESS;
+    }
+    HKEY get() const { return m_key; }
+
+private:
+    HKEY m_key = nullptr;
+};
+
+} // namespace
+
+std::wstring Settings::location() const {
+    return L"HKEY_CURRENT_USER\\" + keyPath();
+}
+
+bool Settings::readDword(const std::wstring& name, unsigned int& value) const {
+    Key key;
+    if (!key.open(keyPath(), KEY_QUERY_VALUE))
+        return false;
+    DWORD type = 0;
+    DWORD data = 0;
+    DWORD size = sizeof data;
+    if (::RegQueryValueExW(key.get(), name.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(&data),
+                           &size) != ERROR_SUCCESS ||
+        type != REG_DWORD || size != sizeof data)
+        return false;
+    value = data;
+    return true;
+}
+
+bool Settings::writeDword(const std::wstring& name, unsigned int value) {
+    Key key;
+    const DWORD data = value;
+    return key.create(keyPath()) &&
+           ::RegSetValueExW(key.get(), name.c_str(), 0, REG_DWORD,
+                            reinterpret_cast<const BYTE*>(&data), sizeof data) == ERROR_SUCCESS;
+}
+
+bool Settings::removeValue(const std::wstring& name) {
+    Key key;
+    return key.open(keyPath(), KEY_SET_VALUE) &&
+           ::RegDeleteValueW(key.get(), name.c_str()) == ERROR_SUCCESS;
+}
+
+} // namespace qrnplatform
