@@ -34,11 +34,11 @@ void GLTest::TearDown() {
 }
 
 Rgba GLTest::pixel(unsigned int x, unsigned int y) const {
-    Rgba c{};
+    std::uint8_t c[3] = {};
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(static_cast<GLint>(x), static_cast<GLint>(height() - 1 - y), 1, 1, GL_RGBA,
-                 GL_UNSIGNED_BYTE, c.data());
-    return c;
+    glReadPixels(static_cast<GLint>(x), static_cast<GLint>(height() - 1 - y), 1, 1, GL_RGB,
+                 GL_UNSIGNED_BYTE, c);
+    return Rgba{c[0], c[1], c[2], 255};
 }
 
 Rgba GLTest::presentedPixel(unsigned int x, unsigned int y) const {
@@ -52,21 +52,20 @@ void GLTest::fill(float r, float g, float b) const {
 }
 
 std::size_t GLTest::countPixels(const Rgba& color, int tolerance) const {
-    std::vector<std::uint8_t> data(static_cast<std::size_t>(width()) * height() * 4);
+    std::vector<std::uint8_t> data(static_cast<std::size_t>(width()) * height() * 3);
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, static_cast<GLsizei>(width()), static_cast<GLsizei>(height()), GL_RGBA,
+    glReadPixels(0, 0, static_cast<GLsizei>(width()), static_cast<GLsizei>(height()), GL_RGB,
                  GL_UNSIGNED_BYTE, data.data());
     std::size_t n = 0;
-    for (std::size_t i = 0; i < data.size(); i += 4)
-        if (near(Rgba{data[i], data[i + 1], data[i + 2], data[i + 3]}, color, tolerance))
+    for (std::size_t i = 0; i < data.size(); i += 3)
+        if (near(Rgba{data[i], data[i + 1], data[i + 2], 255}, color, tolerance))
             ++n;
     return n;
 }
 
 bool near(const Rgba& a, const Rgba& b, int tolerance) {
     for (int i = 0; i < 4; ++i)
-        if (std::abs(int(a[static_cast<std::size_t>(i)]) - int(b[static_cast<std::size_t>(i)])) >
-            tolerance)
+        if (std::abs(a[i] - b[i]) > tolerance)
             return false;
     return true;
 }

@@ -11,7 +11,15 @@
 
 namespace qrntest {
 
-using Rgba = std::array<std::uint8_t, 4>;
+// A pixel's colour, 8 bits a channel.
+struct Rgba {
+    std::uint8_t r = 0, g = 0, b = 0, a = 0;
+    int operator[](int i) const { return i == 0 ? r : i == 1 ? g : i == 2 ? b : a; }
+    friend bool operator==(const Rgba& x, const Rgba& y) {
+        return x.r == y.r && x.g == y.g && x.b == y.b && x.a == y.a;
+    }
+    friend bool operator!=(const Rgba& x, const Rgba& y) { return !(x == y); }
+};
 
 // Names every pending OpenGL error; empty when there is none. Reading clears them.
 std::string takeGLErrors();
@@ -33,7 +41,7 @@ protected:
     virtual unsigned int height() const { return 64; }
 
     // A pixel of the current frame buffer (the context must be active), x from the left and
-    // y from the top.
+    // y from the top. Like the bitmap context's image it has no alpha: alpha reads as 255.
     Rgba pixel(unsigned int x, unsigned int y) const;
     // The same pixel of the memory image, which holds the last frame presented by deactivate().
     Rgba presentedPixel(unsigned int x, unsigned int y) const;

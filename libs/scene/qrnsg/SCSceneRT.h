@@ -15,7 +15,7 @@ namespace qrnsg {
 
 // Run-time state of one kind of primitive (meshes, polylines, texts or points), keyed by
 // primitive id.
-struct RTState {
+struct QRNSG_EXPORT RTState {
     // Flag bits.
     static constexpr unsigned char HAS_TRANSFORM = 1;
     static constexpr unsigned char VISIBLE = 2;

@@ -1,1 +1,459 @@
+#include "GLTest.h"
+#include "TestDocument.h"
 
+#include "frame/Canvas.h"
+#include "frame/EmptyCanvas.h"
+#include "qrngl/GL.h"
+#include "qrnglutils/ViewRenderer.h"
+#include "qrnmath/MatrixUtils.h"
+
+namespace qrntest {
+namespace {
+
+const Rgba kGrey{230, 230, 230, 255};
+const Rgba kRed{255, 0, 0, 255};
+const Rgba kGreen{0, 255, 0, 255};
+const Rgba kBlue{0, 0, 255, 255};
+const Rgba kYellow{255, 255, 0, 255};
+
+class CanvasGLTest : public GLTest {
+protected:
+    void SetUp() override {
+        GLTest::SetUp();
+        canvas = std::make_shared<qrngl::Canvas>(context, doc.document);
+        ASSERT_TRUE(canvas->OnCreate());
+        canvas->OnSize(0, 0, width(), height());
+    }
+    // Draws a frame through the canvas, then makes the context current again for reading.
+    void paint() {
+        canvas->OnDraw();
+        context->activate();
+    }
+
+    TestDocument doc;
+    std::shared_ptr<qrngl::Canvas> canvas;
+};
+
+TEST_F(CanvasGLTest, DrawsOneFramePerInvalidate) {
+    fill(1.0f, 0.0f, 0.0f);
+    paint();
+    EXPECT_EQ(pixel(5, 5), kRed) << "drawn before the first Invalidate";
+
+    canvas->setFlag(1);
+    canvas->Invalidate();
+    canvas->OnDraw();
+    // The frame was presented into the memory image and the context released.
+    EXPECT_TRUE(near(presentedPixel(5, 5), kGrey)) << presentedPixel(5, 5);
+    EXPECT_TRUE(near(presentedPixel(63, 63), kGrey));
+    EXPECT_EQ(canvas->flag(), 0);
+    context->activate();
+    EXPECT_TRUE(near(pixel(30, 30), kGrey));
+
+    // A second paint without Invalidate leaves the window's last image alone.
+    fill(1.0f, 0.0f, 0.0f);
+    paint();
+    EXPECT_EQ(pixel(5, 5), kRed);
+    EXPECT_NO_GL_ERROR();
+}
+
+TEST_F(CanvasGLTest, MissingComponentLeavesTheFramePending) {
+    auto scene = doc.document->getSchema(qrnsg::SCHEMA_SCENE);
+    ASSERT_TRUE(doc.document->removeSchema(qrnsg::SCHEMA_SCENE));
+    context->deactivate(); // so that the test sees whether OnDraw activates
+    fill(1.0f, 0.0f, 0.0f); // no context: does nothing
+    canvas->setFlag(1);
+    canvas->Invalidate();
+    canvas->OnDraw();
+    EXPECT_EQ(canvas->flag(), 0);
+    // Activated but not presented: the memory image still holds nothing.
+    EXPECT_EQ(presentedPixel(5, 5), (Rgba{0, 0, 0, 255}));
+    fill(1.0f, 0.0f, 0.0f); // works only if OnDraw left the context current
+    EXPECT_EQ(pixel(5, 5), kRed);
+
+    // The next paint, with no new Invalidate, draws the pending frame.
+    doc.document->setSchema(scene);
+    paint();
+    EXPECT_TRUE(near(pixel(5, 5), kGrey));
+
+    // Each of the other three is required as well.
+    for (short type : {qrnsg::SCHEMA_PMI, qrnsg::SCHEMA_SCENE_RT, qrnsg::SCHEMA_STRIP_RENDERER}) {
+        auto kept = doc.document->getSchema(type);
+        doc.document->removeSchema(type);
+        fill(1.0f, 0.0f, 0.0f);
+        canvas->Invalidate();
+        paint();
+        EXPECT_EQ(pixel(5, 5), kRed) << "drew without component " << type;
+        doc.document->setSchema(kept);
+        paint();
+        EXPECT_TRUE(near(pixel(5, 5), kGrey)) << "pending frame lost for " << type;
+    }
+    EXPECT_NO_GL_ERROR();
+}
+
+TEST_F(CanvasGLTest, RendererThatIsNotReadyDrawsNothing) {
+    doc.renderer->setReady(false);
+    fill(1.0f, 0.0f, 0.0f);
+    canvas->setFlag(1);
+    canvas->Invalidate();
+    paint();
+    EXPECT_EQ(pixel(5, 5), kRed) << "not even the clear colour may be drawn";
+    EXPECT_EQ(canvas->flag(), 1);
+
+    doc.renderer->setReady(true);
+    paint();
+    EXPECT_TRUE(near(pixel(5, 5), kGrey));
+    EXPECT_EQ(canvas->flag(), 0);
+
+    // Without a renderer component there is nothing to draw with.
+    doc.document->removeSchema(qrnsg::SCHEMA_RENDERER);
+    fill(1.0f, 0.0f, 0.0f);
+    canvas->Invalidate();
+    paint();
+    EXPECT_EQ(pixel(5, 5), kRed);
+}
+
+TEST_F(CanvasGLTest, PreRenderersHighestFirstPostRenderersLowestFirst) {
+    auto log = std::make_shared<CallLog>();
+    doc.renderer->addPreRenderer(std::make_shared<FillPreRenderer>(5, "pre5", 1, 0, 0, log));
+    doc.renderer->addPreRenderer(std::make_shared<FillPreRenderer>(10, "pre10", 0, 1, 0, log));
+    canvas->Invalidate();
+    paint();
+    EXPECT_EQ(*log, (CallLog{"pre10", "pre5"}));
+    EXPECT_EQ(pixel(30, 30), kRed); // order 5 drew last
+
+    auto post10 = std::make_shared<FillPostRenderer>(10, "post10", 1, 1, 0, log);
+    doc.renderer->addPostRenderer(post10);
+    doc.renderer->addPostRenderer(std::make_shared<FillPostRenderer>(5, "post5", 0, 0, 1, log));
+    log->clear();
+    canvas->Invalidate();
+    paint();
+    EXPECT_EQ(*log, (CallLog{"pre10", "pre5", "post5", "post10"}));
+    EXPECT_EQ(pixel(30, 30), kYellow); // order 10 drew last
+
+    // Equal orders draw in insertion order, and a removed renderer no longer draws.
+    doc.renderer->removePostRenderer(post10);
+    doc.renderer->addPostRenderer(std::make_shared<FillPostRenderer>(5, "post5b", 0, 1, 0, log));
+    doc.renderer->addPostRenderer(std::make_shared<FillPostRenderer>(5, "post5c", 1, 0, 0, log));
+    log->clear();
+    canvas->Invalidate();
+    paint();
+    EXPECT_EQ(*log, (CallLog{"pre10", "pre5", "post5", "post5b", "post5c"}));
+    EXPECT_EQ(pixel(30, 30), kRed);
+    EXPECT_NO_GL_ERROR();
+}
+
+TEST_F(CanvasGLTest, SuppressionFlagHidesLinesAndTextsUnlessDisplayModeIsOne) {
+    qrnsg::PLMaterial black;
+    int lineMaterial = doc.addLineMaterial(black);
+    qrnsg::Polyline line;
+    line.addStrip({{-1.0f, 0.0f, 0.0f}, {1.0f, 0.0f, 0.0f}});
+    doc.addPolyline(line, lineMaterial);
+    qrnsg::PLMaterial blue;
+    blue.color = qrnmath::Vec4(0.0f, 0.0f, 1.0f, 1.0f);
+    qrnsg::Text text;
+    text.position = qrnmath::Vec3(-0.9f, 0.5f, 0.0f);
+    doc.addText(text, std::make_shared<SquareEntry>(0.25f), doc.addLineMaterial(blue),
+                qrnsg::RTState::ANCHORED);
+    int green = doc.addMeshMaterial(qrnsg::MMaterial::fromColor(0, 1, 0), false);
+    doc.addMesh(rectangle(0.5f, -0.9f, 0.9f, -0.5f), green);
+
+    struct Case {
+        bool suppress;
+        int mode;
+        bool linesDrawn;
+    };
+    for (Case c : {Case{false, 0, true}, Case{true, 1, true}, Case{true, 0, false},
+                   Case{true, 2, false}, Case{false, 2, true}}) {
+        doc.renderer->suppressLinesAndTexts = c.suppress;
+        doc.renderer->displayMode = c.mode;
+        canvas->Invalidate();
+        paint();
+        SCOPED_TRACE(testing::Message() << "suppress " << c.suppress << " mode " << c.mode);
+        // The line crosses the middle row; the text square sits top left.
+        bool line = near(pixel(10, 31), Rgba{0, 0, 0, 255}) || near(pixel(10, 32), Rgba{0, 0, 0, 255});
+        EXPECT_EQ(line, c.linesDrawn);
+        EXPECT_EQ(near(pixel(5, 12), kBlue), c.linesDrawn);
+        EXPECT_EQ(pixel(55, 55), kGreen) << "meshes are drawn in any case";
+    }
+    EXPECT_NO_GL_ERROR();
+}
+
+TEST_F(CanvasGLTest, BlendingStartsAtTheFirstTransparentMaterialAndStaysOn) {
+    // Half transparent colours, but only the middle material's record says transparent.
+    int a = doc.addMeshMaterial(qrnsg::MMaterial::fromColor(1, 0, 0, 0.5f), false);
+    int b = doc.addMeshMaterial(qrnsg::MMaterial::fromColor(0, 0, 1, 0.5f), true);
+    int c = doc.addMeshMaterial(qrnsg::MMaterial::fromColor(0, 1, 0, 0.5f), false);
+    doc.addMesh(rectangle(-1.0f, -1.0f, -0.4f, 1.0f), a);
+    doc.addMesh(rectangle(-0.3f, -1.0f, 0.3f, 1.0f), b);
+    doc.addMesh(rectangle(0.4f, -1.0f, 1.0f, 1.0f), c);
+    canvas->Invalidate();
+    paint();
+    EXPECT_EQ(pixel(5, 30), kRed) << "blended before the first transparent material";
+    EXPECT_TRUE(near(pixel(32, 30), Rgba{115, 115, 242, 255}, 3)) << pixel(32, 30);
+    EXPECT_TRUE(near(pixel(58, 30), Rgba{115, 242, 115, 255}, 3))
+        << "blending switched off after the transparent material: " << pixel(58, 30);
+    EXPECT_FALSE(glIsEnabled(GL_BLEND));
+    GLint texture = -1;
+    glGetIntegerv(GL_TEXTURE_BINDING_2D, &texture);
+    EXPECT_EQ(texture, 0);
+    EXPECT_NO_GL_ERROR();
+}
+
+TEST_F(CanvasGLTest, MeshesDrawUnderTheirOwnTransforms) {
+    int red = doc.addMeshMaterial(qrnsg::MMaterial::fromColor(1, 0, 0), false);
+    int id = doc.addMesh(rectangle(-0.1f, -0.1f, 0.1f, 0.1f), red);
+    const auto shift = qrnmath::MatrixUtils::translation(qrnmath::Vec3(0.6f, 0.0f, 0.0f));
+    // An instance with its own transform, one whose matrix must be ignored, one hidden.
+    doc.addMeshInstance(0, red, shift, qrnsg::RTState::HAS_TRANSFORM);
+    doc.addMeshInstance(0, red, qrnmath::MatrixUtils::translation(qrnmath::Vec3(0, 0.6f, 0)), 0);
+    int hidden = doc.addMeshInstance(
+        0, red, qrnmath::MatrixUtils::translation(qrnmath::Vec3(-0.6f, 0, 0)),
+        qrnsg::RTState::HAS_TRANSFORM);
+    *doc.rt->meshes.flags.find(hidden) = qrnsg::RTState::HAS_TRANSFORM;
+    (void)id;
+    canvas->Invalidate();
+    paint();
+    EXPECT_EQ(pixel(32, 32), kRed);
+    EXPECT_EQ(pixel(51, 32), kRed);                   // x = 0.6 in the viewport
+    EXPECT_TRUE(near(pixel(32, 13), kGrey));          // the ignored matrix
+    EXPECT_TRUE(near(pixel(13, 32), kGrey));          // the hidden instance
+    EXPECT_EQ(countPixels(kRed), 2u * 6u * 6u); // two squares of 0.2 x 0.2: 6.4 pixels a side
+    float m[16];
+    glGetFloatv(GL_MODELVIEW_MATRIX, m);
+    EXPECT_EQ(qrnmath::Mat4(m), qrnmath::MatrixUtils::identity()) << "matrix stack unbalanced";
+
+    // A hidden-everything pass draws nothing at all.
+    for (auto& f : doc.rt->meshes.flags)
+        f.second = 0;
+    canvas->Invalidate();
+    paint();
+    EXPECT_EQ(countPixels(kRed), 0u);
+    EXPECT_NO_GL_ERROR();
+}
+
+TEST_F(CanvasGLTest, FrameStateAndMatrices) {
+    // The opening renderer leaves a projection behind; the frame must reset it.
+    doc.renderer->openingRenderer = std::make_shared<FunctionRenderer>([] {
+        glMatrixMode(GL_PROJECTION);
+        glLoadMatrixf(qrnmath::MatrixUtils::scaling(qrnmath::Vec3(5, 5, 5)).data());
+        glShadeModel(GL_FLAT);
+    });
+    struct Seen {
+        GLint mode = 0, shade = 0;
+        bool depth = false, normalize = false, multisample = false, offset = false;
+        float projection[16] = {};
+    };
+    auto seen = std::make_shared<Seen>();
+    auto log = std::make_shared<CallLog>();
+    doc.renderer->viewRenderer =
+        std::make_shared<FunctionRenderer>([log] { log->push_back("view"); });
+    doc.renderer->sceneSetupRenderer =
+        std::make_shared<FunctionRenderer>([log] { log->push_back("setup"); });
+    doc.renderer->closingRenderer = std::make_shared<FunctionRenderer>([log, seen] {
+        log->push_back("closing");
+        glGetIntegerv(GL_MATRIX_MODE, &seen->mode);
+        glGetIntegerv(GL_SHADE_MODEL, &seen->shade);
+        seen->depth = glIsEnabled(GL_DEPTH_TEST);
+        seen->normalize = glIsEnabled(GL_NORMALIZE);
+        seen->multisample = glIsEnabled(GL_MULTISAMPLE);
+        seen->offset = glIsEnabled(GL_POLYGON_OFFSET_FILL);
+        glGetFloatv(GL_PROJECTION_MATRIX, seen->projection);
+    });
+    doc.renderer->addPreRenderer(std::make_shared<FillPreRenderer>(1, "pre", 0, 1, 0, log));
+    doc.renderer->addPostRenderer(std::make_shared<FillPostRenderer>(1, "post", 0, 0, 1, log));
+    canvas->Invalidate();
+    paint();
+    EXPECT_EQ(*log, (CallLog{"view", "setup", "pre", "post", "closing"}));
+    EXPECT_EQ(seen->mode, GL_MODELVIEW);
+    EXPECT_EQ(seen->shade, GL_FLAT) << "the opening renderer runs after the shade model is set";
+    EXPECT_TRUE(seen->depth && seen->normalize && seen->multisample && seen->offset);
+    EXPECT_EQ(qrnmath::Mat4(seen->projection), qrnmath::MatrixUtils::identity());
+    EXPECT_FALSE(glIsEnabled(GL_MULTISAMPLE)) << "multisampling is switched off after the frame";
+    EXPECT_TRUE(glIsEnabled(GL_DEPTH_TEST));
+    EXPECT_NO_GL_ERROR();
+}
+
+TEST_F(CanvasGLTest, OnSizeIgnoresAnEmptyWindow) {
+    GLint viewport[4];
+    canvas->OnSize(0, 0, 0, 10);
+    canvas->OnSize(0, 0, 10, 0);
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    EXPECT_EQ(viewport[2], 64);
+    EXPECT_EQ(viewport[3], 64);
+    EXPECT_EQ(doc.renderer->camera->viewportWidth(), 64u);
+
+    canvas->OnSize(7, 9, 32, 16); // the position is not used
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    EXPECT_EQ(viewport[0], 0);
+    EXPECT_EQ(viewport[1], 0);
+    EXPECT_EQ(viewport[2], 32);
+    EXPECT_EQ(viewport[3], 16);
+    EXPECT_EQ(doc.renderer->camera->viewportWidth(), 32u);
+    EXPECT_EQ(doc.renderer->camera->viewportHeight(), 16u);
+
+    // Without a renderer component nothing changes.
+    doc.document->removeSchema(qrnsg::SCHEMA_RENDERER);
+    canvas->OnSize(0, 0, 20, 20);
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    EXPECT_EQ(viewport[2], 32);
+    EXPECT_NO_GL_ERROR();
+}
+
+TEST_F(CanvasGLTest, EmptyCanvasDrawsOnlyTheSingleRenderersOnEveryPaint) {
+    auto log = std::make_shared<CallLog>();
+    float blue[3] = {0, 0, 1};
+    doc.renderer->openingRenderer =
+        std::make_shared<FunctionRenderer>([log] { log->push_back("opening"); });
+    doc.renderer->viewRenderer =
+        std::make_shared<FunctionRenderer>([log] { log->push_back("view"); });
+    doc.renderer->closingRenderer = std::make_shared<FunctionRenderer>([log, &blue] {
+        log->push_back("closing");
+        fillViewport(blue);
+    });
+    doc.renderer->addPreRenderer(std::make_shared<FillPreRenderer>(1, "pre", 0, 1, 0, log));
+    qrngl::EmptyCanvas empty(context, doc.document);
+    EXPECT_TRUE(empty.OnCreate());
+    empty.setFlag(1);
+    empty.OnDraw(); // no Invalidate needed
+    EXPECT_EQ(*log, (CallLog{"opening", "view", "closing"}));
+    EXPECT_EQ(presentedPixel(3, 3), kBlue);
+    EXPECT_EQ(empty.flag(), 0);
+    empty.OnDraw();
+    EXPECT_EQ(log->size(), 6u);
+
+    doc.renderer->setReady(false);
+    empty.OnDraw();
+    EXPECT_EQ(log->size(), 6u);
+    context->activate();
+    EXPECT_NO_GL_ERROR();
+}
+
+// Texts anchored at a point and turned to the viewer, optionally kept at one size on screen.
+class CanvasTextGLTest : public CanvasGLTest {
+protected:
+    void SetUp() override {
+        CanvasGLTest::SetUp();
+        auto camera = doc.renderer->camera;
+        camera->setProjection(qrngl::Camera::ORTHOGRAPHIC);
+        camera->setTarget(qrnmath::Vec3(0, 0, 0));
+        camera->setEye(qrnmath::Vec3(10, 7, 10)); // oblique: an unturned square would skew
+        camera->setViewHeight(64.0f);             // one world unit per pixel
+        camera->setSceneSphere(qrnmath::Vec3(0, 0, 0), 20.0f);
+        doc.renderer->viewRenderer = std::make_shared<qrnglutils::ViewRenderer>(camera);
+        qrnsg::PLMaterial blue;
+        blue.color = qrnmath::Vec4(0, 0, 1, 1);
+        material = doc.addLineMaterial(blue);
+    }
+    // The bounding box of the blue pixels: x0, y0, x1, y1 (inclusive), and their count.
+    std::array<int, 5> blueBox() const {
+        std::array<int, 5> box{1000, 1000, -1, -1, 0};
+        for (unsigned y = 0; y < height(); ++y)
+            for (unsigned x = 0; x < width(); ++x)
+                if (near(pixel(x, y), kBlue)) {
+                    box[0] = std::min(box[0], int(x));
+                    box[1] = std::min(box[1], int(y));
+                    box[2] = std::max(box[2], int(x));
+                    box[3] = std::max(box[3], int(y));
+                    ++box[4];
+                }
+        return box;
+    }
+    // Where a world point lands, in pixels from the left and from the top.
+    std::array<float, 2> projectToPixel(const qrnmath::Vec3& p) const {
+        auto camera = doc.renderer->camera;
+        auto m = qrnmath::MatrixUtils::multiply(camera->getProjectionMatrix(),
+                                                camera->getViewMatrix());
+        auto ndc = qrnmath::MatrixUtils::transformPoint(m, p);
+        return {(ndc[0] + 1.0f) * 0.5f * float(width()),
+                (1.0f - ndc[1]) * 0.5f * float(height())};
+    }
+    int material = -1;
+};
+
+TEST_F(CanvasTextGLTest, AnchoredTextsFaceTheViewerAtTheirAnchor) {
+    qrnsg::Text text;
+    text.position = qrnmath::Vec3(0, 0, 0);
+    doc.addText(text, std::make_shared<SquareEntry>(10.0f), material, qrnsg::RTState::ANCHORED);
+    canvas->Invalidate();
+    paint();
+    auto box = blueBox();
+    // A 10 x 10 square with its lower-left corner at the anchor, the viewport centre.
+    EXPECT_EQ(box[4], 100) << "not an upright square";
+    EXPECT_EQ(box[0], 32);
+    EXPECT_EQ(box[3], 31);
+    EXPECT_EQ(box[2] - box[0], 9);
+    EXPECT_EQ(box[3] - box[1], 9);
+
+    // Moving the anchor moves the square's corner to the anchor's pixel; the text's own
+    // transform then moves it in world space.
+    doc.scene->texts[0].position = qrnmath::Vec3(3, 9, -4);
+    canvas->Invalidate();
+    paint();
+    auto corner = projectToPixel(qrnmath::Vec3(3, 9, -4));
+    box = blueBox();
+    EXPECT_EQ(box[4], 100);
+    EXPECT_NEAR(box[0], corner[0], 1.0f);
+    EXPECT_NEAR(box[3] + 1, corner[1], 1.0f);
+
+    int id = doc.rt->texts.drawOrder[0];
+    doc.rt->texts.transforms.find(id)->first =
+        qrnmath::MatrixUtils::translation(qrnmath::Vec3(-20, 0, 0));
+    *doc.rt->texts.flags.find(id) |= qrnsg::RTState::HAS_TRANSFORM;
+    canvas->Invalidate();
+    paint();
+    corner = projectToPixel(qrnmath::Vec3(-17, 9, -4));
+    box = blueBox();
+    EXPECT_EQ(box[4], 100);
+    EXPECT_NEAR(box[0], corner[0], 1.0f) << "the text's own transform was not applied";
+    EXPECT_NEAR(box[3] + 1, corner[1], 1.0f);
+
+    // Culling state is restored after the text pass.
+    EXPECT_FALSE(glIsEnabled(GL_CULL_FACE));
+    EXPECT_NO_GL_ERROR();
+}
+
+TEST_F(CanvasTextGLTest, ConstantSizeTextsKeepTheirSizeWhenZooming) {
+    qrnsg::Text text;
+    text.position = qrnmath::Vec3(0, 0, 0);
+    // 10 units at constant size: 10 pixels whatever the zoom.
+    doc.addText(text, std::make_shared<SquareEntry>(10.0f), material,
+                qrnsg::RTState::ANCHORED | qrnsg::RTState::CONSTANT_SIZE);
+    for (float viewHeight : {64.0f, 32.0f, 200.0f}) {
+        doc.renderer->camera->setViewHeight(viewHeight);
+        canvas->Invalidate();
+        paint();
+        auto box = blueBox();
+        EXPECT_EQ(box[4], 100) << "at view height " << viewHeight;
+        EXPECT_EQ(box[0], 32);
+    }
+    // Without the flag the square scales with the zoom.
+    *doc.rt->texts.flags.find(doc.rt->texts.drawOrder[0]) = static_cast<unsigned char>(
+        qrnsg::RTState::VISIBLE | qrnsg::RTState::ANCHORED);
+    doc.renderer->camera->setViewHeight(32.0f);
+    canvas->Invalidate();
+    paint();
+    EXPECT_EQ(blueBox()[4], 400);
+    EXPECT_NO_GL_ERROR();
+}
+
+TEST_F(CanvasTextGLTest, CullingStateIsRestored) {
+    qrnsg::Text text;
+    doc.addText(text, std::make_shared<SquareEntry>(4.0f), material, qrnsg::RTState::ANCHORED);
+    doc.renderer->openingRenderer = std::make_shared<FunctionRenderer>([] {
+        glEnable(GL_CULL_FACE);
+        glCullFace(GL_FRONT_AND_BACK);
+        glFrontFace(GL_CW);
+    });
+    canvas->Invalidate();
+    paint();
+    GLint mode = 0, front = 0;
+    glGetIntegerv(GL_CULL_FACE_MODE, &mode);
+    glGetIntegerv(GL_FRONT_FACE, &front);
+    EXPECT_TRUE(glIsEnabled(GL_CULL_FACE));
+    EXPECT_EQ(mode, GL_FRONT_AND_BACK);
+    EXPECT_EQ(front, GL_CW);
+    EXPECT_NO_GL_ERROR();
+}
+
+} // namespace
+} // namespace qrntest

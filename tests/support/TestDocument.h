@@ -1,0 +1,108 @@
+#pragma once
+
+#include "qrn/Document.h"
+#include "qrngl/IPostRenderer.h"
+#include "qrngl/IPreRenderer.h"
+#include "qrngl/IStripEntry.h"
+#include "qrngl/SCRenderer.h"
+#include "qrngl/SCStripRenderer.h"
+#include "qrnsg/SCPmi.h"
+#include "qrnsg/SCScene.h"
+#include "qrnsg/SCSceneRT.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qrntest {
+
+// A document with the five components a frame reads, made through the real factory chain,
+// and shortcuts that add primitives with their drawables.
+class TestDocument {
+public:
+    TestDocument();
+
+    // Adds a scene material and a mesh material index for it; returns the index.
+    int addMeshMaterial(const qrnsg::MMaterial& material, bool transparentRecord);
+    int addLineMaterial(const qrnsg::PLMaterial& material);
+    // Adds a mesh with its drawable; returns the primitive id.
+    int addMesh(const qrnsg::Mesh& mesh, int material);
+    // Adds a primitive that draws an existing mesh drawable (an instance).
+    int addMeshInstance(int drawable, int material, const qrnmath::Mat4& transform,
+                        unsigned char extraFlags);
+    int addPolyline(const qrnsg::Polyline& polyline, int material);
+    // Adds a text record and its drawable.
+    int addText(const qrnsg::Text& text, std::shared_ptr<qrngl::IStripEntry> entry, int material,
+                unsigned char extraFlags);
+
+    std::shared_ptr<qrn::Document> document;
+    std::shared_ptr<qrnsg::SCScene> scene;
+    std::shared_ptr<qrnsg::SCSceneRT> rt;
+    std::shared_ptr<qrnsg::SCPmi> pmi;
+    std::shared_ptr<qrngl::SCRenderer> renderer;
+    std::shared_ptr<qrngl::SCStripRenderer> strips;
+
+private:
+    int m_nextId = 100; // ids unrelated to drawable indices, as in real documents
+};
+
+// An axis-aligned rectangle in the plane z, facing +z, with normals.
+qrnsg::Mesh rectangle(float x0, float y0, float x1, float y1, float z = 0.0f);
+
+// A strip entry that draws a filled square [0, size] x [0, size] in its own XY plane.
+class SquareEntry : public qrngl::IStripEntry {
+public:
+    explicit SquareEntry(float size) : m_size(size) {}
+    void render() const override;
+
+private:
+    float m_size;
+};
+
+// Pre- and post-renderers that fill the viewport with one colour (depth test off) and note
+// their names in a shared log, so that tests see the order they ran in.
+using CallLog = std::vector<std::string>;
+
+class FillPreRenderer : public qrngl::IPreRenderer {
+public:
+    FillPreRenderer(short order, std::string name, float r, float g, float b,
+                    std::shared_ptr<CallLog> log);
+    void render() const override;
+    short order() const override { return m_order; }
+
+private:
+    short m_order;
+    std::string m_name;
+    float m_color[3];
+    std::shared_ptr<CallLog> m_log;
+};
+
+class FillPostRenderer : public qrngl::IPostRenderer {
+public:
+    FillPostRenderer(short order, std::string name, float r, float g, float b,
+                     std::shared_ptr<CallLog> log);
+    void render() const override;
+    short order() const override { return m_order; }
+
+private:
+    short m_order;
+    std::string m_name;
+    float m_color[3];
+    std::shared_ptr<CallLog> m_log;
+};
+
+// A single renderer that runs a function.
+class FunctionRenderer : public qrngl::IRenderer {
+public:
+    explicit FunctionRenderer(std::function<void()> f) : m_f(std::move(f)) {}
+    void render() const override { m_f(); }
+
+private:
+    std::function<void()> m_f;
+};
+
+// Fills the viewport with one colour through identity matrices, depth test off.
+void fillViewport(const float rgb[3]);
+
+} // namespace qrntest
