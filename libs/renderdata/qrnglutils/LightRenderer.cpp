@@ -20,6 +20,8 @@ void LightRenderer::render() const {
     glPopMatrix();
     glEnable(GL_LIGHT0);
     glEnable(GL_LIGHTING);
+    // Faces pushed back a little, so that their edges drawn on them stay visible.
+    glPolygonOffset(1.0f, 1.0f);
 }
 
 } // namespace qrnglutils

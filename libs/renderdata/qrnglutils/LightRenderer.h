@@ -7,7 +7,8 @@
 namespace qrnglutils {
 
 // The frame's scene set-up renderer: a head light that moves with the viewer, two-sided
-// lighting (cut and open shells show their inside lit) and a soft ambient term.
+// lighting (cut and open shells show their inside lit), a soft ambient term, and the
+// polygon offset that keeps edges visible on their faces.
 class QRNGLUTILS_EXPORT LightRenderer : public qrngl::IRenderer {
 public:
     LightRenderer();

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "qrn/Document.h"
+#include "qrnviewer/ModelData.h"
+
+#include <memory>
+#include <string>
+
+namespace qrnviewer {
+
+// Fills a new document from model data: scene geometry (each part once), run-time state (one
+// primitive per placed mesh and edge set, drawn in material order, transparent last),
+// drawables, and a renderer component with a camera that fits the model.
+class DocumentBuilder {
+public:
+    static std::shared_ptr<qrn::Document> build(const ModelData& model);
+    // The factory chain of a viewer document.
+    static std::shared_ptr<qrnsg::IFactory> factoryChain();
+};
+
+} // namespace qrnviewer
