@@ -11,6 +11,12 @@ else()
   find_package(GLEW REQUIRED)
   target_link_libraries(qrn_gl INTERFACE OpenGL::GL OpenGL::GLU OpenGL::EGL GLEW::GLEW)
   find_package(PNG)
+  # Open CASCADE, for the viewer's model import and its modelled demo assembly.
+  find_package(OpenCASCADE REQUIRED)
+  set(QRN_OCCT_LIBS
+    TKXDESTEP TKXDEIGES TKRWMesh TKSTL TKXCAF TKLCAF TKCAF TKVCAF TKXSBase TKSTEP TKIGES
+    TKBRep TKMesh TKPrim TKFillet TKBO TKBool TKTopAlgo TKShHealing TKGeomAlgo TKGeomBase
+    TKG3d TKG2d TKMath TKernel)
   find_package(benchmark QUIET)
 endif()
 
