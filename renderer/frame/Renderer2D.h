@@ -12,7 +12,7 @@ namespace qrngl {
 // Draws one sheet of a 2D drawing from a display list compiled on first use.
 class QRNGL_EXPORT Renderer2D : public IRenderer {
 public:
-    static constexpr unsigned int NO_LIST = 0xFFFFFFFFu;
+    enum : unsigned int { NO_LIST = 0xFFFFFFFFu };
 
     Renderer2D(HDC dc, const std::shared_ptr<qrn2d::SCScene2D>& scene, const int& sheetIndex);
     Renderer2D(const Renderer2D& other);

@@ -3,7 +3,9 @@
 namespace qrnui {
 
 void Updater::update(const Hint& hint) {
-    for (const auto& l : m_listeners)
+    // A listener may register others while it runs; walk a copy so that the list can grow.
+    const std::vector<Listener> listeners = m_listeners;
+    for (const auto& l : listeners)
         l(hint);
 }
 

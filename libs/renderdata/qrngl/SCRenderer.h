@@ -18,7 +18,7 @@ namespace qrngl {
 // frame, the ordered pre- and post-renderers, textures and display settings.
 class QRNGLDATA_EXPORT SCRenderer : public qrnsg::Schema {
 public:
-    static constexpr unsigned char READY = 1;
+    enum : unsigned char { READY = 1 };
 
     using PreRenderers = std::multiset<std::shared_ptr<IPreRenderer>, gtorder>;
     using PostRenderers = std::multiset<std::shared_ptr<IPostRenderer>, ltorder>;

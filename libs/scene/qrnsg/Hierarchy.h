@@ -11,7 +11,7 @@ namespace qrnsg {
 // A forest of int-keyed nodes (the assembly tree). Children keep the order they were added in.
 class QRNSG_EXPORT Hierarchy {
 public:
-    static constexpr int NONE = -1;
+    enum : int { NONE = -1 };
 
     // False when id is taken or the parent (other than NONE) is unknown.
     bool add(int id, int parent = NONE);

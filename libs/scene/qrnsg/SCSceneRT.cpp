@@ -7,10 +7,12 @@
 namespace qrnsg {
 
 void RTState::add(int id, int drawable, int material, unsigned char extraFlags) {
+    // Adding an id again replaces its state; it is still drawn once.
+    if (!transforms.contains(id))
+        drawOrder.push_back(id);
     transforms.set(id, TransformPair(qrnmath::MatrixUtils::identity(), drawable));
     flags.set(id, static_cast<unsigned char>(VISIBLE | extraFlags));
     materials.set(id, material);
-    drawOrder.push_back(id);
 }
 
 void RTState::clear() {

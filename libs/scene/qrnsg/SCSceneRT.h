@@ -16,11 +16,13 @@ namespace qrnsg {
 // Run-time state of one kind of primitive (meshes, polylines, texts or points), keyed by
 // primitive id.
 struct QRNSG_EXPORT RTState {
-    // Flag bits.
-    static constexpr unsigned char HAS_TRANSFORM = 1;
-    static constexpr unsigned char VISIBLE = 2;
-    static constexpr unsigned char ANCHORED = 4;      // texts: turned to face the viewer
-    static constexpr unsigned char CONSTANT_SIZE = 8; // texts: kept at one size on screen
+    // Flag bits. Enumerators rather than static members: those do not cross a DLL boundary.
+    enum : unsigned char {
+        HAS_TRANSFORM = 1,
+        VISIBLE = 2,
+        ANCHORED = 4,     // texts: turned to face the viewer
+        CONSTANT_SIZE = 8 // texts: kept at one size on screen
+    };
 
     // Per primitive: its own transform (column-major) and the index of its drawable.
     Container<int, TransformPair> transforms;
@@ -37,7 +39,7 @@ struct QRNSG_EXPORT RTState {
 // Per material index of the mesh pass: the 4-byte record's first byte has bit 0 set for a
 // transparent material.
 struct MeshMaterialRecord {
-    static constexpr unsigned char TRANSPARENT = 1;
+    enum : unsigned char { TRANSPARENT = 1 };
     std::array<unsigned char, 4> bytes{{0, 0, 0, 0}};
     bool isTransparent() const { return (bytes[0] & TRANSPARENT) != 0; }
 };

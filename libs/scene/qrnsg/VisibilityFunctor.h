@@ -10,7 +10,7 @@ namespace qrnsg {
 // Sets the visible bit of every primitive except the hidden ones.
 class QRNSG_EXPORT VisibilityFunctor : public IPairFunctor {
 public:
-    static constexpr unsigned char VISIBLE = 2;
+    enum : unsigned char { VISIBLE = 2 };
 
     void apply(int id, const TransformPair& transform, unsigned char& flags) const override;
     void hide(int id) { m_hidden.insert(id); }
