@@ -18,6 +18,7 @@ public:
     FileLogger& operator=(const FileLogger&) = delete;
 
     void log(const std::wstring& message) override;
+    bool isEnabled() const override { return m_file != nullptr; }
     bool isOpen() const { return m_file != nullptr; }
 
 private:

@@ -11,6 +11,8 @@ public:
     virtual ~ILogger();
     // Writes one whole message as one line.
     virtual void log(const std::wstring& message) = 0;
+    // Whether messages go anywhere; callers skip work that only feeds the log.
+    virtual bool isEnabled() const = 0;
 };
 
 } // namespace qrn

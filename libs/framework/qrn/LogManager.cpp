@@ -6,6 +6,7 @@ namespace {
 class NullLogger : public ILogger {
 public:
     void log(const std::wstring&) override {}
+    bool isEnabled() const override { return false; }
 };
 } // namespace
 

@@ -41,6 +41,7 @@ TEST_F(FileLoggerTest, AppendsUtf8LinesFlushedAtOnce) {
     {
         qrn::FileLogger logger(file.wstring());
         ASSERT_TRUE(logger.isOpen());
+        EXPECT_TRUE(logger.isEnabled());
         logger.log(L"Läufer Ø12 – 歯車");
         EXPECT_EQ(readAll(file), kLine); // while still open: nothing waits in a buffer
     }
@@ -52,6 +53,7 @@ TEST_F(FileLoggerTest, AppendsUtf8LinesFlushedAtOnce) {
 TEST_F(FileLoggerTest, UnopenablePathDropsMessages) {
     qrn::FileLogger logger(m_dir.wstring());
     EXPECT_FALSE(logger.isOpen());
+    EXPECT_FALSE(logger.isEnabled());
     logger.log(L"lost");
     EXPECT_TRUE(fs::is_directory(m_dir));
 }

@@ -11,6 +11,7 @@ namespace {
 class MemoryLogger : public qrn::ILogger {
 public:
     void log(const std::wstring& message) override { lines.push_back(message); }
+    bool isEnabled() const override { return true; }
     std::vector<std::wstring> lines;
 };
 
@@ -20,6 +21,7 @@ TEST(LogManager, SingletonHandsMessagesToTheSetLoggerOrDropsThem) {
     auto& manager = qrn::LogManager::getInstance();
     EXPECT_EQ(&manager, &qrn::LogManager::getInstance());
     ASSERT_TRUE(manager.getLogger());
+    EXPECT_FALSE(manager.getLogger()->isEnabled()) << "the default logger drops messages";
     manager.getLogger()->log(L"dropped");
 
     auto memory = std::make_shared<MemoryLogger>();
@@ -29,6 +31,7 @@ TEST(LogManager, SingletonHandsMessagesToTheSetLoggerOrDropsThem) {
 
     manager.setLogger(nullptr);
     ASSERT_TRUE(manager.getLogger());
+    EXPECT_FALSE(manager.getLogger()->isEnabled());
     manager.getLogger()->log(L"after");
     EXPECT_EQ(memory->lines.size(), 1u);
 }

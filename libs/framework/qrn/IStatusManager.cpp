@@ -1,0 +1,7 @@
+#include "qrn/IStatusManager.h"
+
+namespace qrn {
+
+IStatusManager::~IStatusManager() = default;
+
+} // namespace qrn
