@@ -25,6 +25,9 @@ std::string takeGLErrors() {
 void GLTest::SetUp() {
     context = std::make_shared<qrngl::RCBitmap>(width(), height());
     ASSERT_TRUE(context->create()) << "no headless OpenGL context";
+    // Entry points beyond OpenGL 1.1 are the host's to load; on Linux the context did it.
+    glewInit();
+    takeGLErrors();
     EXPECT_NO_GL_ERROR();
 }
 

@@ -61,9 +61,12 @@ void PolylineStripEntry::render() const {
         glDrawArrays(GL_POINTS, 0, m_counts[0]);
     } else if (m_counts.size() == 1) {
         glDrawArrays(GL_LINE_STRIP, m_firsts[0], m_counts[0]);
-    } else {
+    } else if (glMultiDrawArrays) {
         glMultiDrawArrays(GL_LINE_STRIP, m_firsts.data(), m_counts.data(),
                           static_cast<GLsizei>(m_counts.size()));
+    } else {
+        for (std::size_t i = 0; i < m_counts.size(); ++i)
+            glDrawArrays(GL_LINE_STRIP, m_firsts[i], m_counts[i]);
     }
     glDisableClientState(GL_VERTEX_ARRAY);
     if (m_vbo)

@@ -3,6 +3,7 @@
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCView.h"
 
 namespace qrnsg {
 
@@ -16,6 +17,8 @@ std::shared_ptr<Schema> SCFactory::create(short type) {
         return std::make_shared<SCSceneRT>();
     case SCHEMA_PMI:
         return std::make_shared<SCPmi>();
+    case SCHEMA_VIEW:
+        return std::make_shared<SCView>();
     default:
         return m_next ? m_next->create(type) : nullptr;
     }
