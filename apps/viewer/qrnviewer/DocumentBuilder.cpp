@@ -12,6 +12,8 @@
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCView.h"
+#include "qrnviewer/StandardView.h"
 
 #include <algorithm>
 
@@ -77,22 +79,84 @@ std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model) {
             rt->polylines.transforms.find(id)->first = world;
         }
     }
+    addPmi(model, *document, nextId);
     rt->sortMeshDrawOrder();
     qrnglutils::SceneBuilder::buildDrawables(*scene, *strips);
 
     // Camera, view and lights.
-    auto camera = renderer->camera;
-    qrnsg::BBox box = model.bbox();
-    qrnmath::Vec3 center = box.isEmpty() ? qrnmath::Vec3() : box.center();
-    float radius = box.isEmpty() ? 1.0f : std::max(box.diagonal() * 0.5f, 1e-3f);
-    camera->setEye(center + qrnmath::Vec3(1.0f, -1.0f, 1.0f).normalized() * radius * 3.0f);
-    camera->setTarget(center);
-    camera->setUp(qrnmath::Vec3(0.0f, 0.0f, 1.0f));
-    qrngl::CameraHelper::fit(camera, center, radius);
-    renderer->viewRenderer = std::make_shared<qrnglutils::ViewRenderer>(camera);
+    StandardView::apply("iso", model.bbox(), renderer->camera);
+    renderer->viewRenderer = std::make_shared<qrnglutils::ViewRenderer>(renderer->camera);
     renderer->sceneSetupRenderer = std::make_shared<qrnglutils::LightRenderer>();
     renderer->setReady(true);
     return document;
+}
+
+// PMI and saved views. Each PMI item's lines are one polyline primitive in model coordinates,
+// its texts text primitives turned to the viewer at a constant size on screen; the PMI
+// component lists them by item. Text drawables come with the fonts, not here.
+void DocumentBuilder::addPmi(const ModelData& model, qrn::Document& document, int& nextId) {
+    constexpr float kTextPixels = 14.0f; // constant-size texts are sized in pixels
+    auto scene = document.get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
+    auto rt = document.get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
+    auto pmi = std::dynamic_pointer_cast<qrnsg::SCPmi>(document.addSchema(qrnsg::SCHEMA_PMI));
+    auto views = std::dynamic_pointer_cast<qrnsg::SCView>(document.addSchema(qrnsg::SCHEMA_VIEW));
+    if (!scene || !rt || !pmi || !views)
+        return;
+
+    int material = -1;
+    if (!model.pmi.empty()) {
+        qrnsg::PLMaterial lines;
+        lines.color = qrnmath::Vec4(0.05f, 0.15f, 0.6f, 1.0f); // dark blue, apart from the edges
+        material = static_cast<int>(scene->plMaterials.size());
+        scene->plMaterials.push_back(lines);
+    }
+    for (const auto& item : model.pmi) {
+        qrnsg::SCPmi::Item entry;
+        entry.name = item.name;
+        switch (item.kind) {
+        case ModelData::PmiItem::DIMENSION:
+            entry.kind = qrnsg::SCPmi::DIMENSION;
+            break;
+        case ModelData::PmiItem::TOLERANCE:
+            entry.kind = qrnsg::SCPmi::TOLERANCE;
+            break;
+        case ModelData::PmiItem::DATUM:
+            entry.kind = qrnsg::SCPmi::DATUM;
+            break;
+        case ModelData::PmiItem::NOTE:
+            entry.kind = qrnsg::SCPmi::NOTE;
+            break;
+        default:
+            entry.kind = qrnsg::SCPmi::OTHER;
+            break;
+        }
+        if (item.lines.stripCount() > 0) {
+            int id = nextId++;
+            rt->polylines.add(id, static_cast<int>(scene->polylines.size()), material);
+            scene->polylines.push_back(item.lines);
+            entry.polylineIds.push_back(id);
+        }
+        for (const auto& text : item.texts) {
+            int id = nextId++;
+            rt->texts.add(id, static_cast<int>(scene->texts.size()), material,
+                          qrnsg::RTState::ANCHORED | qrnsg::RTState::CONSTANT_SIZE);
+            scene->texts.push_back(text);
+            scene->texts.back().height = kTextPixels;
+            entry.textIds.push_back(id);
+        }
+        pmi->items.push_back(std::move(entry));
+    }
+
+    for (const auto& view : model.views) {
+        qrnsg::SCView::View v;
+        v.name = view.name;
+        v.eye = view.eye;
+        v.target = view.target;
+        v.up = view.up;
+        v.orthographic = view.orthographic;
+        v.viewHeight = view.viewHeight;
+        views->views.push_back(v);
+    }
 }
 
 } // namespace qrnviewer

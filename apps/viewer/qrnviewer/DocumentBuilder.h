@@ -16,6 +16,10 @@ public:
     static std::shared_ptr<qrn::Document> build(const ModelData& model);
     // The factory chain of a viewer document.
     static std::shared_ptr<qrnsg::IFactory> factoryChain();
+
+private:
+    // PMI items and saved views into their components; primitive ids continue from nextId.
+    static void addPmi(const ModelData& model, qrn::Document& document, int& nextId);
 };
 
 } // namespace qrnviewer

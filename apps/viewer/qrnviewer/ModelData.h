@@ -5,6 +5,7 @@
 #include "qrnsg/MMaterial.h"
 #include "qrnsg/Mesh.h"
 #include "qrnsg/Polyline.h"
+#include "qrnsg/Text.h"
 
 #include <string>
 #include <vector>
@@ -28,9 +29,29 @@ struct ModelData {
         int part = -1;       // -1 for an assembly node
     };
 
+    // A PMI presentation (a dimension, a tolerance, a datum, a note) in model coordinates.
+    struct PmiItem {
+        enum Kind { DIMENSION, TOLERANCE, DATUM, NOTE, OTHER };
+        std::wstring name;
+        Kind kind = OTHER;
+        qrnsg::Polyline lines;          // the graphical presentation
+        std::vector<qrnsg::Text> texts; // its texts (values, frames, labels)
+    };
+    // A saved view of the file.
+    struct SavedView {
+        std::wstring name;
+        qrnmath::Vec3 eye;
+        qrnmath::Vec3 target;
+        qrnmath::Vec3 up{0.0f, 0.0f, 1.0f};
+        bool orthographic = true;
+        float viewHeight = 0.0f; // world units; 0 when the file gives none
+    };
+
     std::vector<qrnsg::MMaterial> materials;
     std::vector<Part> parts;
     std::vector<Node> nodes; // parents before children
+    std::vector<PmiItem> pmi;
+    std::vector<SavedView> views;
     std::wstring lengthUnit = L"mm";
 
     int addMaterial(const qrnsg::MMaterial& m);
@@ -38,7 +59,7 @@ struct ModelData {
     int addNode(const std::wstring& name, int parent, const qrnmath::Mat4& local, int part = -1);
     // The placement of a node in the model: its parents' placements applied in turn.
     qrnmath::Mat4 worldTransform(int node) const;
-    qrnsg::BBox bbox() const; // of every placed part
+    qrnsg::BBox bbox() const;          // of every placed part
     std::size_t triangleCount() const; // of every placed part
     std::size_t instanceCount() const; // nodes that place a part
 };

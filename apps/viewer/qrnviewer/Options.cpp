@@ -1,0 +1,88 @@
+#include "qrnviewer/Options.h"
+
+#include "qrnviewer/StandardView.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace qrnviewer {
+
+namespace {
+
+bool parseSize(const std::string& s, unsigned int& w, unsigned int& h) {
+    unsigned long a = 0, b = 0;
+    char x = 0, extra = 0;
+    if (std::sscanf(s.c_str(), "%lu%c%lu%c", &a, &x, &b, &extra) != 3 || (x != 'x' && x != 'X'))
+        return false;
+    if (a == 0 || b == 0 || a > 16384 || b > 16384)
+        return false;
+    w = static_cast<unsigned int>(a);
+    h = static_cast<unsigned int>(b);
+    return true;
+}
+
+std::string viewList() {
+    std::string list;
+    for (const auto& n : StandardView::names())
+        list += (list.empty() ? "" : ", ") + n;
+    return list;
+}
+
+} // namespace
+
+std::string Options::usage() {
+    return "usage: qrnview [MODEL] [--snapshot OUT.png] [--size WxH] [--view VIEW]\n"
+           "  MODEL        a STEP, IGES, BREP, glTF, OBJ or STL file; without one, the\n"
+           "               built-in demo assembly\n"
+           "  --snapshot   draw off screen and write the frame as a PNG\n"
+           "  --size       frame size in pixels (default 1024x768)\n"
+           "  --view       " +
+           viewList() + " (default iso)\n";
+}
+
+bool Options::parse(int argc, const char* const* argv, Options& o, std::string& error) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        auto value = [&](std::string& out) {
+            if (i + 1 >= argc) {
+                error = "missing value after " + arg;
+                return false;
+            }
+            out = argv[++i];
+            return true;
+        };
+        if (arg == "-h" || arg == "--help") {
+            o.help = true;
+        } else if (arg == "--snapshot") {
+            if (!value(o.snapshot))
+                return false;
+        } else if (arg == "--size") {
+            std::string size;
+            if (!value(size))
+                return false;
+            if (!parseSize(size, o.width, o.height)) {
+                error = "bad size '" + size + "' (expected WxH, e.g. 1024x768)";
+                return false;
+            }
+        } else if (arg == "--view") {
+            if (!value(o.view))
+                return false;
+            const auto& names = StandardView::names();
+            if (std::find(names.begin(), names.end(), o.view) == names.end()) {
+                error = "unknown view '" + o.view + "' (known: " + viewList() + ")";
+                return false;
+            }
+        } else if (!arg.empty() && arg[0] == '-' && arg != "-") {
+            error = "unknown option '" + arg + "'";
+            return false;
+        } else if (o.model.empty()) {
+            o.model = arg;
+        } else {
+            error = "more than one model given ('" + o.model + "', '" + arg + "')";
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace qrnviewer

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "qrn/IStatusManager.h"
+#include "qrnviewer/ModelData.h"
+
+#include <string>
+
+namespace qrnviewer {
+
+// Reads a CAD file into model data through Open CASCADE, chosen by the file's extension:
+// STEP (.step, .stp), IGES (.iges, .igs), BREP (.brep, .brp), glTF (.gltf, .glb), OBJ (.obj)
+// and STL (.stl). Progress goes to the status manager when one is given.
+class ModelReader {
+public:
+    struct Options {
+        // Meshing tolerance as a fraction of the model's bounding-box diagonal, and the
+        // angular tolerance in radians.
+        double relativeDeflection = 0.001;
+        double angularDeflection = 0.5;
+        bool edges = true; // B-rep edges as polylines
+        bool pmi = true;   // PMI presentations and saved views
+    };
+
+    // False with a message fit for the user in error: a missing or unreadable file, a file
+    // of no known kind, a reader that failed or crashed, a file with no geometry.
+    static bool read(const std::string& path, ModelData& model, std::string& error,
+                     qrn::IStatusManager* status = nullptr);
+    static bool read(const std::string& path, const Options& options, ModelData& model,
+                     std::string& error, qrn::IStatusManager* status = nullptr);
+};
+
+} // namespace qrnviewer

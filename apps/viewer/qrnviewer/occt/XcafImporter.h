@@ -1,0 +1,25 @@
+#pragma once
+
+#include "qrn/IStatusManager.h"
+#include "qrnviewer/ModelData.h"
+#include "qrnviewer/occt/ModelReader.h"
+
+#include <TDocStd_Document.hxx>
+
+#include <string>
+
+namespace qrnviewer {
+
+// Turns an XCAF document into model data: the assembly tree with names and placements, each
+// shared part once (meshed once, instanced by its placements), colours and transparency as
+// materials per part and per face, faces as meshes with normals, B-rep edges as polylines,
+// and (through PmiImporter) PMI and saved views. Faces that already hold a triangulation (mesh
+// formats) are used as they are.
+class XcafImporter {
+public:
+    static bool import(const Handle(TDocStd_Document) & document,
+                       const ModelReader::Options& options, ModelData& model, std::string& error,
+                       qrn::IStatusManager* status = nullptr);
+};
+
+} // namespace qrnviewer
