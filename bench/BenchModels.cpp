@@ -1,0 +1,58 @@
+#include "BenchModels.h"
+
+#include "qrnmath/MatrixUtils.h"
+#include "qrnviewer/Shapes.h"
+
+#include <cmath>
+#include <cstdio>
+
+namespace qrnbench {
+
+using qrnmath::MatrixUtils;
+using qrnmath::Vec3;
+
+qrnviewer::ModelData BenchModels::generatedAssembly(std::size_t minTriangles) {
+    qrnviewer::ModelData model;
+    int colors[4] = {
+        model.addMaterial(qrnsg::MMaterial::fromColor(0.7f, 0.7f, 0.75f)),
+        model.addMaterial(qrnsg::MMaterial::fromColor(0.2f, 0.4f, 0.8f)),
+        model.addMaterial(qrnsg::MMaterial::fromColor(0.8f, 0.3f, 0.2f)),
+        model.addMaterial(qrnsg::MMaterial::fromColor(0.3f, 0.7f, 0.3f)),
+    };
+    // Four parts of a few thousand triangles each.
+    for (int p = 0; p < 4; ++p) {
+        qrnviewer::ModelData::Part part;
+        part.name = L"Part " + std::to_wstring(p);
+        if (p % 2 == 0)
+            part.meshes.push_back(qrnviewer::Shapes::sphere(Vec3(), 4.0f, 48 + 8 * p, 64));
+        else
+            part.meshes.push_back(qrnviewer::Shapes::cylinder(Vec3(), 3.0f, 8.0f, 512 * p));
+        part.meshMaterials.push_back(colors[p]);
+        part.edges = qrnviewer::Shapes::cylinderEdges(Vec3(), 3.0f, 8.0f, 64);
+        model.addPart(std::move(part));
+    }
+    int root = model.addNode(L"Generated", -1, MatrixUtils::identity());
+    // Instances on a grid of sub-assemblies until the triangle budget is met.
+    int row = -1;
+    for (int i = 0; model.triangleCount() < minTriangles; ++i) {
+        if (i % 16 == 0)
+            row = model.addNode(L"Row " + std::to_wstring(i / 16), root,
+                                MatrixUtils::translation(Vec3(0, 12.0f * float(i / 16), 0)));
+        model.addNode(L"Instance " + std::to_wstring(i), row,
+                      MatrixUtils::translation(Vec3(12.0f * float(i % 16), 0, 0)), i % 4);
+    }
+    return model;
+}
+
+std::string BenchModels::sharedModel(const std::string& name) {
+    std::string path = std::string(QRN_SHARED_MODELS) + "/" + name;
+    if (std::FILE* f = std::fopen(path.c_str(), "rb")) {
+        std::fclose(f);
+        return path;
+    }
+    std::fprintf(stderr, "*** shared model %s not found: its benchmarks are skipped ***\n",
+                 path.c_str());
+    return {};
+}
+
+} // namespace qrnbench

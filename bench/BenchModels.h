@@ -1,0 +1,18 @@
+#pragma once
+
+#include "qrnviewer/ModelData.h"
+
+#include <string>
+
+namespace qrnbench {
+
+// The models the benchmarks draw.
+class BenchModels {
+public:
+    // Many instances of a few parts: at least minTriangles in all.
+    static qrnviewer::ModelData generatedAssembly(std::size_t minTriangles);
+    // A file of the shared model folder; empty path when the folder or file is missing.
+    static std::string sharedModel(const std::string& name);
+};
+
+} // namespace qrnbench
