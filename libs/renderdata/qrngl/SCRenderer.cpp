@@ -1,5 +1,7 @@
 #include "qrngl/SCRenderer.h"
 
+#include <algorithm>
+
 namespace qrngl {
 
 SCRenderer::SCRenderer()
@@ -47,6 +49,30 @@ bool SCRenderer::removePostRenderer(const std::shared_ptr<IPostRenderer>& r) {
             return true;
         }
     return false;
+}
+
+void SCRenderer::addManipulator(const std::shared_ptr<IManipulator>& m) {
+    if (!m)
+        return;
+    auto at = std::upper_bound(
+        manipulators.begin(), manipulators.end(), m,
+        [](const std::shared_ptr<IManipulator>& a, const std::shared_ptr<IManipulator>& b) {
+            return a->order() > b->order();
+        });
+    manipulators.insert(at, m);
+}
+
+bool SCRenderer::removeManipulator(const std::shared_ptr<IManipulator>& m) {
+    auto it = std::find(manipulators.begin(), manipulators.end(), m);
+    if (it == manipulators.end())
+        return false;
+    manipulators.erase(it);
+    return true;
+}
+
+void SCRenderer::update() const {
+    if (updateNotifier)
+        updateNotifier();
 }
 
 } // namespace qrngl

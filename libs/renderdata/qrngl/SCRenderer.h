@@ -1,6 +1,8 @@
 #pragma once
 
 #include "qrngl/Camera.h"
+#include "qrngl/ICanvas.h"
+#include "qrngl/IManipulator.h"
 #include "qrngl/IPostRenderer.h"
 #include "qrngl/IPreRenderer.h"
 #include "qrngl/IRenderer.h"
@@ -8,6 +10,7 @@
 #include "qrngldata/qrngldata_export.h"
 #include "qrnsg/Schema.h"
 
+#include <functional>
 #include <memory>
 #include <set>
 #include <vector>
@@ -36,6 +39,13 @@ public:
     void addPostRenderer(const std::shared_ptr<IPostRenderer>& r);
     bool removePostRenderer(const std::shared_ptr<IPostRenderer>& r);
 
+    // The registered manipulators, kept sorted by order(), highest first: the order in which
+    // the host hands them each event.
+    void addManipulator(const std::shared_ptr<IManipulator>& m);
+    bool removeManipulator(const std::shared_ptr<IManipulator>& m);
+    // Tells the host that the view changed (it invalidates its canvases).
+    void update() const;
+
     std::shared_ptr<Camera> camera;
     unsigned char flags = 0;
     // The frame's single renderers, by the place each takes in it.
@@ -49,6 +59,16 @@ public:
     int displayMode = 0;
     // Set: lines and texts are not drawn, unless the display mode is 1.
     bool suppressLinesAndTexts = false;
+    // The mouse convention: 0 the library's own, 1 CATIA, 2 Pro/E, 3 Inventor, 4 NX,
+    // 5 SolidWorks, 6 Solid Edge.
+    int mouseStyle = 0;
+    // Set while the camera moves under a drag or an animation.
+    bool motion = false;
+    std::vector<std::shared_ptr<IManipulator>> manipulators;
+    // The canvases showing this document, first the main one.
+    std::vector<std::weak_ptr<ICanvas>> canvases;
+    // Called by update().
+    std::function<void()> updateNotifier;
 };
 
 } // namespace qrngl

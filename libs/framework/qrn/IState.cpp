@@ -1,0 +1,7 @@
+#include "qrn/IState.h"
+
+namespace qrn {
+
+IState::~IState() = default;
+
+} // namespace qrn

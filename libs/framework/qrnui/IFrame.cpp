@@ -1,0 +1,7 @@
+#include "qrnui/IFrame.h"
+
+namespace qrnui {
+
+IFrame::~IFrame() = default;
+
+} // namespace qrnui

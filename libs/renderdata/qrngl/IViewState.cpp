@@ -1,0 +1,7 @@
+#include "qrngl/IViewState.h"
+
+namespace qrngl {
+
+IViewState::~IViewState() = default;
+
+} // namespace qrngl
