@@ -11,7 +11,7 @@ namespace qrntest {
 // differ, or when the baseline is missing. On failure the actual image and a difference image
 // are written beside the test's binary (under image-output/) and their paths reported.
 // With QRN_UPDATE_BASELINES=1 in the environment the baseline is (re)written instead.
-void expectMatchesBaseline(const qrnimage::Image& actual, const std::string& name,
-                           int tolerance, std::size_t maxDiffering);
+void expectMatchesBaseline(const qrnimage::Image& actual, const std::string& name, int tolerance,
+                           std::size_t maxDiffering);
 
 } // namespace qrntest

@@ -53,9 +53,9 @@ qrnsg::BBox ModelData::bbox() const {
         const auto& lo = local.min();
         const auto& hi = local.max();
         for (int c = 0; c < 8; ++c)
-            box.add(MatrixUtils::transformPoint(
-                m, qrnmath::Vec3(c & 1 ? hi[0] : lo[0], c & 2 ? hi[1] : lo[1],
-                                 c & 4 ? hi[2] : lo[2])));
+            box.add(MatrixUtils::transformPoint(m, qrnmath::Vec3(c & 1 ? hi[0] : lo[0],
+                                                                 c & 2 ? hi[1] : lo[1],
+                                                                 c & 4 ? hi[2] : lo[2])));
     }
     return box;
 }

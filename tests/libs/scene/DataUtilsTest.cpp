@@ -2,7 +2,6 @@
 #include "qrnsg/SCSceneRT.h"
 #include "qrnsg/VisibilityFunctor.h"
 
-
 #include <gtest/gtest.h>
 
 #include <memory>

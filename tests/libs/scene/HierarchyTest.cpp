@@ -1,6 +1,5 @@
 #include "qrnsg/Hierarchy.h"
 
-
 #include <gtest/gtest.h>
 
 #include <utility>
@@ -9,8 +8,9 @@
 //  1 ( 2 ( 4 ( 6 ), 5 ), 3 ),  8 ( 9 )
 static qrnsg::Hierarchy sample() {
     qrnsg::Hierarchy h;
-    const std::pair<int, int> nodes[] = {{1, qrnsg::Hierarchy::NONE}, {2, 1}, {3, 1},         {4, 2},
-                                         {5, 2},         {6, 4}, {8, qrnsg::Hierarchy::NONE}, {9, 8}};
+    const std::pair<int, int> nodes[] = {
+        {1, qrnsg::Hierarchy::NONE}, {2, 1}, {3, 1}, {4, 2}, {5, 2}, {6, 4},
+        {8, qrnsg::Hierarchy::NONE}, {9, 8}};
     for (const auto& n : nodes)
         EXPECT_TRUE(h.add(n.first, n.second));
     return h;

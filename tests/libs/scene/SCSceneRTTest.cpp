@@ -1,7 +1,6 @@
 #include "qrnsg/SCSceneRT.h"
 #include "qrnmath/MatrixUtils.h"
 
-
 #include <gtest/gtest.h>
 
 #include <vector>

@@ -1,0 +1,18 @@
+#include "qrnsgutils/StringUtils.h"
+
+#include <gtest/gtest.h>
+
+using qrnsgutils::StringUtils;
+
+TEST(StringUtils, ConvertWidensOpenGLStringsAndUtf8) {
+    EXPECT_EQ(StringUtils::convert(""), L"");
+    EXPECT_EQ(StringUtils::convert("4.5 (Compatibility Profile) Mesa 22.3.6"),
+              L"4.5 (Compatibility Profile) Mesa 22.3.6");
+    EXPECT_EQ(StringUtils::convert("llvmpipe (LLVM 15.0.6, 256 bits)"),
+              L"llvmpipe (LLVM 15.0.6, 256 bits)");
+    // Multi-byte sequences become one character each; a stray byte does not stop the rest.
+    EXPECT_EQ(StringUtils::convert("R\xC3\xA9sum\xC3\xA9"), L"R\u00E9sum\u00E9");
+    EXPECT_EQ(StringUtils::convert("a\xFF"
+                                   "b"),
+              L"a\uFFFDb");
+}
