@@ -27,6 +27,12 @@ public:
     // left as it was.
     bool readDword(const std::wstring& name, unsigned int& value) const;
     bool writeDword(const std::wstring& name, unsigned int value);
+
+    // What readDwordCreatingKey found.
+    enum Lookup { KEY_UNAVAILABLE, VALUE_MISSING, VALUE_READ };
+    // Opens the key with full access, creating it when it is missing (on Windows one
+    // RegCreateKeyExW), and reads the value from it. value is changed only with VALUE_READ.
+    Lookup readDwordCreatingKey(const std::wstring& name, unsigned int& value);
     // False when there was no such value.
     bool removeValue(const std::wstring& name);
 

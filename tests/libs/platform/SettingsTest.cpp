@@ -126,6 +126,56 @@ TEST_F(SettingsTest, SubKeysAndApplicationsAreKeptApart) {
     EXPECT_FALSE(settings(L"Settings\\Missing").removeValue(L"Operation"));
 }
 
+TEST_F(SettingsTest, ReadingCanCreateTheKey) {
+    Settings tools = settings(L"Settings\\Tools");
+    unsigned int value = 42;
+    EXPECT_EQ(tools.readDwordCreatingKey(L"Operation", value), Settings::VALUE_MISSING);
+    EXPECT_EQ(value, 42u);
+    // The key is there now, empty: a value written to it reads back, other keys are untouched.
+    ASSERT_TRUE(tools.writeDword(L"Operation", 9));
+    EXPECT_EQ(tools.readDwordCreatingKey(L"operation", value), Settings::VALUE_READ);
+    EXPECT_EQ(value, 9u);
+    EXPECT_EQ(tools.readDwordCreatingKey(L"Other", value), Settings::VALUE_MISSING);
+    EXPECT_EQ(value, 9u);
+    EXPECT_FALSE(settings(L"Settings").readDword(L"Operation", value));
+#ifdef _WIN32
+    HKEY key = nullptr;
+    const std::wstring created = settings(L"Settings\\Created").keyPath();
+    ASSERT_NE(::RegOpenKeyExW(HKEY_CURRENT_USER, created.c_str(), 0, KEY_READ, &key),
+              ERROR_SUCCESS);
+    EXPECT_EQ(settings(L"Settings\\Created").readDwordCreatingKey(L"Operation", value),
+              Settings::VALUE_MISSING);
+    ASSERT_EQ(::RegOpenKeyExW(HKEY_CURRENT_USER, created.c_str(), 0, KEY_READ, &key),
+              ERROR_SUCCESS);
+    ::RegCloseKey(key);
+
+    // Under a volatile key no persistent key can be created.
+    HKEY parent = nullptr;
+    const std::wstring volatilePath = L"Software\\" + m_app + L"-volatile";
+    ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, volatilePath.c_str(), 0, nullptr,
+                                REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &parent, nullptr),
+              ERROR_SUCCESS);
+    ::RegCloseKey(parent);
+    EXPECT_EQ(Settings(L"Settings\\Tools", m_app + L"-volatile")
+                  .readDwordCreatingKey(L"Operation", value),
+              Settings::KEY_UNAVAILABLE);
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, volatilePath.c_str());
+#else
+    EXPECT_EQ(fileText(), "[Settings\\Tools]\nOperation=9\n");
+    // A missing section is added as an empty one after what the file holds.
+    EXPECT_EQ(settings(L"Settings\\Created").readDwordCreatingKey(L"Operation", value),
+              Settings::VALUE_MISSING);
+    EXPECT_EQ(fileText(), "[Settings\\Tools]\nOperation=9\n\n[Settings\\Created]\n");
+
+    // No file can be made beneath a configuration folder that is a file.
+    const std::wstring blocker = *m_config / L"not-a-folder";
+    std::ofstream(platformtest::fsPath(blocker)) << "x";
+    ASSERT_TRUE(Environment::setVariable(L"XDG_CONFIG_HOME", blocker));
+    EXPECT_EQ(tools.readDwordCreatingKey(L"Operation", value), Settings::KEY_UNAVAILABLE);
+    EXPECT_EQ(value, 9u);
+#endif
+}
+
 #ifdef _WIN32
 
 TEST_F(SettingsTest, OnlyDwordValuesAreRead) {

@@ -118,6 +118,17 @@ bool findSection(const Lines& lines, const std::string& section, std::size_t& fi
     return true;
 }
 
+// The value of the section's first entry of that name, as it is the one a write updates.
+bool findDword(const Lines& lines, std::size_t first, std::size_t last, const std::string& wanted,
+               unsigned int& value) {
+    std::string key, text;
+    for (std::size_t i = first; i < last; ++i) {
+        if (entry(lines[i], key, text) && sameName(key, wanted))
+            return parseDword(text, value);
+    }
+    return false;
+}
+
 // A missing file reads as empty; false only when a file is there and cannot be read, so that
 // it is never overwritten with less than it holds.
 bool readLines(const std::string& path, Lines& lines) {
@@ -190,17 +201,26 @@ bool Settings::readDword(const std::wstring& name, unsigned int& value) const {
     const std::string path = settingsFile(m_appName);
     Lines lines;
     std::size_t first = 0, last = 0;
-    if (path.empty() || !readLines(path, lines) ||
-        !findSection(lines, Text::toUtf8(m_subKey), first, last))
-        return false;
-    const std::string wanted = Text::toUtf8(name);
-    std::string key, text;
-    for (std::size_t i = first; i < last; ++i) {
-        // The first entry of a name decides, as it is the one a write updates.
-        if (entry(lines[i], key, text) && sameName(key, wanted))
-            return parseDword(text, value);
-    }
-    return false;
+    return !path.empty() && readLines(path, lines) &&
+           findSection(lines, Text::toUtf8(m_subKey), first, last) &&
+           findDword(lines, first, last, Text::toUtf8(name), value);
+}
+
+Settings::Lookup Settings::readDwordCreatingKey(const std::wstring& name, unsigned int& value) {
+    const std::string path = settingsFile(m_appName);
+    const std::string section = Text::toUtf8(m_subKey);
+    Lines lines;
+    if (path.empty() || !isStorableSection(section) || !readLines(path, lines))
+        return KEY_UNAVAILABLE;
+    std::size_t first = 0, last = 0;
+    if (findSection(lines, section, first, last))
+        return findDword(lines, first, last, Text::toUtf8(name), value) ? VALUE_READ
+                                                                        : VALUE_MISSING;
+    // The key is the section: an empty one is written, as the registry creates an empty key.
+    if (!lines.empty() && !trim(lines.back()).empty())
+        lines.emplace_back();
+    lines.push_back("[" + section + "]");
+    return writeLines(path, lines) ? VALUE_MISSING : KEY_UNAVAILABLE;
 }
 
 bool Settings::writeDword(const std::wstring& name, unsigned int value) {

@@ -20,9 +20,9 @@ public:
     bool open(const std::wstring& path, REGSAM access) {
         return ::RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, access, &m_key) == ERROR_SUCCESS;
     }
-    bool create(const std::wstring& path) {
+    bool create(const std::wstring& path, REGSAM access = KEY_SET_VALUE) {
         return ::RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr,
-                                 REG_OPTION_NON_VOLATILE, KEY_SET_VALUE, nullptr, &m_key,
+                                 REG_OPTION_NON_VOLATILE, access, nullptr, &m_key,
                                  nullptr) == ERROR_SUCCESS;
     }
     HKEY get() const { return m_key; }
@@ -30,6 +30,18 @@ public:
 private:
     HKEY m_key = nullptr;
 };
+
+bool queryDword(HKEY key, const std::wstring& name, unsigned int& value) {
+    DWORD type = 0;
+    DWORD data = 0;
+    DWORD size = sizeof data;
+    if (::RegQueryValueExW(key, name.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(&data),
+                           &size) != ERROR_SUCCESS ||
+        type != REG_DWORD || size != sizeof data)
+        return false;
+    value = data;
+    return true;
+}
 
 } // namespace
 
@@ -39,17 +51,14 @@ std::wstring Settings::location() const {
 
 bool Settings::readDword(const std::wstring& name, unsigned int& value) const {
     Key key;
-    if (!key.open(keyPath(), KEY_QUERY_VALUE))
-        return false;
-    DWORD type = 0;
-    DWORD data = 0;
-    DWORD size = sizeof data;
-    if (::RegQueryValueExW(key.get(), name.c_str(), nullptr, &type, reinterpret_cast<BYTE*>(&data),
-                           &size) != ERROR_SUCCESS ||
-        type != REG_DWORD || size != sizeof data)
-        return false;
-    value = data;
-    return true;
+    return key.open(keyPath(), KEY_QUERY_VALUE) && queryDword(key.get(), name, value);
+}
+
+Settings::Lookup Settings::readDwordCreatingKey(const std::wstring& name, unsigned int& value) {
+    Key key;
+    if (!key.create(keyPath(), KEY_ALL_ACCESS))
+        return KEY_UNAVAILABLE;
+    return queryDword(key.get(), name, value) ? VALUE_READ : VALUE_MISSING;
 }
 
 bool Settings::writeDword(const std::wstring& name, unsigned int value) {
