@@ -157,4 +157,23 @@ float QuatUtils::angleBetween(const Vec4& a, const Vec4& b) {
     return 2.0f * std::atan2(vectorPart(r).length(), std::abs(r[3]));
 }
 
+Vec4 QuatUtils::create(const Vec3& axis, float angleDegrees) {
+    const float pi = 3.14159265358979f;
+    return fromAxisAngle(axis, angleDegrees * pi / 180.0f);
+}
+
+Vec4 QuatUtils::create(const Mat4& rotation) {
+    return fromMatrix(rotation);
+}
+
+Vec4 QuatUtils::interpolate(const Vec4& q, float fraction) {
+    Vec3 axis;
+    float angle = 0.0f;
+    // Straight from axis and angle rather than slerp's blend: for small rotations the blend
+    // drifts from the exact power, and the steps of an animation must add up to q.
+    if (!toAxisAngle(q, axis, angle))
+        return identity();
+    return fromAxisAngle(axis, angle * fraction);
+}
+
 } // namespace qrnmath

@@ -24,6 +24,13 @@ public:
     static Vec4 fromTwoVectors(const Vec3& from, const Vec3& to);
     // The angle in radians between two rotations.
     static float angleBetween(const Vec4& a, const Vec4& b);
+
+    // The camera's forms: angles in degrees, as the view tools give them.
+    static Vec4 create(const Vec3& axis, float angleDegrees);
+    static Vec4 create(const Mat4& rotation); // rotation part only, as fromMatrix
+    // That share of q's rotation, starting from the identity, about q's axis the short way
+    // round: applying interpolate(q, 1/n) n times turns as far as q.
+    static Vec4 interpolate(const Vec4& q, float fraction);
 };
 
 } // namespace qrnmath

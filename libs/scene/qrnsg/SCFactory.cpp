@@ -1,8 +1,11 @@
 #include "qrnsg/SCFactory.h"
 
+#include "qrnsg/SCInfo.h"
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCSceneRes.h"
+#include "qrnsg/SCSceneTopo.h"
 #include "qrnsg/SCView.h"
 
 namespace qrnsg {
@@ -19,6 +22,12 @@ std::shared_ptr<Schema> SCFactory::create(short type) {
         return std::make_shared<SCPmi>();
     case SCHEMA_VIEW:
         return std::make_shared<SCView>();
+    case SCHEMA_INFO:
+        return std::make_shared<SCInfo>();
+    case SCHEMA_SCENE_TOPO:
+        return std::make_shared<SCSceneTopo>();
+    case SCHEMA_SCENE_RES:
+        return std::make_shared<SCSceneRes>();
     default:
         return m_next ? m_next->create(type) : nullptr;
     }

@@ -4,14 +4,33 @@
 #include "qrnsg/Schema.h"
 #include "qrnsg/qrnsg_export.h"
 
+#include <array>
 #include <string>
 #include <vector>
 
 namespace qrnsg {
 
-// The saved views of the document, as the model file named and placed them.
+// The document's views: the standard orientations with the rotation each stands for, and the
+// saved views as the model file named and placed them.
 class QRNSG_EXPORT SCView : public Schema {
 public:
+    // The standard orientations of a Z-up model; front looks along +Y. The isometric ones
+    // look at a corner from above: ISOMETRIC (the home view) from front right, the others as
+    // named.
+    enum ORIENTATION {
+        ISOMETRIC = 0,
+        FRONT,
+        BACK,
+        LEFT,
+        RIGHT,
+        TOP,
+        BOTTOM,
+        ISOMETRIC_FRONT_LEFT,
+        ISOMETRIC_BACK_RIGHT,
+        ISOMETRIC_BACK_LEFT,
+        ORIENTATION_COUNT
+    };
+
     struct View {
         std::wstring name;
         qrnmath::Vec3 eye;
@@ -23,11 +42,19 @@ public:
 
     SCView();
     std::shared_ptr<Schema> clone() const override;
+    // Drops the saved views; the orientations go back to the standard ones.
     void clear() override;
 
     // The index of the view with this name, or -1.
     int find(const std::wstring& name) const;
 
+    // The camera rotation (world to view, column-major; the view looks down -z with y up)
+    // held for an orientation; the identity for a value out of range.
+    qrnmath::Mat4 rotation(ORIENTATION orientation) const;
+    // The standard rotation of an orientation, as a new component holds it.
+    static qrnmath::Mat4 standardRotation(ORIENTATION orientation);
+
+    std::array<qrnmath::Mat4, ORIENTATION_COUNT> orientations;
     std::vector<View> views;
 };
 

@@ -129,3 +129,35 @@ TEST(QuatUtils, FromTwoVectorsHandlesOppositeVectors) {
         EXPECT_TRUE(tuplesNear(Q::rotate(q, from), -from));
     }
 }
+
+TEST(QuatUtils, CreateTakesDegreesAndMatrices) {
+    const Vec3 axis(1.0f, -2.0f, 0.5f);
+    EXPECT_TRUE(sameRotation(Q::create(axis, 10.0f), Q::fromAxisAngle(axis, kPi / 18.0f)));
+    EXPECT_TRUE(sameRotation(Q::create(axis, -90.0f), Q::fromAxisAngle(axis, -kPi / 2.0f)));
+    // A quarter turn about Z takes X to Y, the right-handed way.
+    EXPECT_TRUE(tuplesNear(Q::rotate(Q::create(Vec3(0.0f, 0.0f, 1.0f), 90.0f), Vec3(1, 0, 0)),
+                           Vec3(0.0f, 1.0f, 0.0f)));
+    for (const AxisAngle& s : kSamples)
+        EXPECT_TRUE(sameRotation(Q::create(M::rotation(s.axis, s.angle)),
+                                 Q::fromAxisAngle(s.axis, s.angle)));
+}
+
+TEST(QuatUtils, InterpolateTakesAShareOfTheRotation) {
+    for (const AxisAngle& s : kSamples) {
+        const Vec4 q = Q::fromAxisAngle(s.axis, s.angle);
+        const Vec4 half = Q::interpolate(q, 0.5f);
+        EXPECT_TRUE(sameRotation(Q::multiply(half, half), q)) << s.angle;
+        EXPECT_TRUE(sameRotation(Q::interpolate(q, 1.0f), q));
+        EXPECT_TRUE(sameRotation(Q::interpolate(q, 0.0f), Q::identity()));
+        // The steps of an animation add up to the whole rotation.
+        Vec4 sum = Q::identity();
+        for (int i = 0; i < 50; ++i)
+            sum = Q::multiply(sum, Q::interpolate(q, 1.0f / 50.0f));
+        EXPECT_TRUE(sameRotation(sum, q, 2e-5f)) << s.angle;
+    }
+    // -q is the same rotation and gives the same share; the short way round.
+    const Vec4 q = Q::create(Vec3(0.0f, 1.0f, 0.0f), 300.0f); // -60 degrees the short way
+    EXPECT_TRUE(sameRotation(Q::interpolate(-q, 0.5f), Q::interpolate(q, 0.5f)));
+    EXPECT_TRUE(sameRotation(Q::interpolate(q, 0.5f), Q::create(Vec3(0, 1, 0), -30.0f)));
+    EXPECT_TRUE(sameRotation(Q::interpolate(Q::identity(), 0.3f), Q::identity()));
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "qrnsg/Schema.h"
+#include "qrnsg/qrnsg_export.h"
+
+#include <cstdint>
+
+namespace qrnsg {
+
+// What kind of document this is and the unit its lengths are in.
+class QRNSG_EXPORT SCInfo : public Schema {
+public:
+    enum DOCUMENT_TYPE : std::int32_t { MODEL = 0, DRAWING = 1 };
+    enum UNITS : std::int32_t {
+        MILLIMETRE = 0,
+        CENTIMETRE,
+        METRE,
+        INCH,
+        FOOT,
+        MICROMETRE,
+        KILOMETRE,
+        MILE
+    };
+
+    SCInfo();
+    std::shared_ptr<Schema> clone() const override;
+    void clear() override;
+
+    std::int32_t documentType = MODEL;
+    UNITS lengthUnit = MILLIMETRE;
+};
+
+} // namespace qrnsg

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "qrnsgutils/qrnsgutils_export.h"
+
+#include <string>
+
+namespace qrnsgutils {
+
+class QRNSGUTILS_EXPORT StringUtils {
+public:
+    StringUtils() = delete;
+
+    // Widens a narrow string, read as UTF-8 (plain ASCII, such as the strings OpenGL reports,
+    // passes through unchanged); an ill-formed sequence becomes U+FFFD.
+    static std::wstring convert(const std::string& text);
+};
+
+} // namespace qrnsgutils
