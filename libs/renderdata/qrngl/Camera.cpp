@@ -7,26 +7,41 @@
 
 namespace qrngl {
 
+using qrnmath::Mat4;
 using qrnmath::Vec3;
 
+namespace {
+
+bool positive(float v) {
+    return std::isfinite(v) && v > 0.0f;
+}
+
+// Row i of the rotation: the world vector that view axis i looks along.
+Vec3 row(const Mat4& r, int i) {
+    return Vec3(r[i], r[4 + i], r[8 + i]);
+}
+
+} // namespace
+
 Camera::Camera()
-    : m_eye(0.0f, 0.0f, 10.0f), m_target(0.0f, 0.0f, 0.0f), m_up(0.0f, 1.0f, 0.0f),
-      m_projection(PERSPECTIVE), m_fovy(30.0f), m_viewHeight(2.0f), m_width(1), m_height(1),
-      m_sceneCenter(0.0f, 0.0f, 0.0f), m_sceneRadius(1.0f) {}
+    : m_centre(0.0f, 0.0f, 0.0f), m_radius(1.0f), m_rotation(qrnmath::MatrixUtils::identity()),
+      m_translation(0.0f, 0.0f, 0.0f), m_zoom(1.0f), m_projection(PERSPECTIVE), m_fovy(30.0f),
+      m_width(1), m_height(1), m_sceneCentre(0.0f, 0.0f, 0.0f), m_sceneRadius(0.0f) {}
 
-Vec3 Camera::direction() const {
-    return (m_target - m_eye).normalized();
+void Camera::setSphere(const Vec3& centre, float radius) {
+    m_centre = centre;
+    if (positive(radius))
+        m_radius = radius;
 }
 
-float Camera::distance() const {
-    return m_eye.distance(m_target);
+void Camera::setZoomFactor(float zoom) {
+    if (positive(zoom))
+        m_zoom = zoom;
 }
 
-float Camera::viewHeight() const {
-    if (m_projection == ORTHOGRAPHIC)
-        return m_viewHeight;
-    const float pi = 3.14159265358979f;
-    return 2.0f * distance() * std::tan(m_fovy * pi / 360.0f);
+void Camera::setFieldOfView(float degrees) {
+    if (std::isfinite(degrees))
+        m_fovy = std::min(170.0f, std::max(1.0f, degrees));
 }
 
 void Camera::setViewport(unsigned int width, unsigned int height) {
@@ -38,43 +53,106 @@ float Camera::aspect() const {
     return static_cast<float>(m_width) / static_cast<float>(m_height);
 }
 
-void Camera::setSceneSphere(const Vec3& center, float radius) {
-    m_sceneCenter = center;
-    m_sceneRadius = radius > 0.0f ? radius : 1.0f;
+void Camera::setSceneSphere(const Vec3& centre, float radius) {
+    m_sceneCentre = centre;
+    m_sceneRadius = positive(radius) ? radius : 0.0f;
+}
+
+float Camera::viewDistance() const {
+    const float pi = 3.14159265358979f;
+    return m_radius / std::tan(m_fovy * pi / 360.0f);
+}
+
+float Camera::halfWidth() const {
+    float a = aspect();
+    return m_radius * m_zoom * (a >= 1.0f ? a : 1.0f);
+}
+
+float Camera::halfHeight() const {
+    float a = aspect();
+    return m_radius * m_zoom * (a >= 1.0f ? 1.0f : 1.0f / a);
+}
+
+float Camera::unitsPerPixel() const {
+    return 2.0f * halfHeight() / static_cast<float>(m_height);
+}
+
+void Camera::depthRange(float& n, float& f) const {
+    // A point's depth is the eye's distance less its offset from the centre towards the eye.
+    const float d = viewDistance();
+    n = d - m_radius * 1.05f;
+    f = d + m_radius * 1.05f;
+    if (m_sceneRadius > 0.0f) {
+        const float s = d - row(m_rotation, 2).dot(m_sceneCentre - m_centre);
+        n = std::min(n, s - m_sceneRadius * 1.05f);
+        f = std::max(f, s + m_sceneRadius * 1.05f);
+    }
+    // In perspective: in front of the eye, and close enough to the far plane for the depth
+    // buffer's precision (an eye inside the scene loses what is right in front of it).
+    if (m_projection != ORTHOGRAPHIC)
+        n = std::max(n, f * 1e-4f);
 }
 
 float Camera::nearPlane() const {
-    // Distance along the view direction to the sphere's near side, with a margin.
-    float d = (m_sceneCenter - m_eye).dot(direction());
-    float n = d - m_sceneRadius * 1.05f;
-    if (m_projection == ORTHOGRAPHIC)
-        return n;
-    // A perspective near plane must stay in front of the eye; keep the depth range bounded.
-    return std::max(n, std::max(farPlane() * 1e-4f, 1e-6f));
+    float n = 0.0f, f = 0.0f;
+    depthRange(n, f);
+    return n;
 }
 
 float Camera::farPlane() const {
-    float d = (m_sceneCenter - m_eye).dot(direction());
-    float f = d + m_sceneRadius * 1.05f;
-    return std::max(f, 1e-5f);
+    float n = 0.0f, f = 0.0f;
+    depthRange(n, f);
+    return f;
 }
 
-qrnmath::Mat4 Camera::getViewMatrix() const {
-    return qrnmath::MatrixUtils::lookAt(m_eye, m_target, m_up);
+Mat4 Camera::getViewMatrix() const {
+    // T(pan, -distance) * R * T(-centre), with the pan's z left out.
+    Mat4 m = m_rotation;
+    m[3] = m[7] = m[11] = 0.0f;
+    m[15] = 1.0f;
+    const Vec3 rc = qrnmath::MatrixUtils::transformVector(m_rotation, m_centre);
+    m[12] = m_translation[0] - rc[0];
+    m[13] = m_translation[1] - rc[1];
+    m[14] = -viewDistance() - rc[2];
+    return m;
 }
 
-qrnmath::Mat4 Camera::getProjectionMatrix() const {
-    float n = nearPlane(), f = farPlane();
-    if (f <= n)
-        f = n + 1.0f;
-    if (m_projection == PERSPECTIVE)
-        return qrnmath::MatrixUtils::perspective(m_fovy, aspect(), n, f);
-    float h = m_viewHeight * 0.5f, w = h * aspect();
-    return qrnmath::MatrixUtils::ortho(-w, w, -h, h, n, f);
+Mat4 Camera::getProjectionMatrix() const {
+    float n = 0.0f, f = 0.0f;
+    depthRange(n, f);
+    const float w = halfWidth(), h = halfHeight();
+    if (m_projection == ORTHOGRAPHIC)
+        return qrnmath::MatrixUtils::ortho(-w, w, -h, h, n, f);
+    // The frustum through the view's rectangle at the centre's depth: zooming narrows the
+    // lens while the eye stays where it is.
+    const float d = viewDistance();
+    Mat4 m;
+    m[0] = d / w;
+    m[5] = d / h;
+    m[10] = (f + n) / (n - f);
+    m[11] = -1.0f;
+    m[14] = 2.0f * f * n / (n - f);
+    return m;
 }
 
-float Camera::zoomFactor() const {
-    return viewHeight() / static_cast<float>(m_height);
+Vec3 Camera::eye() const {
+    return target() + row(m_rotation, 2) * viewDistance();
+}
+
+Vec3 Camera::target() const {
+    return m_centre - row(m_rotation, 0) * m_translation[0] - row(m_rotation, 1) * m_translation[1];
+}
+
+Vec3 Camera::direction() const {
+    return -row(m_rotation, 2).normalized();
+}
+
+Vec3 Camera::up() const {
+    return row(m_rotation, 1).normalized();
+}
+
+Vec3 Camera::right() const {
+    return row(m_rotation, 0).normalized();
 }
 
 } // namespace qrngl

@@ -5,57 +5,97 @@
 
 namespace qrngl {
 
-// A viewing camera: where it stands, what it looks at, how it projects, and the viewport it
-// projects into. Near and far planes follow the scene sphere so that the model is never
-// clipped by them.
+// The viewing camera, described the way the view tools move it: a view sphere that the view
+// fits at zoom factor 1, a rotation of the model about the sphere's centre, a pan in view
+// space and a zoom factor. Everything else (eye, target, up, matrices, depth range) is derived.
+//
+// View space: x right, y up, the eye looking down -z. A world point p goes to
+//     (R (p - centre)) + (panX, panY, -distance)
+// where R is the model rotation and distance is the eye's distance from the sphere's centre.
+// At zoom factor 1 the view's smaller extent spans the sphere's diameter in the plane
+// through its centre; at zoom factor z it spans z times that, in both projections.
+//
+// Camera arithmetic belongs to CameraHelper; this class only holds the state and derives.
 class QRNGLDATA_EXPORT Camera {
 public:
-    enum Projection { PERSPECTIVE, ORTHOGRAPHIC };
+    // Values as the projection setting stores them: 5 is orthographic.
+    enum Projection { PERSPECTIVE = 0, ORTHOGRAPHIC = 5 };
 
     Camera();
 
-    void setEye(const qrnmath::Vec3& eye) { m_eye = eye; }
-    void setTarget(const qrnmath::Vec3& target) { m_target = target; }
-    void setUp(const qrnmath::Vec3& up) { m_up = up; }
-    const qrnmath::Vec3& eye() const { return m_eye; }
-    const qrnmath::Vec3& target() const { return m_target; }
-    const qrnmath::Vec3& up() const { return m_up; }
-    qrnmath::Vec3 direction() const; // unit vector from eye to target
-    float distance() const;          // eye to target
+    // The view sphere; a radius that is not a positive number leaves the radius unchanged.
+    void setSphere(const qrnmath::Vec3& centre, float radius);
+    const qrnmath::Vec3& sphereCentre() const { return m_centre; }
+    float sphereRadius() const { return m_radius; }
+
+    // World to view rotation about the sphere's centre: column-major, rotation only.
+    void setModelRotation(const qrnmath::Mat4& rotation) { m_rotation = rotation; }
+    const qrnmath::Mat4& modelRotation() const { return m_rotation; }
+    // The pan in view space, world units at the sphere's centre. Its z is kept but takes no
+    // part in the view: depth is the sphere's business.
+    void setModelTranslation(const qrnmath::Vec3& t) { m_translation = t; }
+    const qrnmath::Vec3& modelTranslation() const { return m_translation; }
+    // 1 shows the sphere, smaller values zoom in. Sizes in world units scaled by it keep their
+    // size on screen. A value that is not a positive number is ignored.
+    void setZoomFactor(float zoom);
+    float zoomFactor() const { return m_zoom; }
 
     void setProjection(Projection p) { m_projection = p; }
     Projection projection() const { return m_projection; }
-    void setFieldOfView(float degrees) { m_fovy = degrees; }
+    bool isOrthographic() const { return m_projection == ORTHOGRAPHIC; }
+    // The angle across the viewport's smaller extent, in degrees (clamped to 1..170). It sets
+    // the eye's distance in both projections, so that switching projection keeps the scale.
+    void setFieldOfView(float degrees);
     float fieldOfView() const { return m_fovy; }
-    // Height in world units of the view at the target, used by the orthographic projection.
-    void setViewHeight(float height) { m_viewHeight = height; }
-    float viewHeight() const; // for a perspective camera, derived from distance and angle
 
     void setViewport(unsigned int width, unsigned int height);
     unsigned int viewportWidth() const { return m_width; }
     unsigned int viewportHeight() const { return m_height; }
     float aspect() const;
 
-    // The sphere the scene lies in; near and far planes are derived from it.
-    void setSceneSphere(const qrnmath::Vec3& center, float radius);
+    // What must stay inside the depth range besides the view sphere: the whole model, when the
+    // view sphere was fitted to a box or zoomed to a detail. A radius <= 0 clears it.
+    void setSceneSphere(const qrnmath::Vec3& centre, float radius);
+    const qrnmath::Vec3& sceneCentre() const { return m_sceneCentre; }
+    float sceneRadius() const { return m_sceneRadius; }
+
+    // Eye to sphere centre: radius / tan(fov / 2).
+    float viewDistance() const;
+    // Half the view's width and height in world units at the sphere centre's depth, zoom
+    // applied.
+    float halfWidth() const;
+    float halfHeight() const;
+    // World units per pixel at the sphere centre's depth.
+    float unitsPerPixel() const;
+
+    // Distances along the view direction; together they enclose the view and scene spheres.
     float nearPlane() const;
     float farPlane() const;
 
     qrnmath::Mat4 getViewMatrix() const;
     qrnmath::Mat4 getProjectionMatrix() const;
-    // World units per pixel at the target: scales things drawn in pixels to a constant size.
-    float zoomFactor() const;
+
+    // In world space: the projection centre, the point shown in the middle of the view at the
+    // sphere centre's depth, and the unit view direction and up vector.
+    qrnmath::Vec3 eye() const;
+    qrnmath::Vec3 target() const;
+    qrnmath::Vec3 direction() const;
+    qrnmath::Vec3 up() const;
+    qrnmath::Vec3 right() const;
 
 private:
-    qrnmath::Vec3 m_eye;
-    qrnmath::Vec3 m_target;
-    qrnmath::Vec3 m_up;
+    void depthRange(float& zNear, float& zFar) const;
+
+    qrnmath::Vec3 m_centre;
+    float m_radius;
+    qrnmath::Mat4 m_rotation;
+    qrnmath::Vec3 m_translation;
+    float m_zoom;
     Projection m_projection;
     float m_fovy;
-    float m_viewHeight;
     unsigned int m_width;
     unsigned int m_height;
-    qrnmath::Vec3 m_sceneCenter;
+    qrnmath::Vec3 m_sceneCentre;
     float m_sceneRadius;
 };
 

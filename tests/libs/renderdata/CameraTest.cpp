@@ -3,78 +3,143 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 using qrngl::Camera;
+using qrngltest::obliqueCamera;
 using qrngltest::toNdc;
 using qrnmath::Vec3;
 
 namespace {
 
-// Oblique, with an up vector not orthogonal to the view direction.
-Camera obliqueCamera(Camera::Projection projection) {
-    Camera c;
-    c.setEye(Vec3(12.0f, 9.0f, 20.0f));
-    c.setTarget(Vec3(1.0f, 2.0f, -1.0f));
-    c.setUp(Vec3(0.2f, 1.0f, 0.1f));
-    c.setProjection(projection);
-    c.setFieldOfView(40.0f);
-    c.setViewHeight(7.0f);
-    c.setViewport(800, 500);
-    c.setSceneSphere(Vec3(1.0f, 2.0f, -1.0f), 4.0f);
-    return c;
-}
+const Camera::Projection kProjections[] = {Camera::PERSPECTIVE, Camera::ORTHOGRAPHIC};
 
 } // namespace
 
-TEST(Camera, TargetCentredAndViewHeightSpansTheViewport) {
-    for (auto projection : {Camera::PERSPECTIVE, Camera::ORTHOGRAPHIC}) {
-        SCOPED_TRACE(projection);
-        const Camera c = obliqueCamera(projection);
-        const Vec3 right = qrnmath::cross(c.direction(), c.up()).normalized();
-        const Vec3 up = qrnmath::cross(right, c.direction());
-        const float h = c.viewHeight() * 0.5f;
-        const Vec3 t = c.target();
-        EXPECT_TRUE(qrnmath::nearlyEqual(toNdc(c, t), Vec3(0.0f, 0.0f, toNdc(c, t)[2]), 1e-5f));
-        EXPECT_NEAR(toNdc(c, t + up * h)[1], 1.0f, 1e-4f);
-        EXPECT_NEAR(toNdc(c, t - up * h)[1], -1.0f, 1e-4f);
-        EXPECT_NEAR(toNdc(c, t + right * (h * c.aspect()))[0], 1.0f, 1e-4f);
+TEST(Camera, TheSphereFillsTheSmallerExtentAtZoomOne) {
+    for (auto projection : kProjections)
+        for (unsigned int width : {800u, 300u}) {
+            SCOPED_TRACE(testing::Message() << projection << " " << width);
+            auto c = obliqueCamera(projection, width, 500);
+            const Vec3 centre = c->sphereCentre();
+            const float r = c->sphereRadius();
+            const Vec3 ndc = toNdc(*c, centre);
+            EXPECT_NEAR(ndc[0], 0.0f, 1e-5f);
+            EXPECT_NEAR(ndc[1], 0.0f, 1e-5f);
+            // In the plane through the centre the sphere's radius reaches the nearer edges.
+            if (width >= 500) {
+                EXPECT_NEAR(toNdc(*c, centre + c->up() * r)[1], 1.0f, 1e-4f);
+                EXPECT_NEAR(toNdc(*c, centre - c->right() * (r * c->aspect()))[0], -1.0f, 1e-4f);
+            } else {
+                EXPECT_NEAR(toNdc(*c, centre + c->right() * r)[0], 1.0f, 1e-4f);
+                EXPECT_NEAR(toNdc(*c, centre - c->up() * (r / c->aspect()))[1], -1.0f, 1e-4f);
+            }
 
-        // zoomFactor world units make one pixel, both ways.
-        const float px = 37.0f;
-        EXPECT_NEAR(toNdc(c, t + up * (c.zoomFactor() * px))[1] * 250.0f, px, 1e-2f);
-        EXPECT_NEAR(toNdc(c, t + right * (c.zoomFactor() * px))[0] * 400.0f, px, 1e-2f);
-    }
-    EXPECT_FLOAT_EQ(obliqueCamera(Camera::ORTHOGRAPHIC).zoomFactor(), 7.0f / 500.0f);
+            // Zooming in by 4 shows a quarter of that.
+            c->setZoomFactor(0.25f);
+            const Vec3 edge = width >= 500 ? c->up() * (0.25f * r) : c->right() * (0.25f * r);
+            EXPECT_NEAR(toNdc(*c, centre + edge)[width >= 500 ? 1 : 0], 1.0f, 1e-4f);
+            EXPECT_FLOAT_EQ(c->halfHeight() / c->halfWidth(), 500.0f / float(width));
+
+            // unitsPerPixel world units make one pixel, both ways.
+            const float px = 37.0f;
+            EXPECT_NEAR(toNdc(*c, centre + c->up() * (c->unitsPerPixel() * px))[1] * 250.0f, px,
+                        1e-2f);
+            EXPECT_NEAR(toNdc(*c, centre + c->right() * (c->unitsPerPixel() * px))[0] * width *
+                            0.5f,
+                        px, 1e-2f);
+        }
 }
 
-TEST(Camera, NearAndFarEncloseTheSceneSphere) {
-    struct Case {
-        Camera::Projection projection;
-        Vec3 center;
-        float radius;
-    };
-    const Case cases[] = {
-        {Camera::PERSPECTIVE, Vec3(1.0f, 2.0f, -1.0f), 4.0f},
-        {Camera::PERSPECTIVE, Vec3(-3.0f, 5.0f, 2.0f), 6.0f}, // off the view axis
-        {Camera::PERSPECTIVE, Vec3(0.0f), 1e-3f},
-        {Camera::ORTHOGRAPHIC, Vec3(1.0f, 2.0f, -1.0f), 4.0f},
-        {Camera::ORTHOGRAPHIC, Vec3(10.0f, 8.0f, 18.0f), 30.0f}, // the eye inside
-    };
-    for (const Case& k : cases) {
-        Camera c = obliqueCamera(k.projection);
-        c.setSceneSphere(k.center, k.radius);
-        EXPECT_LT(c.nearPlane(), c.farPlane());
-        if (k.projection == Camera::PERSPECTIVE) {
-            EXPECT_GT(c.nearPlane(), 0.0f);
-        }
-        for (const Vec3& p : qrngltest::spherePoints(k.center, k.radius))
-            EXPECT_LE(std::abs(toNdc(c, p)[2]), 1.0f) << k.radius;
+TEST(Camera, PanMovesTheViewInViewSpaceAndIgnoresZ) {
+    for (auto projection : kProjections) {
+        auto c = obliqueCamera(projection);
+        const Vec3 centre = c->sphereCentre();
+        c->setModelTranslation(Vec3(1.5f, -0.5f, 0.0f));
+        const Vec3 ndc = toNdc(*c, centre);
+        EXPECT_NEAR(ndc[0], 1.5f / c->halfWidth(), 1e-5f);
+        EXPECT_NEAR(ndc[1], -0.5f / c->halfHeight(), 1e-5f);
+        // The target is what the middle of the view shows.
+        const Vec3 middle = toNdc(*c, c->target());
+        EXPECT_NEAR(middle[0], 0.0f, 1e-5f);
+        EXPECT_NEAR(middle[1], 0.0f, 1e-5f);
+        const qrnmath::Mat4 view = c->getViewMatrix();
+        c->setModelTranslation(Vec3(1.5f, -0.5f, 40.0f));
+        EXPECT_EQ(c->getViewMatrix(), view);
     }
+}
 
+TEST(Camera, EyeTargetAndUpFollowTheRotationAndPan) {
+    using M = qrnmath::MatrixUtils;
+    auto c = obliqueCamera(Camera::PERSPECTIVE);
+    c->setModelTranslation(Vec3(0.7f, 1.1f, 0.0f));
+    // The view puts the eye at the origin and the target straight ahead at the eye distance.
+    EXPECT_TRUE(
+        qrnmath::nearlyEqual(M::transformPoint(c->getViewMatrix(), c->eye()), Vec3(0.0f), 1e-4f));
+    EXPECT_TRUE(qrnmath::nearlyEqual(M::transformPoint(c->getViewMatrix(), c->target()),
+                                     Vec3(0.0f, 0.0f, -c->viewDistance()), 1e-4f));
+    EXPECT_NEAR(c->eye().distance(c->target()), c->viewDistance(), 1e-4f);
+    EXPECT_TRUE(qrnmath::nearlyEqual(c->direction(),
+                                     (Vec3(1, 2, -1) - Vec3(12, 9, 20)).normalized(), 1e-5f));
+    EXPECT_NEAR(c->up().dot(c->direction()), 0.0f, 1e-6f);
+    EXPECT_GT(c->up().dot(Vec3(0.2f, 1.0f, 0.1f)), 0.9f);
+    // A 40 degree field of view: the radius at distance r / tan(20 degrees).
+    EXPECT_NEAR(c->viewDistance(), 4.0f / std::tan(20.0f * 3.14159265f / 180.0f), 1e-4f);
+}
+
+TEST(Camera, NearAndFarEncloseTheViewAndSceneSpheres) {
+    for (auto projection : kProjections) {
+        SCOPED_TRACE(projection);
+        auto c = obliqueCamera(projection);
+        for (float zoom : {1.0f, 0.01f, 20.0f}) {
+            c->setZoomFactor(zoom);
+            c->setModelTranslation(Vec3(3.0f * zoom, -2.0f * zoom, 0.0f));
+            EXPECT_LT(c->nearPlane(), c->farPlane());
+            // Every point of the sphere stays inside the depth range, however far zoomed.
+            for (const Vec3& p : qrngltest::spherePoints(c->sphereCentre(), c->sphereRadius()))
+                EXPECT_LE(std::abs(toNdc(*c, p)[2]), 1.0f) << zoom;
+        }
+        // A scene much larger than the view sphere (a zoomed detail) stays inside too, as far
+        // as it lies in front of the eye.
+        c->setSceneSphere(Vec3(-4.0f, 0.0f, 3.0f), 9.0f);
+        for (const Vec3& p : qrngltest::spherePoints(Vec3(-4.0f, 0.0f, 3.0f), 9.0f)) {
+            const float depth = -qrnmath::MatrixUtils::transformPoint(c->getViewMatrix(), p)[2];
+            if (projection == Camera::ORTHOGRAPHIC || depth > c->farPlane() * 1e-4f) {
+                EXPECT_LE(std::abs(toNdc(*c, p)[2]), 1.0f);
+            }
+        }
+        EXPECT_LT(c->nearPlane(), c->viewDistance() - 4.0f);
+        if (projection == Camera::PERSPECTIVE) {
+            // The eye inside the scene: the near plane stays in front of it.
+            c->setSceneSphere(c->eye(), 100.0f);
+            EXPECT_GT(c->nearPlane(), 0.0f);
+            EXPECT_LT(c->nearPlane(), c->viewDistance() - c->sphereRadius());
+            EXPECT_GT(c->farPlane(), 100.0f); // the scene reaches that far beyond the eye
+        }
+        c->setSceneSphere(Vec3(), 0.0f);
+        EXPECT_EQ(c->sceneRadius(), 0.0f);
+    }
+}
+
+TEST(Camera, RejectsValuesThatWouldBreakTheView) {
     Camera c;
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    c.setZoomFactor(0.5f);
+    for (float bad : {0.0f, -1.0f, nan, std::numeric_limits<float>::infinity()}) {
+        c.setZoomFactor(bad);
+        c.setSphere(Vec3(1.0f, 2.0f, 3.0f), bad);
+    }
+    EXPECT_EQ(c.zoomFactor(), 0.5f);
+    EXPECT_EQ(c.sphereRadius(), 1.0f);
+    EXPECT_EQ(c.sphereCentre(), Vec3(1.0f, 2.0f, 3.0f)); // the centre still moves
+    c.setFieldOfView(0.0f);
+    EXPECT_EQ(c.fieldOfView(), 1.0f);
+    c.setFieldOfView(400.0f);
+    EXPECT_EQ(c.fieldOfView(), 170.0f);
+    c.setFieldOfView(nan);
+    EXPECT_EQ(c.fieldOfView(), 170.0f);
     c.setViewport(0, 0);
     EXPECT_EQ(c.viewportWidth(), 1u);
     EXPECT_EQ(c.viewportHeight(), 1u);
-    c.setSceneSphere(Vec3(0.0f), 0.0f);
-    EXPECT_LT(c.nearPlane(), c.farPlane());
+    EXPECT_EQ(int(Camera::ORTHOGRAPHIC), 5);
 }

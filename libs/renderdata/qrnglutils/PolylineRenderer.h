@@ -1,0 +1,25 @@
+#pragma once
+
+#include "qrngl/IRenderer.h"
+#include "qrnglutils/qrnglutils_export.h"
+#include "qrnsg/Polyline.h"
+
+#include <vector>
+
+namespace qrnglutils {
+
+// Draws the line strips of a polyline from client memory in the current matrices, without
+// lighting: the lines take the current colour, as the strip entries' lines do. Like
+// MeshRenderer it owns no GL objects, for overlays rebuilt on every mouse motion.
+class QRNGLUTILS_EXPORT PolylineRenderer : public qrngl::IRenderer {
+public:
+    explicit PolylineRenderer(const qrnsg::Polyline& polyline);
+    void render() const override;
+
+private:
+    std::vector<float> m_points;
+    std::vector<int> m_firsts;
+    std::vector<int> m_counts;
+};
+
+} // namespace qrnglutils
