@@ -10,6 +10,8 @@ else()
   find_package(OpenGL REQUIRED COMPONENTS OpenGL EGL)
   find_package(GLEW REQUIRED)
   target_link_libraries(qrn_gl INTERFACE OpenGL::GL OpenGL::GLU OpenGL::EGL GLEW::GLEW)
+  # Xlib, for the window contexts on GLX (libGL carries GLX itself).
+  find_package(X11 REQUIRED)
   find_package(PNG)
   # Open CASCADE, for the viewer's model import and its modelled demo assembly.
   find_package(OpenCASCADE REQUIRED)

@@ -1,5 +1,7 @@
 #include "GLTest.h"
 
+#include "GLContext.h"
+
 #include "qrngl/GL.h"
 
 #include <cstdlib>
@@ -23,8 +25,8 @@ std::string takeGLErrors() {
 }
 
 void GLTest::SetUp() {
-    context = std::make_shared<qrngl::RCBitmap>(width(), height());
-    ASSERT_TRUE(context->create()) << "no headless OpenGL context";
+    context = makeGLContext(width(), height());
+    ASSERT_TRUE(context->create()) << "no OpenGL context";
     // Entry points beyond OpenGL 1.1 are the host's to load; on Linux the context did it.
     glewInit();
     takeGLErrors();
@@ -45,7 +47,11 @@ Rgba GLTest::pixel(unsigned int x, unsigned int y) const {
 }
 
 Rgba GLTest::presentedPixel(unsigned int x, unsigned int y) const {
-    const unsigned char* row = context->bits() + (height() - 1 - y) * context->stride();
+    const unsigned char* image = presentedImage(*context);
+    if (!image)
+        return Rgba{0, 0, 0, 255};
+    const unsigned int stride = (width() * 3 + 3) & ~3u;
+    const unsigned char* row = image + (height() - 1 - y) * stride;
     return Rgba{row[x * 3 + 2], row[x * 3 + 1], row[x * 3], 255};
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "frame/RCBitmap.h"
+#include "qrngl/IRenderContext.h"
 
 #include <gtest/gtest.h>
 
@@ -31,8 +31,8 @@ std::string takeGLErrors();
         EXPECT_TRUE(glErrors_.empty()) << "OpenGL errors: " << glErrors_;                          \
     } while (0)
 
-// The one fixture of OpenGL tests: a headless bitmap context of width() x height(), created
-// and current for the test body.
+// The one fixture of OpenGL tests: a context of width() x height() without a visible window
+// (see GLContext.h), created and current for the test body.
 class GLTest : public ::testing::Test {
 protected:
     void SetUp() override;
@@ -43,14 +43,15 @@ protected:
     // A pixel of the current frame buffer (the context must be active), x from the left and
     // y from the top. Like the bitmap context's image it has no alpha: alpha reads as 255.
     Rgba pixel(unsigned int x, unsigned int y) const;
-    // The same pixel of the memory image, which holds the last frame presented by deactivate().
+    // The same pixel of the memory image, which holds the last frame presented by deactivate()
+    // (black before the first).
     Rgba presentedPixel(unsigned int x, unsigned int y) const;
     // Fills the frame buffer with one colour, so that a test can tell whether anything drew.
     void fill(float r, float g, float b) const;
     // Counts the pixels of the frame buffer within tolerance of a colour.
     std::size_t countPixels(const Rgba& color, int tolerance = 2) const;
 
-    std::shared_ptr<qrngl::RCBitmap> context;
+    std::shared_ptr<qrngl::IRenderContext> context;
 };
 
 // True when each channel is within tolerance.

@@ -3,6 +3,7 @@
 
 #include "frame/Canvas.h"
 #include "frame/EmptyCanvas.h"
+#include "qrngl/CameraHelper.h"
 #include "qrngl/GL.h"
 #include "qrnglutils/ViewRenderer.h"
 #include "qrnmath/MatrixUtils.h"
@@ -59,7 +60,7 @@ TEST_F(CanvasGLTest, DrawsOneFramePerInvalidate) {
 TEST_F(CanvasGLTest, MissingComponentLeavesTheFramePending) {
     auto scene = doc.document->getSchema(qrnsg::SCHEMA_SCENE);
     ASSERT_TRUE(doc.document->removeSchema(qrnsg::SCHEMA_SCENE));
-    context->deactivate(); // so that the test sees whether OnDraw activates
+    context->deactivate();  // so that the test sees whether OnDraw activates
     fill(1.0f, 0.0f, 0.0f); // no context: does nothing
     canvas->setFlag(1);
     canvas->Invalidate();
@@ -170,7 +171,8 @@ TEST_F(CanvasGLTest, SuppressionFlagHidesLinesAndTextsUnlessDisplayModeIsOne) {
         paint();
         SCOPED_TRACE(testing::Message() << "suppress " << c.suppress << " mode " << c.mode);
         // The line crosses the middle row; the text square sits top left.
-        bool line = near(pixel(10, 31), Rgba{0, 0, 0, 255}) || near(pixel(10, 32), Rgba{0, 0, 0, 255});
+        bool line =
+            near(pixel(10, 31), Rgba{0, 0, 0, 255}) || near(pixel(10, 32), Rgba{0, 0, 0, 255});
         EXPECT_EQ(line, c.linesDrawn);
         EXPECT_EQ(near(pixel(5, 12), kBlue), c.linesDrawn);
         EXPECT_EQ(pixel(55, 55), kGreen) << "meshes are drawn in any case";
@@ -206,17 +208,17 @@ TEST_F(CanvasGLTest, MeshesDrawUnderTheirOwnTransforms) {
     // An instance with its own transform, one whose matrix must be ignored, one hidden.
     doc.addMeshInstance(0, red, shift, qrnsg::RTState::HAS_TRANSFORM);
     doc.addMeshInstance(0, red, qrnmath::MatrixUtils::translation(qrnmath::Vec3(0, 0.6f, 0)), 0);
-    int hidden = doc.addMeshInstance(
-        0, red, qrnmath::MatrixUtils::translation(qrnmath::Vec3(-0.6f, 0, 0)),
-        qrnsg::RTState::HAS_TRANSFORM);
+    int hidden =
+        doc.addMeshInstance(0, red, qrnmath::MatrixUtils::translation(qrnmath::Vec3(-0.6f, 0, 0)),
+                            qrnsg::RTState::HAS_TRANSFORM);
     *doc.rt->meshes.flags.find(hidden) = qrnsg::RTState::HAS_TRANSFORM;
     (void)id;
     canvas->Invalidate();
     paint();
     EXPECT_EQ(pixel(32, 32), kRed);
-    EXPECT_EQ(pixel(51, 32), kRed);                   // x = 0.6 in the viewport
-    EXPECT_TRUE(near(pixel(32, 13), kGrey));          // the ignored matrix
-    EXPECT_TRUE(near(pixel(13, 32), kGrey));          // the hidden instance
+    EXPECT_EQ(pixel(51, 32), kRed);             // x = 0.6 in the viewport
+    EXPECT_TRUE(near(pixel(32, 13), kGrey));    // the ignored matrix
+    EXPECT_TRUE(near(pixel(13, 32), kGrey));    // the hidden instance
     EXPECT_EQ(countPixels(kRed), 2u * 6u * 6u); // two squares of 0.2 x 0.2: 6.4 pixels a side
     float m[16];
     glGetFloatv(GL_MODELVIEW_MATRIX, m);
@@ -335,10 +337,11 @@ protected:
         CanvasGLTest::SetUp();
         auto camera = doc.renderer->camera;
         camera->setProjection(qrngl::Camera::ORTHOGRAPHIC);
-        camera->setTarget(qrnmath::Vec3(0, 0, 0));
-        camera->setEye(qrnmath::Vec3(10, 7, 10)); // oblique: an unturned square would skew
-        camera->setViewHeight(64.0f);             // one world unit per pixel
-        camera->setSceneSphere(qrnmath::Vec3(0, 0, 0), 20.0f);
+        // Oblique: an unturned square would skew.
+        qrngl::CameraHelper::lookAt(camera, qrnmath::Vec3(10, 7, 10), qrnmath::Vec3(0, 0, 0),
+                                    qrnmath::Vec3(0, 1, 0));
+        // The 64-pixel view spans the sphere's 64-unit diameter: one world unit per pixel.
+        qrngl::CameraHelper::lookAt(camera, qrnmath::Vec3(0, 0, 0), 32.0f);
         doc.renderer->viewRenderer = std::make_shared<qrnglutils::ViewRenderer>(camera);
         qrnsg::PLMaterial blue;
         blue.color = qrnmath::Vec4(0, 0, 1, 1);
@@ -361,11 +364,10 @@ protected:
     // Where a world point lands, in pixels from the left and from the top.
     std::array<float, 2> projectToPixel(const qrnmath::Vec3& p) const {
         auto camera = doc.renderer->camera;
-        auto m = qrnmath::MatrixUtils::multiply(camera->getProjectionMatrix(),
-                                                camera->getViewMatrix());
+        auto m =
+            qrnmath::MatrixUtils::multiply(camera->getProjectionMatrix(), camera->getViewMatrix());
         auto ndc = qrnmath::MatrixUtils::transformPoint(m, p);
-        return {(ndc[0] + 1.0f) * 0.5f * float(width()),
-                (1.0f - ndc[1]) * 0.5f * float(height())};
+        return {(ndc[0] + 1.0f) * 0.5f * float(width()), (1.0f - ndc[1]) * 0.5f * float(height())};
     }
     int material = -1;
 };
@@ -415,21 +417,31 @@ TEST_F(CanvasTextGLTest, AnchoredTextsFaceTheViewerAtTheirAnchor) {
 TEST_F(CanvasTextGLTest, ConstantSizeTextsKeepTheirSizeWhenZooming) {
     qrnsg::Text text;
     text.position = qrnmath::Vec3(0, 0, 0);
-    // 10 units at constant size: 10 pixels whatever the zoom.
+    // 10 world units as the fitted view shows them (one unit a pixel): 10 pixels at any zoom.
     doc.addText(text, std::make_shared<SquareEntry>(10.0f), material,
                 qrnsg::RTState::ANCHORED | qrnsg::RTState::CONSTANT_SIZE);
-    for (float viewHeight : {64.0f, 32.0f, 200.0f}) {
-        doc.renderer->camera->setViewHeight(viewHeight);
+    auto camera = doc.renderer->camera;
+    for (float zoom : {1.0f, 0.5f, 3.125f}) {
+        camera->setZoomFactor(zoom);
         canvas->Invalidate();
         paint();
         auto box = blueBox();
-        EXPECT_EQ(box[4], 100) << "at view height " << viewHeight;
+        EXPECT_EQ(box[4], 100) << "at zoom " << zoom;
         EXPECT_EQ(box[0], 32);
     }
-    // Without the flag the square scales with the zoom.
-    *doc.rt->texts.flags.find(doc.rt->texts.drawOrder[0]) = static_cast<unsigned char>(
-        qrnsg::RTState::VISIBLE | qrnsg::RTState::ANCHORED);
-    doc.renderer->camera->setViewHeight(32.0f);
+    // A smaller view sphere shows two pixels a unit when fitted: 20 pixels at any zoom.
+    qrngl::CameraHelper::lookAt(camera, qrnmath::Vec3(0, 0, 0), 16.0f);
+    for (float zoom : {1.0f, 0.25f}) {
+        camera->setZoomFactor(zoom);
+        canvas->Invalidate();
+        paint();
+        EXPECT_EQ(blueBox()[4], 400) << "at zoom " << zoom;
+    }
+    // Without the flag the square grows as the view zooms in: 20 pixels at zoom 0.5.
+    qrngl::CameraHelper::lookAt(camera, qrnmath::Vec3(0, 0, 0), 32.0f);
+    *doc.rt->texts.flags.find(doc.rt->texts.drawOrder[0]) =
+        static_cast<unsigned char>(qrnsg::RTState::VISIBLE | qrnsg::RTState::ANCHORED);
+    camera->setZoomFactor(0.5f);
     canvas->Invalidate();
     paint();
     EXPECT_EQ(blueBox()[4], 400);

@@ -1,0 +1,318 @@
+#include "frame/linux/Glx.h"
+
+#include <X11/Xutil.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+namespace qrngl {
+
+namespace {
+
+// Xlib's default handler ends the process on any protocol error; a refused visual or a window
+// that is gone must only make the step fail.
+int g_errors = 0;
+
+int countError(Display*, XErrorEvent*) {
+    ++g_errors;
+    return 0;
+}
+
+class ErrorTrap {
+public:
+    explicit ErrorTrap(Display* display) : m_display(display) {
+        XSync(m_display, False);
+        m_errors = g_errors;
+        m_previous = XSetErrorHandler(&countError);
+    }
+    ~ErrorTrap() {
+        XSync(m_display, False);
+        XSetErrorHandler(m_previous);
+    }
+    ErrorTrap(const ErrorTrap&) = delete;
+    ErrorTrap& operator=(const ErrorTrap&) = delete;
+
+    bool failed() {
+        XSync(m_display, False);
+        return g_errors != m_errors;
+    }
+
+private:
+    Display* m_display;
+    int m_errors;
+    XErrorHandler m_previous;
+};
+
+XVisualInfo* visualInfo(Display* display, int format) {
+    if (!display || format == 0)
+        return nullptr;
+    XVisualInfo pattern = {};
+    pattern.visualid = static_cast<VisualID>(format);
+    int count = 0;
+    return XGetVisualInfo(display, VisualIDMask, &pattern, &count);
+}
+
+int glConfig(Display* display, XVisualInfo* visual, int attribute) {
+    int value = 0;
+    return glXGetConfig(display, visual, attribute, &value) == 0 ? value : 0;
+}
+
+// Bit count and position of a channel mask of a TrueColor visual.
+void channel(unsigned long mask, std::uint8_t& bits, std::uint8_t& shift) {
+    bits = 0;
+    shift = 0;
+    if (!mask)
+        return;
+    while (!(mask & 1)) {
+        mask >>= 1;
+        ++shift;
+    }
+    while (mask & 1) {
+        mask >>= 1;
+        ++bits;
+    }
+}
+
+} // namespace
+
+Display* Glx::defaultDisplay() {
+    // Kept open for the life of the process: contexts and their lists live on it.
+    static Display* display = XOpenDisplay(nullptr);
+    return display;
+}
+
+Window Glx::window(HWND handle) {
+    return static_cast<Window>(reinterpret_cast<std::uintptr_t>(handle));
+}
+
+Window Glx::window(HDC handle) {
+    return static_cast<Window>(reinterpret_cast<std::uintptr_t>(handle));
+}
+
+HWND Glx::windowHandle(Window window) {
+    return reinterpret_cast<HWND>(static_cast<std::uintptr_t>(window));
+}
+
+HDC Glx::drawableHandle(Window window) {
+    return reinterpret_cast<HDC>(static_cast<std::uintptr_t>(window));
+}
+
+GLXContext Glx::context(HGLRC handle) {
+    return reinterpret_cast<GLXContext>(handle);
+}
+
+HGLRC Glx::contextHandle(GLXContext context) {
+    return reinterpret_cast<HGLRC>(context);
+}
+
+Window Glx::createHiddenWindow(Display* display, int format, unsigned int width,
+                               unsigned int height) {
+    if (!display)
+        return 0;
+    const int screen = DefaultScreen(display);
+    const Window root = RootWindow(display, screen);
+    XVisualInfo* info = visualInfo(display, format);
+    Visual* visual = info ? info->visual : DefaultVisual(display, screen);
+    const int depth = info ? info->depth : DefaultDepth(display, screen);
+    ErrorTrap trap(display);
+    XSetWindowAttributes attributes = {};
+    attributes.colormap = XCreateColormap(display, root, visual, AllocNone);
+    attributes.border_pixel = 0;
+    attributes.override_redirect = True;
+    // Never mapped: X allows no empty window, so 0 by 0 becomes 1 by 1.
+    Window window = XCreateWindow(display, root, 0, 0, std::max(width, 1u), std::max(height, 1u), 0,
+                                  depth, InputOutput, visual,
+                                  CWColormap | CWBorderPixel | CWOverrideRedirect, &attributes);
+    XFreeColormap(display, attributes.colormap);
+    if (info)
+        XFree(info);
+    if (trap.failed())
+        return 0;
+    return window;
+}
+
+void Glx::destroyWindow(Display* display, Window window) {
+    if (!display || !window)
+        return;
+    ErrorTrap trap(display);
+    XDestroyWindow(display, window);
+}
+
+int Glx::choosePixelFormat(Display* display, const PixelFormatDescriptor& descriptor) {
+    if (!display)
+        return 0;
+    std::vector<int> attributes;
+    if (descriptor.iPixelType == 0)
+        attributes.push_back(GLX_RGBA);
+    if (descriptor.dwFlags & DOUBLEBUFFER)
+        attributes.push_back(GLX_DOUBLEBUFFER);
+    if (descriptor.dwFlags & STEREO)
+        attributes.push_back(GLX_STEREO);
+    const int perChannel = descriptor.cColorBits / 3;
+    for (int channel : {GLX_RED_SIZE, GLX_GREEN_SIZE, GLX_BLUE_SIZE})
+        attributes.insert(attributes.end(), {channel, perChannel});
+    attributes.insert(attributes.end(),
+                      {GLX_ALPHA_SIZE, descriptor.cAlphaBits, GLX_DEPTH_SIZE, descriptor.cDepthBits,
+                       GLX_STENCIL_SIZE, descriptor.cStencilBits, None});
+    XVisualInfo* info = glXChooseVisual(display, DefaultScreen(display), attributes.data());
+    if (!info)
+        return 0;
+    const int format = static_cast<int>(info->visualid);
+    XFree(info);
+    return format;
+}
+
+bool Glx::setPixelFormat(Display* display, Window window, int format) {
+    XVisualInfo* info = visualInfo(display, format);
+    if (!info)
+        return false;
+    const int depth = info->depth;
+    XFree(info);
+    if (!window)
+        return false;
+    ErrorTrap trap(display);
+    XWindowAttributes attributes = {};
+    const Status status = XGetWindowAttributes(display, window, &attributes);
+    return !trap.failed() && status != 0 && attributes.depth == depth;
+}
+
+int Glx::describePixelFormat(Display* display, int format, PixelFormatDescriptor* descriptor) {
+    XVisualInfo* info = visualInfo(display, format);
+    if (!info)
+        return 0;
+    if (!glConfig(display, info, GLX_USE_GL)) {
+        XFree(info);
+        return 0;
+    }
+    PixelFormatDescriptor d = {};
+    d.nSize = sizeof d;
+    d.nVersion = 1;
+    d.dwFlags = DRAW_TO_WINDOW | SUPPORT_OPENGL;
+    if (glConfig(display, info, GLX_DOUBLEBUFFER))
+        d.dwFlags |= DOUBLEBUFFER;
+    if (glConfig(display, info, GLX_STEREO))
+        d.dwFlags |= STEREO;
+    d.iPixelType = glConfig(display, info, GLX_RGBA) ? 0 : 1;
+    channel(info->red_mask, d.cRedBits, d.cRedShift);
+    channel(info->green_mask, d.cGreenBits, d.cGreenShift);
+    channel(info->blue_mask, d.cBlueBits, d.cBlueShift);
+    d.cColorBits = static_cast<std::uint8_t>(d.cRedBits + d.cGreenBits + d.cBlueBits);
+    d.cAlphaBits = static_cast<std::uint8_t>(glConfig(display, info, GLX_ALPHA_SIZE));
+    if (d.cAlphaBits)
+        d.cAlphaShift = std::max({static_cast<std::uint8_t>(d.cRedShift + d.cRedBits),
+                                  static_cast<std::uint8_t>(d.cGreenShift + d.cGreenBits),
+                                  static_cast<std::uint8_t>(d.cBlueShift + d.cBlueBits)});
+    d.cAccumRedBits = static_cast<std::uint8_t>(glConfig(display, info, GLX_ACCUM_RED_SIZE));
+    d.cAccumGreenBits = static_cast<std::uint8_t>(glConfig(display, info, GLX_ACCUM_GREEN_SIZE));
+    d.cAccumBlueBits = static_cast<std::uint8_t>(glConfig(display, info, GLX_ACCUM_BLUE_SIZE));
+    d.cAccumAlphaBits = static_cast<std::uint8_t>(glConfig(display, info, GLX_ACCUM_ALPHA_SIZE));
+    d.cAccumBits = static_cast<std::uint8_t>(d.cAccumRedBits + d.cAccumGreenBits +
+                                             d.cAccumBlueBits + d.cAccumAlphaBits);
+    d.cDepthBits = static_cast<std::uint8_t>(glConfig(display, info, GLX_DEPTH_SIZE));
+    d.cStencilBits = static_cast<std::uint8_t>(glConfig(display, info, GLX_STENCIL_SIZE));
+    d.cAuxBuffers = static_cast<std::uint8_t>(glConfig(display, info, GLX_AUX_BUFFERS));
+    XFree(info);
+    *descriptor = d;
+
+    // Like Windows, the number of formats there are.
+    XVisualInfo pattern = {};
+    pattern.screen = DefaultScreen(display);
+    int count = 0;
+    XVisualInfo* all = XGetVisualInfo(display, VisualScreenMask, &pattern, &count);
+    int glCount = 0;
+    for (int i = 0; i < count; ++i)
+        if (glConfig(display, &all[i], GLX_USE_GL))
+            ++glCount;
+    if (all)
+        XFree(all);
+    return std::max(glCount, 1);
+}
+
+bool Glx::choosePixelFormatARB(Display* display, const int* attributes, int* format,
+                               unsigned int* count) {
+    // Straight from libGL, so that probing needs no extension loading first.
+    static const auto chooseConfig = reinterpret_cast<PFNGLXCHOOSEFBCONFIGPROC>(
+        glXGetProcAddressARB(reinterpret_cast<const GLubyte*>("glXChooseFBConfig")));
+    static const auto configAttribute = reinterpret_cast<PFNGLXGETFBCONFIGATTRIBPROC>(
+        glXGetProcAddressARB(reinterpret_cast<const GLubyte*>("glXGetFBConfigAttrib")));
+    if (!display || !chooseConfig || !configAttribute)
+        return false;
+    ErrorTrap trap(display);
+    int n = 0;
+    GLXFBConfig* configs = chooseConfig(display, DefaultScreen(display), attributes, &n);
+    if (trap.failed()) {
+        if (configs)
+            XFree(configs);
+        return false;
+    }
+    *count = 0;
+    if (configs && n > 0) {
+        int visual = 0;
+        configAttribute(display, configs[0], GLX_VISUAL_ID, &visual);
+        *format = visual;
+        *count = 1;
+    }
+    if (configs)
+        XFree(configs);
+    return true;
+}
+
+GLXContext Glx::createContext(Display* display, int format, GLXContext share, bool& shared) {
+    shared = false;
+    XVisualInfo* info = visualInfo(display, format);
+    if (!info)
+        return nullptr;
+    GLXContext context = nullptr;
+    if (share) {
+        ErrorTrap trap(display);
+        context = glXCreateContext(display, info, share, True);
+        if (trap.failed() && context) {
+            glXDestroyContext(display, context);
+            context = nullptr;
+        }
+        shared = context != nullptr;
+    }
+    if (!context) {
+        // Lists that cannot be shared leave a working context without them.
+        ErrorTrap trap(display);
+        context = glXCreateContext(display, info, nullptr, True);
+        if (trap.failed() && context) {
+            glXDestroyContext(display, context);
+            context = nullptr;
+        }
+    }
+    XFree(info);
+    return context;
+}
+
+void Glx::deleteContext(Display* display, GLXContext context) {
+    if (display && context)
+        glXDestroyContext(display, context);
+}
+
+bool Glx::makeCurrent(Display* display, Window window, GLXContext context) {
+    if (!display)
+        return false;
+    if (!context) {
+        glXMakeCurrent(display, None, nullptr);
+        return false;
+    }
+    ErrorTrap trap(display);
+    const Bool made = glXMakeCurrent(display, window, context);
+    return !trap.failed() && made;
+}
+
+void Glx::swapBuffers(Display* display, Window window) {
+    if (!display || !window)
+        return;
+    if (glXGetCurrentDrawable() == window) {
+        glXSwapBuffers(display, window);
+        return;
+    }
+    // A drawable that no context draws to is unknown to GLX: the request fails.
+    ErrorTrap trap(display);
+    glXSwapBuffers(display, window);
+}
+
+} // namespace qrngl

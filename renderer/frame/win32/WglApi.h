@@ -1,0 +1,47 @@
+#pragma once
+
+// Windows only: the window-system calls of the render contexts, as one table that tests replace
+// to reach the failure paths (a refused pixel format, a driver without the ARB extensions).
+#include <windows.h>
+
+#include "qrngl/qrngl_export.h"
+
+namespace qrngl {
+
+struct QRNGL_EXPORT WglApi {
+    // USER
+    HMODULE(WINAPI* getModuleHandleW)(LPCWSTR moduleName);
+    HWND(WINAPI* createWindowExW)
+    (DWORD exStyle, LPCWSTR className, LPCWSTR windowName, DWORD style, int x, int y, int width,
+     int height, HWND parent, HMENU menu, HINSTANCE instance, LPVOID param);
+    BOOL(WINAPI* destroyWindow)(HWND window);
+    HDC(WINAPI* getDC)(HWND window);
+    int(WINAPI* releaseDC)(HWND window, HDC dc);
+    // GDI
+    int(WINAPI* choosePixelFormat)(HDC dc, const PIXELFORMATDESCRIPTOR* descriptor);
+    BOOL(WINAPI* setPixelFormat)(HDC dc, int format, const PIXELFORMATDESCRIPTOR* descriptor);
+    int(WINAPI* describePixelFormat)(HDC dc, int format, UINT size,
+                                     LPPIXELFORMATDESCRIPTOR descriptor);
+    BOOL(WINAPI* swapBuffers)(HDC dc);
+    // WGL
+    HGLRC(WINAPI* createContext)(HDC dc);
+    BOOL(WINAPI* deleteContext)(HGLRC rc);
+    BOOL(WINAPI* makeCurrent)(HDC dc, HGLRC rc);
+    BOOL(WINAPI* shareLists)(HGLRC parent, HGLRC rc);
+    // WGL_ARB_pixel_format through GLEW; fails while GLEW has not loaded it.
+    BOOL(WINAPI* choosePixelFormatARB)
+    (HDC dc, const int* intAttributes, const FLOAT* floatAttributes, UINT maxFormats, int* formats,
+     UINT* count);
+    // GLEW
+    unsigned int (*glewInit)();
+    bool (*hasArbPixelFormat)(); // WGLEW_ARB_pixel_format
+    bool (*hasArbMultisample)(); // WGLEW_ARB_multisample
+
+    // The table every context calls through.
+    static const WglApi& get();
+    static void set(const WglApi& api);
+    // The system's own functions.
+    static WglApi system();
+};
+
+} // namespace qrngl
