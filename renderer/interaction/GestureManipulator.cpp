@@ -1,0 +1,136 @@
+#include "interaction/GestureManipulator.h"
+
+#include "interaction/ViewState.h"
+#include "qrngl/CameraHelper.h"
+#include "qrngl/SCRenderer.h"
+#include "qrnplatform/Input.h"
+#include "qrnui/Hint.h"
+#include "qrnui/IFrame.h"
+
+namespace qrngl {
+
+namespace {
+
+// Zoom per zoom-gesture message.
+const float kGestureZoomFactor = 1.01f;
+const unsigned int kButtons = KEY_LBUTTON | KEY_MBUTTON | KEY_RBUTTON;
+
+} // namespace
+
+GestureManipulator::GestureManipulator(std::shared_ptr<qrnui::IFrame> frame,
+                                       std::shared_ptr<ViewState> viewState,
+                                       std::shared_ptr<Cursor> cursor)
+    : ITouchManipulator(std::move(cursor)), m_document(frame ? frame->getDocument() : nullptr),
+      m_viewState(std::move(viewState)), m_updater(frame ? frame->getUpdater() : nullptr),
+      m_lastX(0), m_lastY(0), m_startX(0), m_startY(0), m_noMotion(false) {}
+
+GestureManipulator::~GestureManipulator() = default;
+
+FrameStatus GestureManipulator::mouseButtonDown(FrameStatus status, unsigned int flags,
+                                                MouseButton button, int x, int y) {
+    // Real mouse input is the camera manipulator's.
+    if (!qrnplatform::Input::isTouchMessage())
+        return status;
+    m_startX = m_lastX = x;
+    m_startY = m_lastY = y;
+    if (m_viewState)
+        m_viewState->reset();
+    return ITouchManipulator::mouseButtonDown(status, flags, button, x, y);
+}
+
+FrameStatus GestureManipulator::mouseMotion(unsigned int flags, int x, int y) {
+    m_noMotion = false;
+    const bool buttonDown = (flags & kButtons) != 0;
+    if (buttonDown && flags == KEY_LBUTTON && qrnplatform::Input::isTouchMessage()) {
+        auto renderer = m_document ? std::dynamic_pointer_cast<SCRenderer>(
+                                         m_document->getSchema(qrnsg::SCHEMA_RENDERER))
+                                   : nullptr;
+        if (renderer) {
+            CameraHelper::rotate(renderer->camera, x - m_lastX, y - m_lastY);
+            renderer->update();
+        }
+    }
+    m_lastX = x;
+    m_lastY = y;
+    if (!buttonDown) {
+        m_startX = x;
+        m_startY = y;
+    }
+    return UNCHANGED;
+}
+
+void GestureManipulator::init() {
+    ITouchManipulator::init();
+    m_lastX = m_lastY = 0;
+    m_startX = m_startY = 0;
+}
+
+FrameStatus GestureManipulator::OnGesturePan(FrameStatus status, int startX, int startY, int x,
+                                             int y) {
+    auto renderer =
+        m_document
+            ? std::dynamic_pointer_cast<SCRenderer>(m_document->getSchema(qrnsg::SCHEMA_RENDERER))
+            : nullptr;
+    if (!renderer)
+        return status;
+    const int dx = x - startX, dy = y - startY;
+    if (dx == 0 && dy == 0) {
+        m_noMotion = true;
+        return UNCHANGED;
+    }
+    CameraHelper::translate(renderer->camera, dx, dy);
+    return CHANGED;
+}
+
+FrameStatus GestureManipulator::OnGestureZoom(FrameStatus, int, int, long distance) {
+    auto renderer =
+        m_document
+            ? std::dynamic_pointer_cast<SCRenderer>(m_document->getSchema(qrnsg::SCHEMA_RENDERER))
+            : nullptr;
+    if (renderer && distance != 0) {
+        CameraHelper::zoom(renderer->camera, m_startX, m_startY, kGestureZoomFactor, distance < 0);
+        renderer->update();
+    }
+    return UNCHANGED;
+}
+
+FrameStatus GestureManipulator::OnGestureTwoFingerTap(FrameStatus, int, int) {
+    changeView();
+    return CHANGED;
+}
+
+FrameStatus GestureManipulator::OnGestureRotate(FrameStatus status, int, int, double) {
+    return status;
+}
+
+FrameStatus GestureManipulator::OnGesturePressAndTap(FrameStatus status, int, int, long) {
+    return status;
+}
+
+void GestureManipulator::play(const qrnsg::SCView::ORIENTATION& orientation, int frames) {
+    if (m_viewState)
+        m_viewState->play(orientation, frames);
+}
+
+void GestureManipulator::zoomfit() {
+    if (m_viewState)
+        m_viewState->zoomFit();
+}
+
+void GestureManipulator::home() {
+    changeView();
+}
+
+void GestureManipulator::changeView() {
+    if (!m_document || !m_document->getSchema(qrnsg::SCHEMA_SCENE_RT) ||
+        !m_document->getSchema(qrnsg::SCHEMA_SCENE_TOPO) ||
+        !m_document->getSchema(qrnsg::SCHEMA_ANIMATION))
+        return;
+    // Moved parts and the per-node flag sets go back to their initial state here once the
+    // data library keeps them; the camera already returns.
+    play(qrnsg::SCView::ISOMETRIC, HOME_VIEW_FRAMES);
+    if (m_updater)
+        m_updater->update(qrnui::Hint(HINT_HOME_VIEW, m_document));
+}
+
+} // namespace qrngl

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "interaction/QrnEventInterpreter.h"
+
+namespace qrngl {
+
+// Middle drag rotates, middle drag with Shift pans; everything else as the library's own.
+class QRNGL_EXPORT ProEEventInterpreter : public QrnEventInterpreter {
+public:
+    explicit ProEEventInterpreter(bool is2D);
+    ~ProEEventInterpreter() override;
+
+    bool interpret(unsigned int const& flags, Operation const& requested, int const& dx,
+                   int const& dy, Operation& result) override;
+};
+
+} // namespace qrngl

@@ -1,0 +1,239 @@
+#include "interaction/CameraManipulator.h"
+
+#include "ManipulatorTestSupport.h"
+#include "overlays/ZoomboxRenderer.h"
+#include "qrnmath/QuatUtils.h"
+#include "qrnplatform/Environment.h"
+#include "qrnplatform/Settings.h"
+#include "qrnplatform/Text.h"
+#include "qrnsg/SCInfo.h"
+
+#include <cmath>
+#include <filesystem>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using qrngl::CHANGED;
+using qrngl::UNCHANGED;
+using qrnmath::Vec3;
+using IE = qrngl::IEventInterpreter;
+using Q = qrnmath::QuatUtils;
+using Path = std::vector<std::pair<int, int>>;
+
+const unsigned int L = qrngl::KEY_LBUTTON, M = qrngl::KEY_MBUTTON, R = qrngl::KEY_RBUTTON;
+
+// The default operation comes from the running executable's settings: fresh ones for each
+// test, in a folder of the test's own on Linux, in the executable's key on Windows.
+class CameraManipulatorTest : public qrntest::ManipulatorTest {
+protected:
+    void SetUp() override {
+        ManipulatorTest::SetUp();
+        clearSettings();
+        info = std::dynamic_pointer_cast<qrnsg::SCInfo>(
+            frame->document->addSchema(qrnsg::SCHEMA_INFO));
+    }
+    void TearDown() override {
+        clearSettings();
+        ManipulatorTest::TearDown();
+    }
+    static void clearSettings() {
+#ifdef _WIN32
+        const std::wstring app = qrnplatform::Environment::executableBaseName();
+        ::RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\" + app).c_str());
+#else
+        const std::string config = testing::TempDir() + "qrngl-" +
+                                   testing::UnitTest::GetInstance()->current_test_info()->name();
+        std::error_code ignored;
+        std::filesystem::remove_all(config, ignored);
+        qrnplatform::Environment::setVariable(L"XDG_CONFIG_HOME",
+                                              qrnplatform::Text::fromUtf8(config));
+#endif
+    }
+
+    std::shared_ptr<qrngl::CameraManipulator> make() {
+        return std::make_shared<qrngl::CameraManipulator>(frame, viewState, cursor);
+    }
+    // Press at the first point, move through all, release at the last.
+    static qrngl::FrameStatus drag(qrngl::CameraManipulator& m, qrngl::MouseButton button,
+                                   unsigned int flags, const Path& path) {
+        m.mouseButtonDown(UNCHANGED, flags, button, path.front().first, path.front().second);
+        for (const auto& p : path)
+            m.mouseMotion(flags, p.first, p.second);
+        return m.mouseButtonUp(UNCHANGED, 0, button, path.back().first, path.back().second);
+    }
+    bool hasZoombox() const {
+        for (const auto& r : renderer->postRenderers)
+            if (auto box = std::dynamic_pointer_cast<qrngl::ZoomboxRenderer>(r))
+                return box->fill() && box->outline();
+        return false;
+    }
+
+    std::shared_ptr<qrnsg::SCInfo> info;
+    std::shared_ptr<qrngl::Cursor> cursor = std::make_shared<qrngl::Cursor>();
+};
+
+TEST_F(CameraManipulatorTest, DragsMoveTheCameraAndRecordOneUndoStepEach) {
+    auto m = make();
+    ASSERT_EQ(m->getOperation(), IE::ROTATE) << "no stored operation";
+    EXPECT_EQ(drag(*m, qrngl::LEFT, L, {{100, 100}, {130, 110}, {160, 120}}), CHANGED);
+    EXPECT_NE(camera->modelRotation(), qrnmath::MatrixUtils::identity());
+    ASSERT_EQ(frame->undo->size(), 1u);
+    frame->undo->undo();
+    EXPECT_EQ(camera->modelRotation(), qrnmath::MatrixUtils::identity());
+
+    // Pan: the model under the pointer follows it.
+    m->setOperation(IE::PAN);
+    Vec3 grabbed = qrntest::underPixel(camera, 100.0f, 100.0f);
+    drag(*m, qrngl::LEFT, L, {{100, 100}, {140, 90}, {180, 140}});
+    qrntest::expectShownAt(camera, grabbed, 180.0f, 140.0f);
+
+    // A right drag zooms about the press point, in going down.
+    grabbed = qrntest::underPixel(camera, 300.0f, 100.0f);
+    drag(*m, qrngl::RIGHT, R, {{300, 100}, {300, 105}, {301, 110}, {301, 115}});
+    EXPECT_NEAR(camera->zoomFactor(), 1.0f / std::pow(1.02f, 3.0f), 1e-5f);
+    qrntest::expectShownAt(camera, grabbed, 300.0f, 100.0f);
+    EXPECT_EQ(frame->undo->size(), 2u);
+
+    // No step for a drag back to its press point, a consumed press or a touch press.
+    drag(*m, qrngl::LEFT, L, {{50, 50}, {90, 60}, {50, 50}});
+    const qrnmath::Mat4 rotation = camera->modelRotation();
+    EXPECT_EQ(m->mouseButtonDown(CHANGED, L, qrngl::LEFT, 10, 10), CHANGED);
+    EXPECT_EQ(m->mouseMotion(L, 40, 40), UNCHANGED);
+    m->mouseButtonUp(UNCHANGED, 0, qrngl::LEFT, 40, 40);
+    qrntest::setTouchInput(true);
+    EXPECT_EQ(drag(*m, qrngl::LEFT, L, {{10, 10}, {40, 40}}), UNCHANGED);
+    EXPECT_EQ(camera->modelRotation(), rotation);
+    EXPECT_EQ(frame->undo->size(), 2u);
+}
+
+TEST_F(CameraManipulatorTest, RubberBandZoomsToTheBoxAtRelease) {
+    auto m = make();
+    m->setOperation(IE::ZOOMBOX);
+    const Vec3 middle = qrntest::underPixel(camera, 130.0f, 85.0f);
+    m->mouseButtonDown(UNCHANGED, L, qrngl::LEFT, 100, 50);
+    EXPECT_EQ(m->mouseMotion(L, 160, 120), CHANGED);
+    EXPECT_TRUE(hasZoombox());
+    // Window rows 50 to 120 of 300 are rows 179 to 250 from the bottom.
+    EXPECT_EQ(m->getZoomboxFill().bbox().min(), Vec3(100.0f, 179.0f, 0.0f));
+    EXPECT_EQ(m->getZoomboxFill().bbox().max(), Vec3(161.0f, 250.0f, 0.0f));
+    EXPECT_EQ(camera->zoomFactor(), 1.0f) << "the camera waits for the release";
+    EXPECT_EQ(m->mouseButtonUp(UNCHANGED, 0, qrngl::LEFT, 160, 120), CHANGED);
+    EXPECT_FALSE(hasZoombox());
+    EXPECT_NEAR(camera->zoomFactor(), 70.0f / 300.0f, 1e-5f);
+    qrntest::expectShownAt(camera, middle, 200.0f, 150.0f);
+    EXPECT_EQ(frame->undo->size(), 1u);
+}
+
+TEST_F(CameraManipulatorTest, NormalViewIsOneShotAndSpinKeepsTurning) {
+    void* shown = nullptr;
+    cursor->set(IE::ROTATE, &shown);
+    cursor->setHook([&](void* c) { shown = c; });
+    auto m = make();
+    m->setOperation(IE::NORMALVIEW);
+    EXPECT_FALSE(m->setCursor());
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(drag(*m, qrngl::LEFT, L, {{10, 10}, {20, 20}, {30, 30}}), CHANGED);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "interpret normalview\ninterpret normalview\n");
+    EXPECT_EQ(m->getOperation(), IE::NORMALVIEW) << "only a click uses it up";
+    EXPECT_EQ(drag(*m, qrngl::LEFT, L, {{30, 30}}), CHANGED);
+    EXPECT_EQ(m->getOperation(), IE::ROTATE);
+    EXPECT_TRUE(m->setCursor());
+    EXPECT_EQ(shown, &shown);
+
+    // Each tick repeats the last step of a spin drag, until a press.
+    m->setOperation(IE::SPIN);
+    drag(*m, qrngl::LEFT, L, {{50, 50}, {60, 50}, {70, 54}});
+    const qrnmath::Mat4 released = camera->modelRotation();
+    EXPECT_EQ(m->spin(), CHANGED);
+    EXPECT_NE(camera->modelRotation(), released);
+    drag(*m, qrngl::LEFT, L, {{70, 54}});
+    EXPECT_EQ(m->spin(), UNCHANGED);
+    EXPECT_TRUE(renderer->postRenderers.empty());
+}
+
+TEST_F(CameraManipulatorTest, MouseStyleOneMiddleDragPansOrZoomsUntilTheMiddleRelease) {
+    renderer->mouseStyle = 1;
+    auto m = make();
+    // Middle held and right clicked: the middle drag zooms.
+    m->mouseButtonDown(UNCHANGED, M, qrngl::MIDDLE, 50, 50);
+    m->mouseButtonDown(UNCHANGED, M | R, qrngl::RIGHT, 50, 50);
+    m->mouseButtonUp(UNCHANGED, M, qrngl::RIGHT, 50, 50);
+    EXPECT_EQ(m->mouseMotion(M, 50, 60), CHANGED);
+    EXPECT_LT(camera->zoomFactor(), 1.0f);
+    m->mouseButtonUp(UNCHANGED, 0, qrngl::MIDDLE, 50, 60);
+    EXPECT_EQ(frame->undo->size(), 1u);
+
+    // The middle release ends it even without motion; then a middle drag pans, not spins.
+    m->mouseButtonDown(UNCHANGED, M, qrngl::MIDDLE, 50, 50);
+    m->mouseButtonDown(UNCHANGED, M | R, qrngl::RIGHT, 50, 50);
+    m->mouseButtonUp(UNCHANGED, M, qrngl::RIGHT, 50, 50);
+    m->mouseButtonUp(UNCHANGED, 0, qrngl::MIDDLE, 50, 50);
+    const qrngl::Camera before = *camera;
+    drag(*m, qrngl::MIDDLE, M, {{50, 50}, {50, 80}});
+    EXPECT_EQ(camera->zoomFactor(), before.zoomFactor());
+    EXPECT_EQ(camera->modelRotation(), before.modelRotation());
+    EXPECT_NE(camera->modelTranslation(), before.modelTranslation());
+}
+
+TEST_F(CameraManipulatorTest, WheelZoomsAboutThePointerAndArrowKeysTurnTheView) {
+    auto m = make();
+    m->mouseMotion(0, 300, 100);
+    const Vec3 under = qrntest::underPixel(camera, 300.0f, 100.0f);
+    EXPECT_EQ(m->mouseWheel(0, 120, 1.25f), CHANGED);
+    EXPECT_NEAR(camera->zoomFactor(), 0.8f, 1e-6f);
+    qrntest::expectShownAt(camera, under, 300.0f, 100.0f);
+    ASSERT_EQ(frame->undo->size(), 1u);
+    frame->undo->undo();
+    m->setAvailOperations(~static_cast<unsigned int>(IE::ZOOM));
+    EXPECT_EQ(m->mouseWheel(0, -120, 1.25f), UNCHANGED);
+    EXPECT_EQ(camera->zoomFactor(), 1.0f);
+
+    // 0.068 of 10 degrees: Up about the view's right, Left about its up, Down and Right back.
+    const std::pair<unsigned int, Vec3> keys[] = {
+        {38, camera->right()}, {40, -camera->right()}, {37, camera->up()}, {39, -camera->up()}};
+    for (const auto& k : keys) {
+        const qrnmath::Vec4 before = Q::create(camera->modelRotation());
+        EXPECT_EQ(m->keyDown(UNCHANGED, k.first, 0, 0), CHANGED);
+        Vec3 axis;
+        float angle = 0.0f;
+        Q::toAxisAngle(Q::multiply(Q::conjugate(before), Q::create(camera->modelRotation())), axis,
+                       angle);
+        EXPECT_NEAR(angle, 0.68f * 3.14159265f / 180.0f, 1e-4f) << k.first;
+        EXPECT_TRUE(qrnmath::nearlyEqual(axis, k.second, 1e-3f)) << k.first;
+    }
+    EXPECT_TRUE(renderer->motion);
+}
+
+TEST_F(CameraManipulatorTest, EscapeStopsTheAnimationAndEndsZooming) {
+    qrnplatform::Settings(L"Settings\\Tools").writeDword(L"Operation", IE::SPIN);
+    auto m = make();
+    EXPECT_EQ(m->getOperation(), IE::SPIN);
+    m->setOperation(IE::PAN);
+    m->next();
+    ASSERT_EQ(timer(), 30u);
+    EXPECT_EQ(m->keyDown(UNCHANGED, 27, 0, 0), UNCHANGED);
+    EXPECT_EQ(timer(), 0u);
+    EXPECT_TRUE(m->getEscapePressed());
+    EXPECT_EQ(m->getOperation(), IE::PAN);
+
+    // Zooming gives way to the default: the stored one, PAN in a drawing, ROTATE in 2D.
+    m->setOperation(IE::ZOOMBOX);
+    EXPECT_EQ(m->keyDown(UNCHANGED, 27, 0, 0), CHANGED);
+    EXPECT_EQ(m->getOperation(), IE::SPIN);
+    info->documentType = qrnsg::SCInfo::DRAWING;
+    m->setOperation(IE::ZOOM);
+    m->keyDown(UNCHANGED, 27, 0, 0);
+    EXPECT_EQ(m->getOperation(), IE::PAN);
+    info->documentType = qrnsg::SCInfo::MODEL;
+    frame->is2D = true;
+    auto sheet = make();
+    EXPECT_EQ(sheet->getOperation(), IE::PAN);
+    sheet->setOperation(IE::ZOOM);
+    sheet->keyDown(UNCHANGED, 27, 0, 0);
+    EXPECT_EQ(sheet->getOperation(), IE::ROTATE);
+}
+
+} // namespace

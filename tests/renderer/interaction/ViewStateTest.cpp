@@ -1,0 +1,410 @@
+#include "interaction/ViewState.h"
+
+#include "qrn/Document.h"
+#include "qrngl/CameraHelper.h"
+#include "qrngl/SCGLFactory.h"
+#include "qrngl/SCRenderer.h"
+#include "qrnmath/MatrixUtils.h"
+#include "qrnmath/QuatUtils.h"
+#include "qrnplatform/WindowTimer.h"
+#include "qrnsg/SCFactory.h"
+#include "qrnsg/SCInfo.h"
+#include "qrnsg/SCScene.h"
+#include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCSceneRes.h"
+#include "qrnsg/SCSceneTopo.h"
+#include "qrnsg/SCView.h"
+#include "qrnui/Hint.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <deque>
+#include <memory>
+#include <vector>
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
+namespace {
+
+using qrngl::Camera;
+using qrngl::CameraHelper;
+using qrngl::ViewState;
+using qrnmath::Mat4;
+using qrnmath::Vec3;
+using qrnplatform::WindowTimer;
+using qrnsg::SCView;
+using Q = qrnmath::QuatUtils;
+
+#ifdef _WIN32
+// The system's timers need a real window: a hidden one of this thread.
+class TestWindow {
+public:
+    TestWindow()
+        : m_hwnd(::CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 16, 16, nullptr, nullptr,
+                                   ::GetModuleHandleW(nullptr), nullptr)) {}
+    ~TestWindow() { ::DestroyWindow(m_hwnd); }
+    qrngl::HWND handle() const { return m_hwnd; }
+
+private:
+    HWND m_hwnd;
+};
+#else
+class TestWindow {
+public:
+    // Any address stands for a window where the host drives the timers.
+    qrngl::HWND handle() const { return reinterpret_cast<qrngl::HWND>(const_cast<int*>(&m_dummy)); }
+
+private:
+    int m_dummy = 0;
+};
+#endif
+
+class CountingCanvas : public qrngl::ICanvas {
+public:
+    bool OnCreate() override { return true; }
+    void OnDestroy() override {}
+    void OnDraw() const override {}
+    void OnSize(unsigned int, unsigned int, unsigned int, unsigned int) override {}
+    void Invalidate() override { ++invalidated; }
+    int invalidated = 0;
+};
+
+class RecordingUpdater : public qrn::IUpdater {
+public:
+    void update(const qrnui::Hint& hint) override {
+        codes.push_back(hint.code());
+        documents.push_back(hint.document());
+    }
+    std::vector<short> codes;
+    std::vector<std::shared_ptr<qrn::IDocument>> documents;
+};
+
+// What the view shows: everything that places the picture.
+struct Pose {
+    Mat4 rotation;
+    Vec3 centre;
+    float radius;
+    Vec3 translation;
+    float zoom;
+    bool operator==(const Pose& o) const {
+        return rotation == o.rotation && centre == o.centre && radius == o.radius &&
+               translation == o.translation && zoom == o.zoom;
+    }
+    bool operator!=(const Pose& o) const { return !(*this == o); }
+};
+
+Pose poseOf(const Camera& c) {
+    return Pose{c.modelRotation(), c.sphereCentre(), c.sphereRadius(), c.modelTranslation(),
+                c.zoomFactor()};
+}
+
+qrnsg::Mesh boxMesh(const Vec3& lo, const Vec3& hi) {
+    qrnsg::Mesh m;
+    for (int i = 0; i < 8; ++i)
+        m.vertices.push_back(
+            Vec3((i & 1) ? hi[0] : lo[0], (i & 2) ? hi[1] : lo[1], (i & 4) ? hi[2] : lo[2]));
+    m.indices = {0, 1, 2, 5, 6, 7};
+    return m;
+}
+
+float angleTo(const Mat4& a, const Mat4& b) {
+    return Q::angleBetween(Q::create(a), Q::create(b));
+}
+
+class ViewStateTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        document = std::make_shared<qrn::Document>(
+            std::make_shared<qrngl::SCGLFactory>(std::make_shared<qrnsg::SCFactory>()));
+        scene = std::dynamic_pointer_cast<qrnsg::SCScene>(document->addSchema(qrnsg::SCHEMA_SCENE));
+        rt = std::dynamic_pointer_cast<qrnsg::SCSceneRT>(
+            document->addSchema(qrnsg::SCHEMA_SCENE_RT));
+        topology = std::dynamic_pointer_cast<qrnsg::SCSceneTopo>(
+            document->addSchema(qrnsg::SCHEMA_SCENE_TOPO));
+        views = std::dynamic_pointer_cast<SCView>(document->addSchema(qrnsg::SCHEMA_VIEW));
+        document->addSchema(qrnsg::SCHEMA_INFO);
+        renderer = std::dynamic_pointer_cast<qrngl::SCRenderer>(
+            document->addSchema(qrnsg::SCHEMA_RENDERER));
+        ASSERT_TRUE(scene && rt && topology && views && renderer);
+        camera = renderer->camera;
+        camera->setViewport(400, 300);
+
+        // A flat box, and a hidden one far off that must not count.
+        scene->meshes.push_back(boxMesh(Vec3(0.0f, 0.0f, 0.0f), Vec3(8.0f, 3.0f, 1.0f)));
+        scene->meshes.push_back(boxMesh(Vec3(100.0f), Vec3(101.0f)));
+        rt->meshes.add(1, 0, -1);
+        rt->meshes.add(2, 1, -1);
+        *rt->meshes.flags.find(2) = 0;
+        qrnsg::SCSceneTopo::Node node;
+        node.meshIds = {1, 2};
+        topology->nodes.push_back(node);
+        box = qrnsg::BBox(Vec3(0.0f, 0.0f, 0.0f), Vec3(8.0f, 3.0f, 1.0f));
+
+        renderer->canvases.push_back(first);
+        renderer->canvases.push_back(second);
+        viewState = std::make_shared<ViewState>(window.handle(), document, updater);
+        CameraHelper::setRotation(camera, views->rotation(SCView::ISOMETRIC));
+        viewState->zoomFit();
+        WindowTimer::takeInvalidated();
+    }
+    void TearDown() override { viewState.reset(); }
+
+    unsigned int timer() const { return WindowTimer::interval(window.handle(), 101); }
+    // The camera the orientation shows when the box is fitted there.
+    Pose fitted(SCView::ORIENTATION orientation) const {
+        auto c = std::make_shared<Camera>(*camera);
+        CameraHelper::setRotation(c, views->rotation(orientation));
+        CameraHelper::lookAt(c, box);
+        return poseOf(*c);
+    }
+    // One tick; true when it moved the camera.
+    bool tick() {
+        const Pose before = poseOf(*camera);
+        viewState->animate();
+        return poseOf(*camera) != before;
+    }
+
+    TestWindow window;
+    std::shared_ptr<qrn::Document> document;
+    std::shared_ptr<qrnsg::SCScene> scene;
+    std::shared_ptr<qrnsg::SCSceneRT> rt;
+    std::shared_ptr<qrnsg::SCSceneTopo> topology;
+    std::shared_ptr<SCView> views;
+    std::shared_ptr<qrngl::SCRenderer> renderer;
+    std::shared_ptr<Camera> camera;
+    qrnsg::BBox box;
+    std::shared_ptr<CountingCanvas> first = std::make_shared<CountingCanvas>();
+    std::shared_ptr<CountingCanvas> second = std::make_shared<CountingCanvas>();
+    std::shared_ptr<RecordingUpdater> updater = std::make_shared<RecordingUpdater>();
+    std::shared_ptr<ViewState> viewState;
+};
+
+TEST_F(ViewStateTest, SinglePlayEndsExactlyOnTheTargetAndKillsTheTimer) {
+    CameraHelper::translate(camera, 40, -25);
+    CameraHelper::zoom(camera, 300, 100, 1.5f, true);
+    renderer->motion = true;
+    const Mat4 start = camera->modelRotation();
+    const Pose target = fitted(SCView::TOP);
+    const float turn = angleTo(start, target.rotation);
+    ASSERT_GT(turn, 0.5f);
+
+    viewState->play(SCView::TOP, 50);
+    EXPECT_EQ(timer(), 30u);
+    EXPECT_FALSE(viewState->isPlaying()) << "a single play is no loop";
+    for (int i = 1; i <= 50; ++i) {
+        ASSERT_TRUE(tick()) << i;
+        ASSERT_EQ(WindowTimer::takeInvalidated(), std::vector<void*>{window.handle()}) << i;
+        ASSERT_EQ(timer(), 30u) << i;
+        if (i == 25) {
+            // Equal steps: halfway in angle, pan, zoom and sphere.
+            EXPECT_NEAR(angleTo(start, camera->modelRotation()), 0.5f * turn, 1e-3f);
+            EXPECT_NEAR(angleTo(camera->modelRotation(), target.rotation), 0.5f * turn, 1e-3f);
+        }
+    }
+    EXPECT_NEAR(angleTo(camera->modelRotation(), target.rotation), 0.0f, 1e-3f);
+    EXPECT_TRUE(renderer->motion);
+
+    // The next tick ends it: the timer goes and the camera snaps onto the target exactly.
+    viewState->animate();
+    EXPECT_EQ(timer(), 0u);
+    EXPECT_EQ(camera->modelRotation(), views->rotation(SCView::TOP));
+    EXPECT_TRUE(poseOf(*camera) == target);
+    EXPECT_EQ(camera->modelTranslation(), Vec3(0.0f));
+    EXPECT_EQ(camera->zoomFactor(), 1.0f);
+    EXPECT_FALSE(renderer->motion);
+    // Every tick repainted the first canvas and the window.
+    EXPECT_EQ(first->invalidated, 51);
+    EXPECT_EQ(second->invalidated, 0);
+    EXPECT_EQ(WindowTimer::takeInvalidated(), std::vector<void*>{window.handle()});
+    EXPECT_TRUE(updater->codes.empty());
+}
+
+TEST_F(ViewStateTest, ATargetThatNeedsNoMotionStartsNoTimer) {
+    viewState->set(SCView::FRONT);
+    viewState->zoomFit();
+    viewState->play(SCView::FRONT, 50);
+    EXPECT_EQ(timer(), 0u);
+
+    // The pan's z takes no part in the view: it is not animated away.
+    camera->setModelTranslation(Vec3(0.0f, 0.0f, 5.0f));
+    viewState->play(SCView::FRONT, 50);
+    EXPECT_EQ(timer(), 0u);
+
+    // Any visible difference is.
+    camera->setModelTranslation(Vec3(0.001f, 0.0f, 5.0f));
+    viewState->play(SCView::FRONT, 50);
+    EXPECT_EQ(timer(), 30u);
+    viewState->reset();
+    EXPECT_EQ(timer(), 0u);
+    camera->setModelTranslation(Vec3(0.0f));
+    CameraHelper::rotateBy(camera, Q::create(Vec3(0.0f, 0.0f, 1.0f), 0.01f));
+    viewState->play(SCView::FRONT, 50);
+    EXPECT_EQ(timer(), 30u) << "a hundredth of a degree is a turn";
+}
+
+TEST_F(ViewStateTest, WithoutTopologyOnlyTheRotationMoves) {
+    document->removeSchema(qrnsg::SCHEMA_SCENE_TOPO);
+    CameraHelper::lookAt(camera, Vec3(1.0f, 2.0f, 3.0f), 7.0f);
+    viewState->play(SCView::BACK, 10);
+    for (int i = 0; i < 11; ++i)
+        viewState->animate();
+    EXPECT_EQ(timer(), 0u);
+    EXPECT_EQ(camera->modelRotation(), views->rotation(SCView::BACK));
+    EXPECT_EQ(camera->sphereCentre(), Vec3(1.0f, 2.0f, 3.0f));
+    EXPECT_EQ(camera->sphereRadius(), 7.0f);
+}
+
+TEST_F(ViewStateTest, ALoopingSequenceAlternatesWithPausesUntilReset) {
+    viewState->play(std::deque<SCView::ORIENTATION>{SCView::FRONT, SCView::TOP}, 10, true);
+    EXPECT_TRUE(viewState->isPlaying());
+    const SCView::ORIENTATION expected[] = {SCView::FRONT, SCView::TOP};
+    for (int t = 1; t <= 250; ++t) {
+        // Ten ticks of motion, then 50 at rest, over and over.
+        const bool moving = (t - 1) % 60 < 10;
+        ASSERT_EQ(tick(), moving) << "tick " << t;
+        ASSERT_TRUE(viewState->isPlaying()) << t;
+        ASSERT_EQ(timer(), 30u) << t;
+        if (t % 60 == 10) {
+            EXPECT_NEAR(angleTo(camera->modelRotation(), views->rotation(expected[(t / 60) % 2])),
+                        0.0f, 1e-3f)
+                << "after the segment ending at tick " << t;
+        }
+    }
+    viewState->reset();
+    EXPECT_FALSE(viewState->isPlaying());
+    EXPECT_EQ(timer(), 0u);
+    for (int t = 0; t < 120; ++t)
+        ASSERT_FALSE(tick()) << t;
+}
+
+TEST_F(ViewStateTest, ASequenceSkipsViewsThatNeedNoMotionAndEnds) {
+    viewState->set(SCView::FRONT);
+    viewState->zoomFit();
+    viewState->play(std::deque<SCView::ORIENTATION>{SCView::FRONT, SCView::RIGHT}, 5, false);
+    EXPECT_EQ(timer(), 30u);
+    EXPECT_FALSE(viewState->isPlaying());
+    int moved = 0, t = 0;
+    for (; t < 200 && timer() != 0; ++t)
+        moved += tick() ? 1 : 0;
+    EXPECT_EQ(moved, 5);
+    EXPECT_EQ(t, 5 + 50 + 1) << "the segment, its pause, and the tick that finds no more";
+    EXPECT_NEAR(angleTo(camera->modelRotation(), views->rotation(SCView::RIGHT)), 0.0f, 1e-3f);
+}
+
+TEST_F(ViewStateTest, SavedViewsAreAnimatedWithHint20) {
+    SCView::View saved;
+    saved.eye = Vec3(4.0f, -40.0f, 0.5f);
+    saved.target = Vec3(4.0f, 1.5f, 0.5f);
+    saved.up = Vec3(0.0f, 0.0f, 1.0f);
+    saved.viewHeight = 6.0f;
+    views->views.push_back(saved);
+    CameraHelper::translate(camera, 10, 10);
+    const Pose before = poseOf(*camera);
+    const Mat4 screen = CameraHelper::getModelToScreen(camera);
+
+    const int view = 0;
+    viewState->play(view, 20);
+    EXPECT_EQ(timer(), 30u);
+    ASSERT_EQ(updater->codes, std::vector<short>{20});
+    EXPECT_EQ(updater->documents[0], document);
+    // Visiting the view to learn where it is leaves the camera where it was.
+    const Mat4 after = CameraHelper::getModelToScreen(camera);
+    for (const Vec3& p : {Vec3(0.0f), Vec3(8.0f, 3.0f, 1.0f), Vec3(2.0f, -5.0f, 4.0f)}) {
+        const Vec3 a = qrnmath::MatrixUtils::transformPoint(screen, p);
+        const Vec3 b = qrnmath::MatrixUtils::transformPoint(after, p);
+        EXPECT_NEAR(a[0], b[0], 1e-2f);
+        EXPECT_NEAR(a[1], b[1], 1e-2f);
+    }
+    EXPECT_EQ(camera->modelTranslation(), before.translation);
+    EXPECT_EQ(camera->zoomFactor(), before.zoom);
+
+    for (int i = 0; i < 21; ++i)
+        viewState->animate();
+    EXPECT_EQ(timer(), 0u);
+    EXPECT_TRUE(
+        qrnmath::nearlyEqual(camera->direction(), (saved.target - saved.eye).normalized(), 1e-5f));
+    EXPECT_GT(camera->up().dot(saved.up), 0.999f);
+    EXPECT_EQ(camera->sphereCentre(), saved.target);
+    EXPECT_NEAR(2.0f * camera->halfHeight(), 6.0f, 1e-4f);
+
+    // A view that cannot be shown starts nothing and says nothing.
+    viewState->play(5, 20);
+    EXPECT_EQ(timer(), 0u);
+    EXPECT_EQ(updater->codes.size(), 1u);
+}
+
+TEST_F(ViewStateTest, AViewSequenceStartsWhenTheFirstPauseHasRunOut) {
+    SCView::View saved;
+    saved.eye = Vec3(4.0f, 1.5f, 30.0f);
+    saved.target = Vec3(4.0f, 1.5f, 0.5f);
+    saved.up = Vec3(0.0f, 1.0f, 0.0f);
+    saved.viewHeight = 5.0f;
+    views->views.push_back(saved);
+    viewState->play(std::vector<int>{0}, 10, false);
+    EXPECT_EQ(timer(), 30u);
+    EXPECT_TRUE(updater->codes.empty());
+    for (int t = 1; t <= 50; ++t)
+        ASSERT_FALSE(tick()) << t;
+    for (int t = 51; t <= 60; ++t)
+        ASSERT_TRUE(tick()) << t;
+    EXPECT_EQ(updater->codes, std::vector<short>{20});
+    for (int t = 61; t <= 110; ++t) {
+        ASSERT_FALSE(tick()) << t;
+        ASSERT_EQ(timer(), 30u) << t;
+    }
+    tick();
+    EXPECT_EQ(timer(), 0u);
+}
+
+TEST_F(ViewStateTest, SetAndZoomFit) {
+    viewState->set(SCView::LEFT);
+    EXPECT_EQ(camera->modelRotation(), views->rotation(SCView::LEFT));
+
+    CameraHelper::translate(camera, 40, 40);
+    CameraHelper::zoom(camera, 0, 0, 3.0f, true);
+    viewState->zoomFit();
+    EXPECT_TRUE(poseOf(*camera) == fitted(SCView::LEFT));
+    EXPECT_EQ(WindowTimer::takeInvalidated(), std::vector<void*>{window.handle()});
+
+    // Geometry held as resources is fitted the same way.
+    auto resources =
+        std::dynamic_pointer_cast<qrnsg::SCSceneRes>(document->addSchema(qrnsg::SCHEMA_SCENE_RES));
+    resources->meshes.push_back(boxMesh(Vec3(20.0f), Vec3(22.0f, 26.0f, 21.0f)));
+    scene->meshes.clear();
+    viewState->zoomFit();
+    EXPECT_EQ(camera->sphereCentre(), Vec3(21.0f, 23.0f, 20.5f));
+    EXPECT_EQ(camera->zoomFactor(), 1.0f);
+
+    // Without the document information nothing is fitted.
+    document->removeSchema(qrnsg::SCHEMA_INFO);
+    CameraHelper::translate(camera, 40, 40);
+    const Pose moved = poseOf(*camera);
+    viewState->zoomFit();
+    EXPECT_TRUE(poseOf(*camera) == moved);
+}
+
+TEST_F(ViewStateTest, WithoutARendererOnlyTheTimerAndWindowAreServed) {
+    document->removeSchema(qrnsg::SCHEMA_RENDERER);
+    viewState->play(SCView::TOP, 10);
+    EXPECT_EQ(timer(), 0u);
+    viewState->play(std::vector<int>{0, 1}, 10, true);
+    EXPECT_EQ(timer(), 30u);
+    EXPECT_TRUE(viewState->isPlaying());
+    viewState->animate();
+    EXPECT_EQ(WindowTimer::takeInvalidated(), std::vector<void*>{window.handle()});
+    viewState->reset();
+    EXPECT_EQ(timer(), 0u);
+    EXPECT_FALSE(viewState->isPlaying());
+
+    // The destructor stops the timer as well.
+    viewState->play(std::vector<int>{0}, 10, false);
+    EXPECT_EQ(timer(), 30u);
+    viewState.reset();
+    EXPECT_EQ(timer(), 0u);
+}
+
+} // namespace
