@@ -1,16 +1,22 @@
 // qrnview: the viewer host. Reads a CAD file (or makes the built-in demo assembly), fills a
-// document and draws it.
+// document and shows it in a window, or draws it off screen into a PNG.
 #include "qrnviewer/DocumentBuilder.h"
+#include "qrnviewer/EventLog.h"
+#include "qrnviewer/EventRouter.h"
 #include "qrnviewer/Options.h"
+#include "qrnviewer/Replay.h"
 #include "qrnviewer/Snapshot.h"
 #include "qrnviewer/StandardView.h"
 #include "qrnviewer/TerminalStatus.h"
+#include "qrnviewer/ViewerWindow.h"
 #include "qrnviewer/occt/DemoAssembly.h"
 #include "qrnviewer/occt/ModelReader.h"
 
+#include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
 
 #include <cstdio>
+#include <filesystem>
 
 int main(int argc, char** argv) {
     qrnviewer::Options options;
@@ -23,10 +29,19 @@ int main(int argc, char** argv) {
         std::printf("%s", qrnviewer::Options::usage().c_str());
         return 0;
     }
-    if (options.snapshot.empty()) {
-        std::fprintf(stderr, "qrnview: give --snapshot OUT.png to draw off screen\n%s",
-                     qrnviewer::Options::usage().c_str());
+    const bool window = options.snapshot.empty();
+    std::string reason;
+    if (window && !qrnviewer::ViewerWindow::displayAvailable(reason)) {
+        std::fprintf(stderr,
+                     "qrnview: no display to open a window on (%s); give --snapshot OUT.png to "
+                     "draw off screen\n",
+                     reason.c_str());
         return 2;
+    }
+    std::vector<qrnviewer::InputEvent> events;
+    if (!options.replay.empty() && !qrnviewer::EventLog::read(options.replay, events, error)) {
+        std::fprintf(stderr, "qrnview: %s\n", error.c_str());
+        return 1;
     }
 
     qrnviewer::TerminalStatus status;
@@ -44,8 +59,35 @@ int main(int argc, char** argv) {
     }
     auto document = qrnviewer::DocumentBuilder::build(model);
     auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
+    // The fit depends on the picture's shape.
+    qrngl::CameraHelper::setViewport(options.width, options.height, renderer->camera);
     qrnviewer::StandardView::apply(options.view, model.bbox(), renderer->camera);
+    if (options.mouseStyle >= 0)
+        renderer->mouseStyle = options.mouseStyle;
 
+    if (window) {
+        qrnviewer::ViewerWindow::Settings settings;
+        settings.width = options.width;
+        settings.height = options.height;
+        settings.title =
+            "qrnview - " + (options.model.empty()
+                                ? std::string("demo assembly")
+                                : std::filesystem::path(options.model).filename().string());
+        settings.replay = std::move(events);
+        settings.record = options.record;
+        settings.screenshot = options.screenshot;
+        qrnviewer::ViewerWindow viewer(document);
+        if (!viewer.run(settings, error)) {
+            std::fprintf(stderr, "qrnview: %s\n", error.c_str());
+            return 1;
+        }
+        return 0;
+    }
+
+    if (!events.empty()) {
+        qrnviewer::EventRouter router(document, nullptr, nullptr);
+        qrnviewer::Replay::run(router, events);
+    }
     if (!qrnviewer::Snapshot::write(document, options.width, options.height, options.snapshot,
                                     error)) {
         std::fprintf(stderr, "qrnview: %s\n", error.c_str());

@@ -9,15 +9,34 @@
 #include "qrnglutils/SceneBuilder.h"
 #include "qrnglutils/ViewRenderer.h"
 #include "qrnsg/SCFactory.h"
+#include "qrnsg/SCInfo.h"
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCSceneTopo.h"
 #include "qrnsg/SCView.h"
 #include "qrnviewer/StandardView.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qrnviewer {
+
+namespace {
+
+qrnsg::SCInfo::UNITS unitOf(const std::wstring& name) {
+    static const std::pair<const wchar_t*, qrnsg::SCInfo::UNITS> units[] = {
+        {L"cm", qrnsg::SCInfo::CENTIMETRE}, {L"m", qrnsg::SCInfo::METRE},
+        {L"in", qrnsg::SCInfo::INCH},       {L"ft", qrnsg::SCInfo::FOOT},
+        {L"um", qrnsg::SCInfo::MICROMETRE}, {L"km", qrnsg::SCInfo::KILOMETRE},
+        {L"mi", qrnsg::SCInfo::MILE}};
+    for (const auto& u : units)
+        if (name == u.first)
+            return u.second;
+    return qrnsg::SCInfo::MILLIMETRE;
+}
+
+} // namespace
 
 std::shared_ptr<qrnsg::IFactory> DocumentBuilder::factoryChain() {
     return qrnglr::createFactory(
@@ -32,6 +51,11 @@ std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model) {
     document->addSchema(qrnsg::SCHEMA_RENDERER);
     document->addSchema(qrnsg::SCHEMA_STRIP_RENDERER);
     document->addSchema(qrnsg::SCHEMA_RENDER_INFRA);
+    auto info = std::dynamic_pointer_cast<qrnsg::SCInfo>(document->addSchema(qrnsg::SCHEMA_INFO));
+    if (info)
+        info->lengthUnit = unitOf(model.lengthUnit);
+    auto topology = std::dynamic_pointer_cast<qrnsg::SCSceneTopo>(
+        document->addSchema(qrnsg::SCHEMA_SCENE_TOPO));
     auto scene = document->get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
     auto rt = document->get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
     auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
@@ -57,9 +81,16 @@ std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model) {
         }
     }
 
-    // One primitive per placed mesh and per placed edge set.
+    // One primitive per placed mesh and per placed edge set; the topology lists them by node.
     int nextId = 1;
     for (std::size_t n = 0; n < model.nodes.size(); ++n) {
+        qrnsg::SCSceneTopo::Node* node = nullptr;
+        if (topology) {
+            topology->nodes.emplace_back();
+            node = &topology->nodes.back();
+            node->name = model.nodes[n].name;
+            node->parent = model.nodes[n].parent;
+        }
         int p = model.nodes[n].part;
         if (p < 0)
             continue;
@@ -71,12 +102,16 @@ std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model) {
             rt->meshes.add(id, firstMesh[static_cast<std::size_t>(p)] + static_cast<int>(m),
                            material, qrnsg::RTState::HAS_TRANSFORM);
             rt->meshes.transforms.find(id)->first = world;
+            if (node)
+                node->meshIds.push_back(id);
         }
         if (edgeIndex[static_cast<std::size_t>(p)] >= 0) {
             int id = nextId++;
             rt->polylines.add(id, edgeIndex[static_cast<std::size_t>(p)], 0,
                               qrnsg::RTState::HAS_TRANSFORM);
             rt->polylines.transforms.find(id)->first = world;
+            if (node)
+                node->polylineIds.push_back(id);
         }
     }
     addPmi(model, *document, nextId);
@@ -95,7 +130,10 @@ std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model) {
 // its texts text primitives turned to the viewer at a constant size on screen; the PMI
 // component lists them by item. Text drawables come with the fonts, not here.
 void DocumentBuilder::addPmi(const ModelData& model, qrn::Document& document, int& nextId) {
-    constexpr float kTextPixels = 14.0f; // constant-size texts are sized in pixels
+    // Constant-size texts are sized in world units as the model fits the view (zoom factor 1):
+    // a share of the model's size reads alike on any model.
+    const qrnsg::BBox bounds = model.bbox();
+    const float textHeight = bounds.isEmpty() ? 1.0f : 0.02f * bounds.diagonal();
     auto scene = document.get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
     auto rt = document.get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
     auto pmi = std::dynamic_pointer_cast<qrnsg::SCPmi>(document.addSchema(qrnsg::SCHEMA_PMI));
@@ -141,7 +179,7 @@ void DocumentBuilder::addPmi(const ModelData& model, qrn::Document& document, in
             rt->texts.add(id, static_cast<int>(scene->texts.size()), material,
                           qrnsg::RTState::ANCHORED | qrnsg::RTState::CONSTANT_SIZE);
             scene->texts.push_back(text);
-            scene->texts.back().height = kTextPixels;
+            scene->texts.back().height = textHeight;
             entry.textIds.push_back(id);
         }
         pmi->items.push_back(std::move(entry));

@@ -1,5 +1,7 @@
 #include "qrnviewer/Options.h"
 
+#include "qrnviewer/EventRouter.h"
+#include "qrnviewer/MouseStyle.h"
 #include "qrnviewer/StandardView.h"
 
 #include <algorithm>
@@ -32,12 +34,22 @@ std::string viewList() {
 
 std::string Options::usage() {
     return "usage: qrnview [MODEL] [--snapshot OUT.png] [--size WxH] [--view VIEW]\n"
+           "               [--mouse CONVENTION] [--replay LOG] [--record LOG]\n"
            "  MODEL        a STEP, IGES, BREP, glTF, OBJ or STL file; without one, the\n"
            "               built-in demo assembly\n"
-           "  --snapshot   draw off screen and write the frame as a PNG\n"
-           "  --size       frame size in pixels (default 1024x768)\n"
+           "  --snapshot   draw off screen and write the frame as a PNG; without it the\n"
+           "               model opens in a window (needs a display)\n"
+           "  --size       frame or window size in pixels (default 1024x768)\n"
            "  --view       " +
-           viewList() + " (default iso)\n";
+           viewList() +
+           " (default iso)\n"
+           "  --mouse      mouse convention: " +
+           MouseStyle::list() +
+           " or 0-6 (default Qrn)\n"
+           "  --replay     play an event log first (with --snapshot: the frame after it)\n"
+           "  --record     write the window's input events as an event log\n"
+           "In the window:\n" +
+           EventRouter::keyHelp();
 }
 
 bool Options::parse(int argc, const char* const* argv, Options& o, std::string& error) {
@@ -64,6 +76,24 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
                 error = "bad size '" + size + "' (expected WxH, e.g. 1024x768)";
                 return false;
             }
+        } else if (arg == "--mouse") {
+            std::string style;
+            if (!value(style))
+                return false;
+            if (!MouseStyle::parse(style, o.mouseStyle)) {
+                error = "unknown mouse convention '" + style + "' (known: " + MouseStyle::list() +
+                        ", or 0-6)";
+                return false;
+            }
+        } else if (arg == "--replay") {
+            if (!value(o.replay))
+                return false;
+        } else if (arg == "--record") {
+            if (!value(o.record))
+                return false;
+        } else if (arg == "--screenshot") {
+            if (!value(o.screenshot))
+                return false;
         } else if (arg == "--view") {
             if (!value(o.view))
                 return false;
@@ -81,6 +111,10 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
             error = "more than one model given ('" + o.model + "', '" + arg + "')";
             return false;
         }
+    }
+    if (!o.snapshot.empty() && (!o.record.empty() || !o.screenshot.empty())) {
+        error = "--record and --screenshot need the window, not --snapshot";
+        return false;
     }
     return true;
 }

@@ -6,19 +6,17 @@
 
 namespace qrnviewer {
 
-using qrnmath::Vec3;
+using qrnsg::SCView;
 
 namespace {
-struct View {
+struct Named {
     const char* name;
-    Vec3 direction; // from the eye towards the model
-    Vec3 up;
+    SCView::ORIENTATION orientation;
 };
-const View kViews[] = {
-    {"iso", Vec3(-1, 1, -1), Vec3(0, 0, 1)},   {"front", Vec3(0, 1, 0), Vec3(0, 0, 1)},
-    {"back", Vec3(0, -1, 0), Vec3(0, 0, 1)},   {"left", Vec3(1, 0, 0), Vec3(0, 0, 1)},
-    {"right", Vec3(-1, 0, 0), Vec3(0, 0, 1)},  {"top", Vec3(0, 0, -1), Vec3(0, 1, 0)},
-    {"bottom", Vec3(0, 0, 1), Vec3(0, -1, 0)},
+const Named kViews[] = {
+    {"iso", SCView::ISOMETRIC}, {"front", SCView::FRONT}, {"back", SCView::BACK},
+    {"left", SCView::LEFT},     {"right", SCView::RIGHT}, {"top", SCView::TOP},
+    {"bottom", SCView::BOTTOM},
 };
 } // namespace
 
@@ -32,19 +30,25 @@ const std::vector<std::string>& StandardView::names() {
     return n;
 }
 
+bool StandardView::orientation(const std::string& name, SCView::ORIENTATION& orientation) {
+    auto it = std::find_if(std::begin(kViews), std::end(kViews),
+                           [&](const Named& v) { return name == v.name; });
+    if (it == std::end(kViews))
+        return false;
+    orientation = it->orientation;
+    return true;
+}
+
 bool StandardView::apply(const std::string& name, const qrnsg::BBox& box,
                          const std::shared_ptr<qrngl::Camera>& camera) {
-    auto it = std::find_if(std::begin(kViews), std::end(kViews),
-                           [&](const View& v) { return name == v.name; });
-    if (it == std::end(kViews) || !camera)
+    SCView::ORIENTATION o = SCView::ISOMETRIC;
+    if (!orientation(name, o) || !camera)
         return false;
-    Vec3 center = box.isEmpty() ? Vec3() : box.center();
-    float radius = box.isEmpty() ? 1.0f : std::max(box.diagonal() * 0.5f, 1e-3f);
-    Vec3 dir = it->direction.normalized();
-    camera->setTarget(center);
-    camera->setEye(center - dir * radius * 3.0f);
-    camera->setUp(it->up);
-    qrngl::CameraHelper::fit(camera, center, radius);
+    qrngl::CameraHelper::setRotation(camera, SCView::standardRotation(o));
+    if (box.isEmpty())
+        qrngl::CameraHelper::lookAt(camera, qrnmath::Vec3(0.0f, 0.0f, 0.0f), 1.0f);
+    else
+        qrngl::CameraHelper::lookAt(camera, box);
     return true;
 }
 

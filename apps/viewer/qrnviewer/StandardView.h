@@ -2,6 +2,7 @@
 
 #include "qrngl/Camera.h"
 #include "qrnsg/BBox.h"
+#include "qrnsg/SCView.h"
 
 #include <memory>
 #include <string>
@@ -9,12 +10,14 @@
 
 namespace qrnviewer {
 
-// The standard orientations of a Z-up model: "iso", "front", "back", "left", "right", "top",
-// "bottom". Front looks along +Y.
+// The standard orientations of the view component by their command-line names: "iso",
+// "front", "back", "left", "right", "top", "bottom" (a Z-up model; front looks along +Y).
 class StandardView {
 public:
     static const std::vector<std::string>& names();
-    // Turns the camera to the named view and fits the box; false for an unknown name.
+    // The orientation of a name; false for an unknown name.
+    static bool orientation(const std::string& name, qrnsg::SCView::ORIENTATION& orientation);
+    // Turns the camera to the named orientation and fits the box; false for an unknown name.
     static bool apply(const std::string& name, const qrnsg::BBox& box,
                       const std::shared_ptr<qrngl::Camera>& camera);
 };

@@ -1,5 +1,6 @@
 #include "ImageBaseline.h"
 
+#include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
 #include "qrnviewer/DocumentBuilder.h"
 #include "qrnviewer/Snapshot.h"
@@ -69,6 +70,7 @@ TEST_P(DemoAssemblyImageGLTest, ViewMatchesItsBaseline) {
     auto document = qrnviewer::DocumentBuilder::build(*s_model);
     auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     ASSERT_TRUE(renderer);
+    qrngl::CameraHelper::setViewport(kWidth, kHeight, renderer->camera); // the fit's shape
     ASSERT_TRUE(qrnviewer::StandardView::apply(view, s_model->bbox(), renderer->camera));
 
     const std::string name = "demo_assembly_" + view;

@@ -771,7 +771,9 @@ TEST(PmiDocument, ItemsReferToTheirPrimitivesAndViewsArePutInTheDocument) {
             const auto& stored = scene->texts[static_cast<std::size_t>(text->second)];
             EXPECT_EQ(stored.text, source.text);
             EXPECT_EQ(stored.position, source.position);
-            EXPECT_GT(stored.height, 1.0f); // in pixels
+            // World units of the fitted view: a small share of the model's size.
+            EXPECT_GT(stored.height, 0.005f * model.bbox().diagonal());
+            EXPECT_LT(stored.height, 0.1f * model.bbox().diagonal());
             EXPECT_EQ(*rt->texts.flags.find(id), qrnsg::RTState::VISIBLE |
                                                      qrnsg::RTState::ANCHORED |
                                                      qrnsg::RTState::CONSTANT_SIZE);

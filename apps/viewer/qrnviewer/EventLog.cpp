@@ -1,0 +1,142 @@
+#include "qrnviewer/EventLog.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+namespace qrnviewer {
+
+namespace {
+
+const char* const kKinds[] = {"down", "up", "move", "wheel", "keydown", "keyup", "wait"};
+const char* const kButtons[] = {"left", "middle", "right"};
+
+bool isButtonEvent(InputEvent::Kind kind) {
+    return kind == InputEvent::BUTTON_DOWN || kind == InputEvent::BUTTON_UP;
+}
+
+// Whole-token integers only: "12x" is a mistake, not 12.
+bool toLong(const std::string& text, long long min, long long max, long long& value) {
+    if (text.empty())
+        return false;
+    errno = 0;
+    char* end = nullptr;
+    const long long v = std::strtoll(text.c_str(), &end, 0);
+    if (errno != 0 || *end != '\0' || v < min || v > max)
+        return false;
+    value = v;
+    return true;
+}
+
+} // namespace
+
+const char* EventLog::header() {
+    return "# qrnview event log\n# time kind button flags x y delta key\n";
+}
+
+std::string EventLog::format(const InputEvent& e) {
+    const bool button = isButtonEvent(e.kind);
+    char line[160];
+    std::snprintf(line, sizeof line, "%llu %s %s 0x%02x %d %d %d %u",
+                  static_cast<unsigned long long>(e.time), kKinds[e.kind],
+                  button ? kButtons[e.button] : "-", e.flags, e.x, e.y, e.delta, e.key);
+    return line;
+}
+
+bool EventLog::parseLine(const std::string& line, InputEvent& e, std::string& error) {
+    std::istringstream in(line);
+    std::string f[8], extra;
+    for (auto& field : f)
+        if (!(in >> field)) {
+            error = "expected 8 fields: time kind button flags x y delta key";
+            return false;
+        }
+    if (in >> extra) {
+        error = "more than 8 fields";
+        return false;
+    }
+    long long v = 0;
+    if (!toLong(f[0], 0, 1LL << 50, v)) {
+        error = "bad time '" + f[0] + "'";
+        return false;
+    }
+    e.time = static_cast<std::uint64_t>(v);
+    int kind = 0;
+    while (kind < 7 && f[1] != kKinds[kind])
+        ++kind;
+    if (kind == 7) {
+        error = "unknown kind '" + f[1] + "'";
+        return false;
+    }
+    e.kind = static_cast<InputEvent::Kind>(kind);
+    int button = 0;
+    while (button < 3 && f[2] != kButtons[button])
+        ++button;
+    if (button == 3 && (isButtonEvent(e.kind) || f[2] != "-")) {
+        error = "bad button '" + f[2] + "'";
+        return false;
+    }
+    e.button = static_cast<qrngl::MouseButton>(button == 3 ? 0 : button);
+    const struct {
+        const std::string& text;
+        long long min, max;
+        const char* what;
+    } numbers[] = {{f[3], 0, 0xFFFF, "flags"},
+                   {f[4], -100000, 100000, "x"},
+                   {f[5], -100000, 100000, "y"},
+                   {f[6], -1000000, 1000000, "delta"},
+                   {f[7], 0, 255, "key"}};
+    long long n[5] = {};
+    for (int i = 0; i < 5; ++i)
+        if (!toLong(numbers[i].text, numbers[i].min, numbers[i].max, n[i])) {
+            error = std::string("bad ") + numbers[i].what + " '" + numbers[i].text + "'";
+            return false;
+        }
+    e.flags = static_cast<unsigned int>(n[0]);
+    e.x = static_cast<int>(n[1]);
+    e.y = static_cast<int>(n[2]);
+    e.delta = static_cast<int>(n[3]);
+    e.key = static_cast<unsigned int>(n[4]);
+    return true;
+}
+
+bool EventLog::parse(std::istream& in, std::vector<InputEvent>& events, std::string& error) {
+    std::vector<InputEvent> parsed;
+    std::string line;
+    for (int number = 1; std::getline(in, line); ++number) {
+        const auto first = line.find_first_not_of(" \t\r");
+        if (first == std::string::npos || line[first] == '#')
+            continue;
+        InputEvent e;
+        std::string reason;
+        if (!parseLine(line, e, reason)) {
+            error = "line " + std::to_string(number) + ": " + reason;
+            return false;
+        }
+        if (!parsed.empty() && e.time < parsed.back().time) {
+            error = "line " + std::to_string(number) + ": time goes back";
+            return false;
+        }
+        parsed.push_back(e);
+    }
+    events = std::move(parsed);
+    return true;
+}
+
+bool EventLog::read(const std::string& path, std::vector<InputEvent>& events, std::string& error) {
+    std::ifstream in(path);
+    if (!in) {
+        error = "cannot read event log " + path + ": " + std::strerror(errno);
+        return false;
+    }
+    if (!parse(in, events, error)) {
+        error = path + ": " + error;
+        return false;
+    }
+    return true;
+}
+
+} // namespace qrnviewer

@@ -1,0 +1,335 @@
+#include "qrnviewer/EventRouter.h"
+
+#include "interaction/GestureManipulator.h"
+#include "interaction/ViewState.h"
+#include "qrngl/SCRenderer.h"
+#include "qrnplatform/Input.h"
+#include "qrnplatform/WindowTimer.h"
+#include "qrnsg/SCView.h"
+#include "qrnviewer/MouseStyle.h"
+
+#include <algorithm>
+
+namespace qrnviewer {
+
+using qrngl::FrameStatus;
+using qrnplatform::Input;
+using qrnplatform::WindowTimer;
+using qrnsg::SCView;
+
+namespace {
+
+// Windows virtual-key codes.
+enum : unsigned int {
+    VK_SHIFT = 0x10,
+    VK_CONTROL = 0x11,
+    VK_PRIOR = 0x21, // Page Up
+    VK_NEXT = 0x22,  // Page Down
+    VK_HOME = 0x24,
+    VK_NUMPAD0 = 0x60,
+    VK_F1 = 0x70,
+    VK_OEM_4 = 0xDB, // [
+    VK_OEM_6 = 0xDD, // ]
+};
+
+// Keys 1 to 7.
+const SCView::ORIENTATION kKeyViews[] = {SCView::FRONT,    SCView::BACK, SCView::LEFT,
+                                         SCView::RIGHT,    SCView::TOP,  SCView::BOTTOM,
+                                         SCView::ISOMETRIC};
+const char* const kKeyViewNames[] = {"front", "back", "left", "right", "top", "bottom", "iso"};
+
+struct OperationKey {
+    unsigned int key;
+    EventRouter::Operation operation;
+    const char* name;
+};
+const OperationKey kOperationKeys[] = {
+    {'R', qrngl::IEventInterpreter::ROTATE, "rotate"},
+    {'P', qrngl::IEventInterpreter::PAN, "pan"},
+    {'Z', qrngl::IEventInterpreter::ZOOM, "zoom"},
+    {'B', qrngl::IEventInterpreter::ZOOMBOX, "zoom box"},
+    {'S', qrngl::IEventInterpreter::SPIN, "spin"},
+};
+
+} // namespace
+
+EventRouter::EventRouter(std::shared_ptr<qrn::IDocument> document, void* window,
+                         std::shared_ptr<qrngl::Cursor> cursor)
+    : m_document(std::move(document)), m_window(window ? window : this),
+      m_cursor(cursor ? std::move(cursor) : std::make_shared<qrngl::Cursor>()),
+      m_frame(std::make_shared<HostFrame>(m_document)) {
+    m_viewState = std::make_shared<qrngl::ViewState>(static_cast<qrngl::HWND>(m_window), m_document,
+                                                     m_frame->getUpdater());
+    m_gesture = std::make_shared<qrngl::GestureManipulator>(m_frame, m_viewState, m_cursor);
+    // Tools report changes they make outside an event (rubber band, spin) and hints.
+    m_frame->updater()->addListener([this](const qrnui::Hint&) { m_repaint = true; });
+    auto r = renderer();
+    if (r) {
+        r->updateNotifier = [this] { m_repaint = true; };
+        r->addManipulator(m_gesture);
+    }
+    setMouseStyle(r ? r->mouseStyle : 0);
+}
+
+EventRouter::~EventRouter() {
+    WindowTimer::killTimer(m_window, SPIN_TIMER);
+    // The manipulators hold the frame, which holds the document: break the cycle.
+    if (auto r = renderer()) {
+        m_camera->init();
+        r->removeManipulator(m_camera);
+        r->removeManipulator(m_gesture);
+        r->updateNotifier = nullptr;
+    }
+}
+
+std::shared_ptr<qrngl::SCRenderer> EventRouter::renderer() const {
+    return m_document ? std::dynamic_pointer_cast<qrngl::SCRenderer>(
+                            m_document->getSchema(qrnsg::SCHEMA_RENDERER))
+                      : nullptr;
+}
+
+int EventRouter::mouseStyle() const {
+    auto r = renderer();
+    return r ? r->mouseStyle : 0;
+}
+
+void EventRouter::setMouseStyle(int style) {
+    auto r = renderer();
+    if (r)
+        r->mouseStyle = style;
+    const bool keep = m_camera != nullptr;
+    const Operation operation = keep ? m_camera->getOperation() : qrngl::IEventInterpreter::ROTATE;
+    if (m_camera) {
+        m_camera->init(); // takes its overlays out of the frame
+        if (r)
+            r->removeManipulator(m_camera);
+    }
+    m_camera = std::make_shared<qrngl::CameraManipulator>(m_frame, m_viewState, m_cursor);
+    if (keep)
+        m_camera->setOperation(operation);
+    if (r)
+        r->addManipulator(m_camera);
+    m_repaint = true;
+}
+
+void EventRouter::setOperation(Operation operation) {
+    m_camera->setOperation(operation);
+    updateCursor();
+}
+
+void EventRouter::updateCursor() {
+    auto r = renderer();
+    if (!r)
+        return;
+    const auto chain = r->manipulators;
+    for (const auto& m : chain)
+        if (m->setCursor())
+            return;
+}
+
+void EventRouter::route(const InputEvent& e) {
+    // A desktop's mouse and keyboard: no message here comes from touch.
+    Input::setTouchMessage(false);
+    bool repeat = false;
+    if (e.kind == InputEvent::KEY_DOWN) {
+        repeat = Input::isKeyDown(static_cast<int>(e.key));
+        Input::setKeyDown(static_cast<int>(e.key), true);
+    } else if (e.kind == InputEvent::KEY_UP) {
+        Input::setKeyDown(static_cast<int>(e.key), false);
+    }
+    if (e.kind == InputEvent::WAIT)
+        return;
+
+    const FrameStatus status = routeToChain(e, repeat);
+    if (status == qrngl::CHANGED)
+        m_repaint = true;
+    if (e.kind == InputEvent::KEY_DOWN && status == qrngl::UNCHANGED)
+        command(e.key, repeat);
+    if (e.kind != InputEvent::MOTION && e.kind != InputEvent::WHEEL)
+        updateCursor();
+    if (m_camera->isSpinning() && WindowTimer::interval(m_window, SPIN_TIMER) == 0)
+        WindowTimer::setTimer(m_window, SPIN_TIMER, qrngl::ViewState::TIMER_INTERVAL);
+    recordFinishedAnimation();
+}
+
+FrameStatus EventRouter::routeToChain(const InputEvent& e, bool repeat) const {
+    auto r = renderer();
+    if (!r)
+        return qrngl::UNCHANGED;
+    // A copy: a handler may change the chain.
+    const auto chain = r->manipulators;
+    FrameStatus status = qrngl::UNCHANGED;
+    // The two trailing key arguments as a window's key message gives them: the repeat count and
+    // the flags whose bit 14 says the key was down before, bit 15 that it is being released.
+    const unsigned int keyFlags = e.kind == InputEvent::KEY_UP ? 0xC000u : (repeat ? 0x4000u : 0u);
+    for (const auto& m : chain) {
+        switch (e.kind) {
+        case InputEvent::BUTTON_DOWN:
+            status = m->mouseButtonDown(status, e.flags, e.button, e.x, e.y);
+            break;
+        case InputEvent::BUTTON_UP:
+            status = m->mouseButtonUp(status, e.flags, e.button, e.x, e.y);
+            break;
+        // Motion and wheel carry no status along; any handler may ask for a frame.
+        case InputEvent::MOTION:
+            if (m->mouseMotion(e.flags, e.x, e.y) == qrngl::CHANGED)
+                status = qrngl::CHANGED;
+            break;
+        case InputEvent::WHEEL:
+            if (m->mouseWheel(e.flags, e.delta, WHEEL_FACTOR) == qrngl::CHANGED)
+                status = qrngl::CHANGED;
+            break;
+        case InputEvent::KEY_DOWN:
+            status = m->keyDown(status, e.key, 1, keyFlags);
+            break;
+        case InputEvent::KEY_UP:
+            status = m->keyUp(status, e.key, 1, keyFlags);
+            break;
+        case InputEvent::WAIT:
+            break;
+        }
+    }
+    return status;
+}
+
+void EventRouter::command(unsigned int key, bool repeat) {
+    if (Input::isKeyDown(VK_CONTROL)) {
+        if (key == 'Z' && !Input::isKeyDown(VK_SHIFT))
+            undo(false);
+        else if (key == 'Y' || key == 'Z')
+            undo(true);
+        return;
+    }
+    // Held keys repeat; the commands act once a press.
+    if (repeat)
+        return;
+    if ((key >= '1' && key <= '7') || (key >= VK_NUMPAD0 + 1 && key <= VK_NUMPAD0 + 7)) {
+        const auto index = (key >= VK_NUMPAD0 ? key - VK_NUMPAD0 : key - '0') - 1;
+        animate([&] { m_camera->play(kKeyViews[index], qrngl::CameraManipulator::VIEW_FRAMES); });
+        say(std::string("view ") + kKeyViewNames[index]);
+        return;
+    }
+    for (const auto& k : kOperationKeys)
+        if (key == k.key) {
+            setOperation(k.operation);
+            say(std::string("left button: ") + k.name);
+            return;
+        }
+    switch (key) {
+    case VK_PRIOR:
+    case VK_OEM_4:
+        animate([&] { m_camera->previous(); });
+        break;
+    case VK_NEXT:
+    case VK_OEM_6:
+        animate([&] { m_camera->next(); });
+        break;
+    case 'F':
+    case VK_HOME:
+        fit();
+        break;
+    case 'M': {
+        const int step = Input::isKeyDown(VK_SHIFT) ? MouseStyle::COUNT - 1 : 1;
+        const int style = (mouseStyle() + step) % MouseStyle::COUNT;
+        setMouseStyle(style);
+        updateCursor();
+        say(std::string("mouse convention ") + MouseStyle::name(style) + ": " +
+            MouseStyle::bindings(style));
+        break;
+    }
+    case 'H':
+    case VK_F1:
+        say(keyHelp());
+        break;
+    case 'Q':
+        m_quit = true;
+        break;
+    default:
+        break;
+    }
+}
+
+void EventRouter::animate(const std::function<void()>& start) {
+    recordFinishedAnimation();
+    // One that is still running is cut short: undo goes back to where it started.
+    const bool running = m_beforeAnimation != nullptr;
+    if (!running)
+        m_camera->getCameraState(m_beforeAnimation);
+    start();
+    // A view the camera already shows starts no animation, and is no step to undo.
+    if (!running && WindowTimer::interval(m_window, qrngl::ViewState::TIMER_ID) == 0)
+        m_beforeAnimation.reset();
+    recordFinishedAnimation();
+}
+
+void EventRouter::fit() {
+    m_viewState->reset();
+    std::shared_ptr<qrn::IState> before, after;
+    m_camera->getCameraState(before);
+    m_camera->zoomfit();
+    if (m_camera->getCameraState(after))
+        m_camera->setState(before, after);
+    m_repaint = true;
+}
+
+void EventRouter::undo(bool redo) {
+    m_viewState->reset();
+    recordFinishedAnimation();
+    auto stack = m_frame->getUndoStack();
+    if (redo ? stack->redo() : stack->undo())
+        m_repaint = true;
+    else
+        say(redo ? "nothing to redo" : "nothing to undo");
+}
+
+void EventRouter::recordFinishedAnimation() {
+    if (!m_beforeAnimation || WindowTimer::interval(m_window, qrngl::ViewState::TIMER_ID) != 0)
+        return;
+    std::shared_ptr<qrn::IState> after;
+    if (m_camera->getCameraState(after))
+        m_camera->setState(m_beforeAnimation, after);
+    m_beforeAnimation.reset();
+}
+
+void EventRouter::pump() {
+    for (const auto& t : WindowTimer::takeDueTicks())
+        if (t.window == m_window)
+            tick(t.id);
+    for (void* w : WindowTimer::takeInvalidated())
+        if (w == m_window)
+            m_repaint = true;
+}
+
+void EventRouter::tick(unsigned int id) {
+    if (id == qrngl::ViewState::TIMER_ID) {
+        m_viewState->animate();
+        m_repaint = true;
+        recordFinishedAnimation();
+    } else if (id == SPIN_TIMER) {
+        if (m_camera->spin() == qrngl::CHANGED)
+            m_repaint = true;
+        else
+            WindowTimer::killTimer(m_window, SPIN_TIMER);
+    }
+}
+
+bool EventRouter::takeRepaint() {
+    const bool repaint = m_repaint;
+    m_repaint = false;
+    return repaint;
+}
+
+void EventRouter::say(const std::string& text) const {
+    if (m_say)
+        m_say(text);
+}
+
+const char* EventRouter::keyHelp() {
+    return "keys: 1-7 front, back, left, right, top, bottom, iso view\n"
+           "      [ ] or PgUp, PgDn previous, next view; F or Home fit; arrows turn\n"
+           "      M, Shift+M next, previous mouse convention\n"
+           "      left button: R rotate, P pan, Z zoom, B zoom box, S spin; Esc cancel\n"
+           "      Ctrl+Z undo, Ctrl+Y redo; H help; Q quit\n";
+}
+
+} // namespace qrnviewer

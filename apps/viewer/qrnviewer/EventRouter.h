@@ -1,0 +1,91 @@
+#pragma once
+
+#include "interaction/CameraManipulator.h"
+#include "qrnviewer/HostFrame.h"
+#include "qrnviewer/InputEvent.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace qrngl {
+class GestureManipulator;
+class SCRenderer;
+class ViewState;
+} // namespace qrngl
+
+namespace qrnviewer {
+
+// The host's side of interaction, apart from any window system: it sets up the tools of a
+// document (view state, camera and gesture manipulators in the renderer component's chain),
+// hands every input event down the chain in order, each handler getting its predecessor's
+// status, runs the viewer's own key commands, and drives the timers that the window system
+// does not (view animation, spin). Whoever owns the window feeds it events, calls pump() after
+// waiting for input and draws a frame whenever takeRepaint() says so. One router a document:
+// it takes the renderer component's update notifier.
+class EventRouter {
+public:
+    using Operation = qrngl::CameraManipulator::Operation;
+    // The host's own timer that keeps a released spin turning.
+    enum : unsigned int { SPIN_TIMER = 102 };
+    // Zoom factor of one wheel notch.
+    static constexpr float WHEEL_FACTOR = 1.1f;
+
+    // window: what timers and repaint requests are keyed by (any unique handle; the router's
+    // own address when null). The cursor set may be null.
+    EventRouter(std::shared_ptr<qrn::IDocument> document, void* window,
+                std::shared_ptr<qrngl::Cursor> cursor);
+    ~EventRouter();
+    EventRouter(const EventRouter&) = delete;
+    EventRouter& operator=(const EventRouter&) = delete;
+
+    void route(const InputEvent& event);
+    // Runs the timer ticks that are due and collects repaint requests.
+    void pump();
+    // True once after anything asked for a frame since the last call.
+    bool takeRepaint();
+    bool quitRequested() const { return m_quit; }
+
+    int mouseStyle() const;
+    // Stores the convention in the renderer settings and makes a camera manipulator for it
+    // (the interpreter is chosen when one is made); the left-button operation stays.
+    void setMouseStyle(int style);
+    void setOperation(Operation operation);
+    // Lets the first manipulator in the chain that has a cursor for its mode show it.
+    void updateCursor();
+    // Where messages for the user go (mouse convention, operation, undo); none by default.
+    void setMessageSink(std::function<void(const std::string&)> sink) { m_say = std::move(sink); }
+
+    void* window() const { return m_window; }
+    const std::shared_ptr<qrngl::CameraManipulator>& cameraManipulator() const { return m_camera; }
+    const std::shared_ptr<HostFrame>& frame() const { return m_frame; }
+
+    static const char* keyHelp();
+
+private:
+    std::shared_ptr<qrngl::SCRenderer> renderer() const;
+    qrngl::FrameStatus routeToChain(const InputEvent& event, bool repeat) const;
+    void command(unsigned int key, bool repeat);
+    void tick(unsigned int id);
+    // Starts a view animation, remembering the camera for its undo step.
+    void animate(const std::function<void()>& start);
+    void fit();
+    void undo(bool redo);
+    // One undo step for a view animation, once it has ended or was stopped.
+    void recordFinishedAnimation();
+    void say(const std::string& text) const;
+
+    std::shared_ptr<qrn::IDocument> m_document;
+    void* m_window;
+    std::shared_ptr<qrngl::Cursor> m_cursor;
+    std::shared_ptr<HostFrame> m_frame;
+    std::shared_ptr<qrngl::ViewState> m_viewState;
+    std::shared_ptr<qrngl::GestureManipulator> m_gesture;
+    std::shared_ptr<qrngl::CameraManipulator> m_camera;
+    std::shared_ptr<qrn::IState> m_beforeAnimation;
+    bool m_repaint = true; // the first frame
+    bool m_quit = false;
+    std::function<void(const std::string&)> m_say;
+};
+
+} // namespace qrnviewer

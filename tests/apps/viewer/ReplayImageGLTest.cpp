@@ -1,0 +1,341 @@
+// Recorded input played through the viewer's event routing on the demo assembly: each mouse
+// convention's own drags turn, pan and zoom the model as they say and give the picture of
+// their baseline, the same log under another convention moves the camera otherwise, and the
+// viewer's keys animate, undo and spin on the timers the event loop drives.
+#include "ImageBaseline.h"
+
+#include "qrngl/CameraHelper.h"
+#include "qrngl/SCRenderer.h"
+#include "qrnplatform/Input.h"
+#include "qrnviewer/DocumentBuilder.h"
+#include "qrnviewer/EventLog.h"
+#include "qrnviewer/EventRouter.h"
+#include "qrnviewer/Replay.h"
+#include "qrnviewer/Snapshot.h"
+#include "qrnviewer/StandardView.h"
+#include "qrnviewer/occt/DemoAssembly.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <sstream>
+
+namespace {
+
+using qrngl::MouseButton;
+using qrnviewer::InputEvent;
+
+constexpr unsigned int kWidth = 320, kHeight = 240;
+enum : unsigned int { VK_ESCAPE = 27, VK_SHIFT = 0x10, VK_CONTROL = 0x11, VK_F4 = 0x73 };
+
+unsigned int bit(MouseButton b) {
+    return b == qrngl::LEFT     ? qrngl::KEY_LBUTTON
+           : b == qrngl::MIDDLE ? qrngl::KEY_MBUTTON
+                                : qrngl::KEY_RBUTTON;
+}
+
+// Writes an event log as a user's session would have made it, 20 ms between events.
+class LogWriter {
+public:
+    void event(const char* kind, const char* button, unsigned int flags, unsigned int key = 0) {
+        char line[128];
+        std::snprintf(line, sizeof line, "%d %s %s 0x%02x %d %d 0 %u\n", m_time, kind, button,
+                      flags, m_x, m_y, key);
+        m_text += line;
+        m_time += 20;
+    }
+    void key(unsigned int vk) {
+        event("keydown", "-", 0, vk);
+        event("keyup", "-", 0, vk);
+    }
+    void wait(int ms) {
+        m_time += ms;
+        event("wait", "-", 0);
+    }
+    // Keys held around the drag, buttons held through it (pressed in order), buttons clicked
+    // once those are down, then the motion in equal steps from the middle of the window.
+    struct Gesture {
+        std::vector<unsigned int> keys;
+        std::vector<MouseButton> hold, click;
+        int dx, dy, steps;
+    };
+    void drag(const Gesture& g) {
+        static const char* names[] = {"left", "middle", "right"};
+        m_x = kWidth / 2;
+        m_y = kHeight / 2;
+        unsigned int flags = 0;
+        for (unsigned int k : g.keys) {
+            event("keydown", "-", flags, k);
+            flags |= k == VK_SHIFT ? qrngl::KEY_SHIFT : k == VK_CONTROL ? qrngl::KEY_CONTROL : 0u;
+        }
+        for (MouseButton b : g.hold)
+            event("down", names[b], flags |= bit(b));
+        for (MouseButton b : g.click) {
+            event("down", names[b], flags | bit(b));
+            event("up", names[b], flags);
+        }
+        for (int i = 0; i < g.steps; ++i) {
+            m_x += g.dx;
+            m_y += g.dy;
+            event("move", "-", flags);
+        }
+        for (auto b = g.hold.rbegin(); b != g.hold.rend(); ++b)
+            event("up", names[*b], flags &= ~bit(*b));
+        for (unsigned int k : g.keys)
+            event("keyup", "-", 0, k);
+        wait(100);
+    }
+    std::vector<InputEvent> events() const {
+        std::istringstream in(m_text);
+        std::vector<InputEvent> events;
+        std::string error;
+        EXPECT_TRUE(qrnviewer::EventLog::parse(in, events, error)) << error << "\n" << m_text;
+        return events;
+    }
+
+private:
+    std::string m_text = "# generated\n";
+    int m_time = 0, m_x = 0, m_y = 0;
+};
+
+using Gesture = LogWriter::Gesture;
+const MouseButton L = qrngl::LEFT, M = qrngl::MIDDLE, R = qrngl::RIGHT;
+
+struct Convention {
+    int style;
+    const char* name;
+    Gesture rotate, pan, zoom;
+    // A convention under which this log moves the camera otherwise.
+    int foreign;
+};
+
+// Each convention's own rotate, pan and zoom drags, in different directions so that every
+// picture differs (zoom drags go down: in), and a convention that reads the log otherwise.
+// clang-format off
+const Convention kConventions[] = {
+    {0, "qrn",      {{}, {M}, {}, 6, 0, 8},     {{VK_CONTROL}, {M}, {}, 5, 3, 6},
+     {{}, {R}, {}, 0, 4, 8}, 1},  // CATIA pans with the middle button
+    {1, "catia",    {{}, {M, R}, {}, 0, 6, 8},  {{}, {M}, {}, -5, 0, 6},
+     {{}, {M}, {R}, 0, 4, 8}, 2}, // ProE does nothing with middle and right
+    {2, "proe",     {{}, {M}, {}, -6, 0, 8},    {{VK_SHIFT}, {M}, {}, 0, -4, 6},
+     {{}, {R}, {}, 0, 4, 8}, 3},  // Inventor pans with the middle button
+    {3, "inventor", {{VK_F4}, {L}, {}, 4, 4, 8}, {{}, {M}, {}, 4, -3, 6},
+     {{}, {R}, {}, 0, 4, 8}, 4},  // NX rotates with the middle button
+    {4, "nx",       {{}, {M}, {}, 0, -6, 8},    {{}, {M, R}, {}, -4, 3, 6},
+     {{}, {R}, {}, 0, 4, 8}, 5},  // SW does nothing with middle and right
+    {5, "sw",       {{}, {M}, {}, 6, 3, 8},     {{VK_CONTROL}, {M}, {}, 0, 4, 6},
+     {{}, {R}, {}, 0, 3, 8}, 1},  // CATIA pans with the middle button
+    {6, "se",       {{}, {M}, {}, -4, 5, 8},    {{VK_SHIFT}, {M}, {}, 5, 0, 6},
+     {{}, {R}, {}, 0, 5, 8}, 5},  // SW does nothing with Shift and middle
+};
+// clang-format on
+
+// The angle in degrees between two rotations, from their difference, which stays exact for
+// small angles: |A - B| = 2 sqrt(2) sin(angle / 2) over the 3x3 parts.
+float angleBetween(const qrnmath::Mat4& a, const qrnmath::Mat4& b) {
+    double sum = 0.0;
+    for (int i = 0; i < 3; ++i)
+        for (int k = 0; k < 3; ++k)
+            sum += (a[i * 4 + k] - b[i * 4 + k]) * (a[i * 4 + k] - b[i * 4 + k]);
+    return static_cast<float>(2.0 * std::asin(std::min(1.0, std::sqrt(sum / 8.0))) * 57.29578);
+}
+
+void PrintTo(const Convention& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class ReplayTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        s_model = std::make_unique<qrnviewer::ModelData>();
+        s_ok = qrnviewer::DemoAssembly::model(*s_model, s_error);
+    }
+    static void TearDownTestSuite() { s_model.reset(); }
+
+    // The demo as the viewer opens it, in a window of the test's size.
+    void SetUp() override {
+        ASSERT_TRUE(s_ok) << s_error;
+        for (unsigned int vk : {VK_SHIFT, VK_CONTROL, VK_F4}) // held by an earlier test's log
+            qrnplatform::Input::setKeyDown(static_cast<int>(vk), false);
+        document = qrnviewer::DocumentBuilder::build(*s_model);
+        camera = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER)->camera;
+        qrngl::CameraHelper::setViewport(kWidth, kHeight, camera);
+        qrnviewer::StandardView::apply("iso", s_model->bbox(), camera);
+        start = *camera;
+    }
+    // Plays the log as qrnview --replay does. The left button pans, so that only F4 makes
+    // Inventor's left drag turn.
+    void play(const std::vector<InputEvent>& events, int style) {
+        document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER)->mouseStyle = style;
+        router.reset(); // one router a document: it owns the renderer's notifier
+        router = std::make_unique<qrnviewer::EventRouter>(document, nullptr, nullptr);
+        router->setOperation(qrngl::IEventInterpreter::PAN);
+        qrnviewer::Replay::run(*router, events);
+    }
+    void play(const Gesture& g, int style) {
+        LogWriter log;
+        log.drag(g);
+        play(log.events(), style);
+    }
+
+    static std::unique_ptr<qrnviewer::ModelData> s_model;
+    static bool s_ok;
+    static std::string s_error;
+    std::shared_ptr<qrn::Document> document;
+    std::shared_ptr<qrngl::Camera> camera;
+    qrngl::Camera start;
+    std::unique_ptr<qrnviewer::EventRouter> router;
+};
+
+std::unique_ptr<qrnviewer::ModelData> ReplayTest::s_model;
+bool ReplayTest::s_ok = false;
+std::string ReplayTest::s_error;
+
+class ReplayImageGLTest : public ReplayTest, public ::testing::WithParamInterface<Convention> {};
+
+TEST_P(ReplayImageGLTest, GesturesTurnPanAndZoomAsTheySay) {
+    const Convention& c = GetParam();
+    const float radius = start.sphereRadius();
+
+    play(c.rotate, c.style);
+    EXPECT_GT(angleBetween(camera->modelRotation(), start.modelRotation()), 10.0f) << "rotate";
+    EXPECT_FLOAT_EQ(camera->zoomFactor(), 1.0f) << "rotate";
+    SetUp();
+    play(c.pan, c.style);
+    EXPECT_LT(angleBetween(camera->modelRotation(), start.modelRotation()), 0.01f) << "pan";
+    EXPECT_FLOAT_EQ(camera->zoomFactor(), 1.0f) << "pan";
+    const qrnmath::Vec3 moved = camera->modelTranslation();
+    // The model follows the pointer: right is +x, down (window y) is -y in view space.
+    auto sign = [&](float v) { return v > 0.01f * radius ? 1 : v < -0.01f * radius ? -1 : 0; };
+    EXPECT_EQ(sign(moved[0]), sign(float(c.pan.dx) * radius)) << "pan x " << moved[0];
+    EXPECT_EQ(sign(moved[1]), sign(-float(c.pan.dy) * radius)) << "pan y " << moved[1];
+    SetUp();
+    play(c.zoom, c.style);
+    EXPECT_LT(angleBetween(camera->modelRotation(), start.modelRotation()), 0.01f) << "zoom";
+    EXPECT_LT(camera->zoomFactor(), 0.9f) << "zoom";
+}
+
+TEST_P(ReplayImageGLTest, LogGivesItsPictureAndDependsOnTheConvention) {
+    const Convention& c = GetParam();
+    LogWriter log;
+    for (const Gesture* g : {&c.rotate, &c.pan, &c.zoom})
+        log.drag(*g);
+    const auto events = log.events();
+
+    play(events, c.foreign);
+    const qrngl::Camera foreign = *camera;
+    SetUp();
+    play(events, c.style);
+    const float radius = start.sphereRadius();
+    const qrnmath::Vec3 d = camera->modelTranslation() - foreign.modelTranslation();
+    const bool differs = angleBetween(camera->modelRotation(), foreign.modelRotation()) > 1.0f ||
+                         std::sqrt(d.lengthSquared()) > 0.01f * radius ||
+                         std::fabs(camera->zoomFactor() - foreign.zoomFactor()) > 0.01f;
+    EXPECT_TRUE(differs) << c.name << " log under style " << c.foreign;
+
+    const std::string name = std::string("replay_") + c.name;
+    const std::string path = (std::filesystem::current_path() / (name + ".png")).string();
+    std::string error;
+    ASSERT_TRUE(qrnviewer::Snapshot::write(document, kWidth, kHeight, path, error)) << error;
+    qrnimage::Image image;
+    ASSERT_TRUE(qrnimage::Image::loadPng(path, image, &error)) << error;
+    qrntest::expectMatchesBaseline(image, name, 8, kWidth * kHeight / 200);
+}
+
+INSTANTIATE_TEST_SUITE_P(Conventions, ReplayImageGLTest, ::testing::ValuesIn(kConventions),
+                         [](const ::testing::TestParamInfo<Convention>& info) {
+                             return std::string(info.param.name);
+                         });
+
+using ReplayRoutingTest = ReplayTest;
+
+TEST_F(ReplayRoutingTest, ViewKeysAnimateOnTheTimerAndUndo) {
+    auto viewRotation = [](qrnsg::SCView::ORIENTATION o) {
+        return qrnsg::SCView::standardRotation(o);
+    };
+    LogWriter log;
+    log.key('5'); // top, over 50 ticks of 30 ms
+    log.wait(600);
+    play(log.events(), 0);
+    const float halfway = angleBetween(camera->modelRotation(), viewRotation(qrnsg::SCView::TOP));
+    EXPECT_GT(halfway, 1.0f) << "the animation should still run";
+
+    log.wait(1500);
+    log.event("keydown", "-", 0, VK_CONTROL);
+    log.key('Z');
+    SetUp();
+    play(log.events(), 0);
+    EXPECT_LT(angleBetween(camera->modelRotation(), start.modelRotation()), 0.01f) << "undone";
+    log.key('Y');
+    SetUp();
+    play(log.events(), 0);
+    EXPECT_EQ(camera->modelRotation(), viewRotation(qrnsg::SCView::TOP)) << "redone";
+}
+
+TEST_F(ReplayRoutingTest, SpinKeepsTurningUntilEscapeAndMCyclesTheConvention) {
+    LogWriter log;
+    log.key('S');
+    log.drag({{}, {L}, {}, 5, 0, 4});
+    play(log.events(), 0);
+    const qrnmath::Mat4 released = camera->modelRotation();
+    log.wait(300);
+    log.key(VK_ESCAPE);
+    SetUp();
+    play(log.events(), 0);
+    const qrnmath::Mat4 stopped = camera->modelRotation();
+    EXPECT_GT(angleBetween(stopped, released), 5.0f) << "the spin should go on after the release";
+    log.wait(300);
+    log.key('M');
+    log.key('M');
+    SetUp();
+    play(log.events(), 0);
+    EXPECT_LT(angleBetween(camera->modelRotation(), stopped), 0.01f) << "Escape ends the spin";
+    EXPECT_EQ(router->mouseStyle(), 2);
+    EXPECT_EQ(router->cameraManipulator()->getOperation(), qrngl::IEventInterpreter::SPIN);
+}
+
+// A tool before the camera in the chain (as selection is) that takes every press.
+class TakesPresses : public qrngl::IManipulator {
+public:
+    TakesPresses() : IManipulator(nullptr) {}
+    qrngl::FrameStatus mouseButtonDown(qrngl::FrameStatus, unsigned int, MouseButton, int,
+                                       int) override {
+        return qrngl::CHANGED;
+    }
+    short order() const override { return 900; }
+};
+
+TEST_F(ReplayRoutingTest, APressTakenEarlierInTheChainStartsNoDrag) {
+    auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
+    auto taker = std::make_shared<TakesPresses>();
+    renderer->addManipulator(taker);
+    LogWriter log;
+    log.drag({{}, {M}, {}, 6, 0, 8});
+    log.drag({{}, {L}, {}, 6, 0, 8});
+    play(log.events(), 0);
+    EXPECT_EQ(camera->modelRotation(), start.modelRotation());
+    EXPECT_EQ(camera->modelTranslation(), start.modelTranslation());
+    renderer->removeManipulator(taker);
+}
+
+TEST(EventLogTest, ReadsTheDocumentedLinesAndNamesTheBadOne) {
+    std::istringstream good("# a session\n\n  15 wheel - 0x08 10 20 -120 0\n");
+    std::vector<InputEvent> events;
+    std::string error;
+    ASSERT_TRUE(qrnviewer::EventLog::parse(good, events, error)) << error;
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(qrnviewer::EventLog::format(events[0]), "15 wheel - 0x08 10 20 -120 0");
+    for (const char* bad :
+         {"5 down - 0x01 1 2 0 0", "5 drag left 0x01 1 2 0 0", "5 move - 0x01 1 2 0",
+          "5 keydown - 0 0 0 0 300", "5 move - 0x01 1 2x 0 0", "1 wait - 0 0 0 0 0"}) {
+        std::istringstream in(std::string("# header\n9 move - 0 0 0 0 0\n") + bad + "\n");
+        EXPECT_FALSE(qrnviewer::EventLog::parse(in, events, error)) << bad;
+        EXPECT_NE(error.find("line 3"), std::string::npos) << bad << ": " << error;
+    }
+}
+
+} // namespace
