@@ -128,61 +128,40 @@ private:
 
 Handle(TDocStd_Document) DemoAssemblyDocumentTest::s_doc;
 
-TEST_F(DemoAssemblyDocumentTest, IsOneRootOverNestedAssembliesOfParts) {
-    TDF_LabelSequence roots;
+TEST_F(DemoAssemblyDocumentTest, NestedAssembliesShareTheirParts) {
+    TDF_LabelSequence roots, all, users;
     shapes()->GetFreeShapes(roots);
     ASSERT_EQ(roots.Length(), 1);
     EXPECT_EQ(nameOf(root()), L"Demo Assembly");
-    EXPECT_TRUE(XCAFDoc_ShapeTool::IsAssembly(root()));
-
-    TDF_LabelSequence all;
     shapes()->GetShapes(all);
-    int assemblies = 0, parts = 0, components = 0;
+    int assemblies = 0, parts = 0;
     for (const TDF_Label& l : all) {
-        if (XCAFDoc_ShapeTool::IsAssembly(l)) {
-            ++assemblies;
-            TDF_LabelSequence c;
-            XCAFDoc_ShapeTool::GetComponents(l, c);
-            components += c.Length();
-        } else if (XCAFDoc_ShapeTool::IsSimpleShape(l)) {
-            ++parts;
-        }
+        assemblies += XCAFDoc_ShapeTool::IsAssembly(l) ? 1 : 0;
+        parts += XCAFDoc_ShapeTool::IsSimpleShape(l) ? 1 : 0;
     }
     EXPECT_EQ(assemblies, 4); // root, shaft unit, bearing unit, bracket unit
     EXPECT_EQ(parts, 7);
-    EXPECT_EQ(components, 14);
-
-    const auto placed = flatten();
-    EXPECT_EQ(placed.size(), 13u);
-    int deepest = 0;
-    for (const auto& p : placed)
-        deepest = std::max(deepest, p.depth);
-    EXPECT_EQ(deepest, 3); // root, shaft unit, bearing unit, block
-}
-
-TEST_F(DemoAssemblyDocumentTest, RepeatedPartsAreInstancesOfOneLabel) {
-    const TDF_Label bolt = definition(L"Bolt M8x16");
-    const TDF_Label bearingUnit = definition(L"Bearing Unit");
-    TDF_LabelSequence users;
-    EXPECT_EQ(XCAFDoc_ShapeTool::GetUsers(bolt, users),
-              4); // two per bearing unit, two in the bracket unit
+    // Two bolts per bearing unit and two in the bracket unit; the bearing unit placed twice.
+    EXPECT_EQ(XCAFDoc_ShapeTool::GetUsers(definition(L"Bolt M8x16"), users), 4);
     users.Clear();
-    EXPECT_EQ(XCAFDoc_ShapeTool::GetUsers(bearingUnit, users), 2);
+    EXPECT_EQ(XCAFDoc_ShapeTool::GetUsers(definition(L"Bearing Unit"), users), 2);
 
     std::map<std::wstring, std::vector<gp_Trsf>> byPart;
-    for (const auto& p : flatten())
+    int deepest = 0;
+    for (const auto& p : flatten()) {
         byPart[nameOf(p.part)].push_back(p.world);
-    ASSERT_EQ(byPart[L"Bolt M8x16"].size(), 6u);
-    EXPECT_EQ(byPart[kBlockName].size(), 2u);
+        deepest = std::max(deepest, p.depth);
+    }
+    EXPECT_EQ(deepest, 3); // root, shaft unit, bearing unit, block
     EXPECT_EQ(byPart.size(), 7u);
-    // Each bolt at its own place, standing upright with its head up.
+    EXPECT_EQ(byPart[kBlockName].size(), 2u);
+    // Six bolts, each at its own place, upright.
     const auto& bolts = byPart[L"Bolt M8x16"];
+    ASSERT_EQ(bolts.size(), 6u);
     for (std::size_t i = 0; i < bolts.size(); ++i) {
-        gp_Dir axis = gp::DZ().Transformed(bolts[i]);
-        EXPECT_NEAR(axis.Z(), 1.0, 1e-9);
+        EXPECT_NEAR(gp::DZ().Transformed(bolts[i]).Z(), 1.0, 1e-9);
         for (std::size_t j = i + 1; j < bolts.size(); ++j)
-            EXPECT_GT((bolts[i].TranslationPart() - bolts[j].TranslationPart()).Modulus(), 10.0)
-                << i << " " << j;
+            EXPECT_GT((bolts[i].TranslationPart() - bolts[j].TranslationPart()).Modulus(), 10.0);
     }
 }
 
@@ -191,30 +170,17 @@ TEST_F(DemoAssemblyDocumentTest, EveryLabelIsNamedAndOneNameIsNotAscii) {
     shapes()->GetShapes(all);
     int named = 0;
     for (const TDF_Label& l : all) {
-        EXPECT_FALSE(nameOf(l).empty()) << "shape label " << l.Tag();
-        ++named;
-        TDF_LabelSequence components;
+        TDF_LabelSequence components, subShapes;
         XCAFDoc_ShapeTool::GetComponents(l, components);
-        std::set<std::wstring> siblings;
-        for (const TDF_Label& c : components) {
-            const std::wstring name = nameOf(c);
-            EXPECT_FALSE(name.empty()) << "component " << c.Tag() << " of " << l.Tag();
-            EXPECT_TRUE(siblings.insert(name).second) << "instance names repeat in " << l.Tag();
-            ++named;
-        }
-        TDF_LabelSequence subShapes;
         XCAFDoc_ShapeTool::GetSubShapes(l, subShapes);
-        for (const TDF_Label& s : subShapes) {
-            EXPECT_FALSE(nameOf(s).empty()) << "sub-shape " << s.Tag() << " of " << l.Tag();
-            ++named;
-        }
+        components.Append(subShapes);
+        components.Append(l);
+        for (const TDF_Label& c : components)
+            named += nameOf(c).empty() ? 0 : 1;
     }
-    EXPECT_EQ(named, 11 + 14 + 1);
-
-    Handle(TDataStd_Name) name;
-    ASSERT_TRUE(definition(kBlockName).FindAttribute(TDataStd_Name::GetID(), name));
-    EXPECT_EQ(name->Get().Length(), 13);
-    EXPECT_EQ(name->Get().Value(11), 0x00D8); // one character, not its UTF-8 bytes
+    EXPECT_EQ(named, 11 + 14 + 1); // shapes, components, the shaft's end face
+    // Found by its name character by character: Ø stored as one character, not UTF-8 bytes.
+    EXPECT_FALSE(definition(kBlockName).IsNull());
 }
 
 TEST_F(DemoAssemblyDocumentTest, PartsHaveDistinctColoursOneFaceItsOwnAndTheGuardIsSeeThrough) {
@@ -234,23 +200,15 @@ TEST_F(DemoAssemblyDocumentTest, PartsHaveDistinctColoursOneFaceItsOwnAndTheGuar
             transparent.push_back(nameOf(l));
     }
     EXPECT_EQ(partColours.size(), 7u);
-    ASSERT_EQ(transparent.size(), 1u);
-    EXPECT_EQ(transparent[0], L"Guard");
-    Quantity_ColorRGBA guard;
-    colors()->GetColor(definition(L"Guard"), XCAFDoc_ColorSurf, guard);
-    EXPECT_GT(guard.Alpha(), 0.1f);
-    EXPECT_LT(guard.Alpha(), 0.9f);
-
-    // The shaft's free end: a face of the shaft, coloured unlike the rest of it.
+    EXPECT_EQ(transparent, std::vector<std::wstring>{L"Guard"});
+    // The shaft's free end: a face of the shaft, the whole Ø20 end, coloured unlike the rest.
     const TDF_Label shaft = definition(L"Shaft \u00D820");
     TDF_LabelSequence subShapes;
     XCAFDoc_ShapeTool::GetSubShapes(shaft, subShapes);
     ASSERT_EQ(subShapes.Length(), 1);
-    const TopoDS_Shape face = XCAFDoc_ShapeTool::GetShape(subShapes.First());
-    EXPECT_EQ(face.ShapeType(), TopAbs_FACE);
     GProp_GProps props;
-    BRepGProp::SurfaceProperties(face, props);
-    EXPECT_NEAR(props.Mass(), kPi * 10.0 * 10.0, 1e-6); // the whole Ø20 end
+    BRepGProp::SurfaceProperties(XCAFDoc_ShapeTool::GetShape(subShapes.First()), props);
+    EXPECT_NEAR(props.Mass(), kPi * 10.0 * 10.0, 1e-6);
     Quantity_ColorRGBA faceColour, shaftColour;
     ASSERT_TRUE(colors()->GetColor(subShapes.First(), XCAFDoc_ColorSurf, faceColour));
     ASSERT_TRUE(colors()->GetColor(shaft, XCAFDoc_ColorSurf, shaftColour));
@@ -290,8 +248,7 @@ TEST_F(DemoAssemblyDocumentTest, HolesGoThroughAndFilletsRoundTheEdges) {
     const TopoDS_Shape plate = shape(L"Base Plate");
     for (double x : {-105.0, 105.0})
         for (double y : {-65.0, 65.0}) {
-            for (double z : {-0.2, -6.0, -11.8})
-                EXPECT_EQ(classify(plate, x, y, z), TopAbs_OUT) << x << " " << y << " " << z;
+            EXPECT_EQ(classify(plate, x, y, -6.0), TopAbs_OUT) << x << " " << y;
             EXPECT_EQ(classify(plate, x + 6.0, y, -6.0), TopAbs_IN) << x << " " << y;
         }
     EXPECT_EQ(classify(plate, 119.0, 79.0, -6.0), TopAbs_OUT);
@@ -302,27 +259,18 @@ TEST_F(DemoAssemblyDocumentTest, HolesGoThroughAndFilletsRoundTheEdges) {
 
     // Bearing block, origin on the bore's axis: the bore and both bolt holes are open.
     const TopoDS_Shape block = shape(kBlockName);
-    for (double x : {-14.9, 0.0, 14.9})
-        EXPECT_EQ(classify(block, x, 0.0, 0.0), TopAbs_OUT) << x;
-    EXPECT_EQ(classify(block, 0.0, 0.0, 15.0), TopAbs_IN);  // the crown over the bore
-    EXPECT_EQ(classify(block, 0.0, 0.0, -15.0), TopAbs_IN); // the pedestal under it
+    EXPECT_EQ(classify(block, 0.0, 0.0, 0.0), TopAbs_OUT);
+    EXPECT_EQ(classify(block, 0.0, 0.0, 15.0), TopAbs_IN); // the crown over the bore
     for (double y : {-29.0, 29.0}) {
-        for (double z : {-39.8, -34.0, -28.2})
-            EXPECT_EQ(classify(block, 0.0, y, z), TopAbs_OUT) << y << " " << z;
+        EXPECT_EQ(classify(block, 0.0, y, -34.0), TopAbs_OUT) << y;
         EXPECT_EQ(classify(block, 10.0, y, -34.0), TopAbs_IN) << y;
     }
 
-    // Bracket: the inner corner is filled by its R6 fillet, the upright's top is rounded, the
-    // Ø12 hole goes through the upright and the bolt holes through the foot.
+    // Bracket: the inner corner filled by its R6 fillet, the Ø12 hole through the upright.
     const TopoDS_Shape bracket = shape(L"Bracket");
     EXPECT_EQ(classify(bracket, 0.0, -11.2, 8.8), TopAbs_IN);
-    EXPECT_EQ(classify(bracket, 0.0, -5.0, 13.0), TopAbs_OUT);
-    EXPECT_EQ(classify(bracket, 20.0, -12.2, 59.8), TopAbs_OUT);
-    EXPECT_EQ(classify(bracket, 20.0, -16.0, 58.0), TopAbs_IN);
-    for (double y : {-19.8, -16.0, -12.2})
-        EXPECT_EQ(classify(bracket, 0.0, y, 38.0), TopAbs_OUT) << y;
-    for (double x : {-15.0, 15.0})
-        EXPECT_EQ(classify(bracket, x, 0.0, 4.0), TopAbs_OUT) << x;
+    EXPECT_EQ(classify(bracket, 0.0, -16.0, 38.0), TopAbs_OUT);
+    EXPECT_EQ(classify(bracket, 15.0, 0.0, 4.0), TopAbs_OUT);
 
     // Gear: a bore, teeth and gaps at the tip circle.
     const TopoDS_Shape gear = shape(L"Gear");
@@ -334,13 +282,11 @@ TEST_F(DemoAssemblyDocumentTest, HolesGoThroughAndFilletsRoundTheEdges) {
     EXPECT_EQ(classify(gear, 0.0, 35.0 * std::cos(gapMiddle), 35.0 * std::sin(gapMiddle)),
               TopAbs_OUT);
 
-    // Guard: a hollow hood, open below, with the shaft's way in on +X.
+    // Guard: a hollow hood with the shaft's way in on +X only.
     const TopoDS_Shape guard = shape(L"Guard");
     EXPECT_EQ(classify(guard, 0.0, 0.0, 40.0), TopAbs_OUT);
-    EXPECT_EQ(classify(guard, 23.5, 0.0, 60.0), TopAbs_IN);
     EXPECT_EQ(classify(guard, 23.5, 0.0, 40.0), TopAbs_OUT);
-    EXPECT_EQ(classify(guard, -23.5, 0.0, 40.0), TopAbs_IN); // no hole on the far side
-    EXPECT_EQ(classify(guard, 0.0, 0.0, 88.5), TopAbs_IN);
+    EXPECT_EQ(classify(guard, -23.5, 0.0, 40.0), TopAbs_IN);
 }
 
 std::string readText(const std::string& path) {
@@ -350,156 +296,105 @@ std::string readText(const std::string& path) {
     return text.str();
 }
 
-TEST(DemoAssemblyStepTest, WritesAp214WhateverTheProcessWideSchema) {
-    // The writer's schema is a process-wide setting: the file is AP214 even where another
-    // schema was chosen, and that choice is left as it was.
+TEST(DemoAssemblyStepTest, WritesAp214AndReportsFailures) {
+    // The writer's schema is process-wide: the file is AP214 whatever was chosen, and that
+    // choice is left as it was.
     STEPControl_Controller::Init();
     const std::string before = Interface_Static::CVal("write.step.schema");
     ASSERT_TRUE(Interface_Static::SetCVal("write.step.schema", "AP203"));
-    namespace fs = std::filesystem;
-    const fs::path dir =
-        fs::temp_directory_path() / ("qrnviewer-demo-schema-test-" + std::to_string(getpid()));
-    fs::create_directories(dir);
-    const std::string path = (dir / "demo.step").string();
+    const std::string path = (std::filesystem::temp_directory_path() /
+                              ("qrn-demo-" + std::to_string(getpid()) + ".step"))
+                                 .string();
     Handle(TDocStd_Document) doc = DemoAssembly::make();
     std::string error;
     EXPECT_TRUE(DemoAssembly::writeStep(doc, path, error)) << error;
-    XCAFApp_Application::GetApplication()->Close(doc);
     EXPECT_EQ(std::string(Interface_Static::CVal("write.step.schema")), "AP203");
     Interface_Static::SetCVal("write.step.schema", before.c_str());
-
     const std::string text = readText(path);
+    std::filesystem::remove(path);
     EXPECT_NE(text.find("FILE_SCHEMA(('AUTOMOTIVE_DESIGN {"), std::string::npos) << "not AP214";
-    EXPECT_NE(text.find("'Lagerbock "), std::string::npos);
     EXPECT_NE(text.find("COLOUR_RGB"), std::string::npos);
-    std::error_code ec;
-    fs::remove_all(dir, ec);
-}
 
-TEST(DemoAssemblyStepTest, WriteFailuresAreReported) {
-    std::string error;
-    EXPECT_FALSE(DemoAssembly::writeStep(Handle(TDocStd_Document)(), "x.step", error));
-    EXPECT_NE(error.find("x.step"), std::string::npos) << error;
-
-    Handle(TDocStd_Document) empty;
-    XCAFApp_Application::GetApplication()->NewDocument("MDTV-XCAF", empty);
-    error.clear();
-    EXPECT_FALSE(DemoAssembly::writeStep(empty, "empty.step", error));
-    EXPECT_NE(error.find("no shapes"), std::string::npos) << error;
-    XCAFApp_Application::GetApplication()->Close(empty);
-
-    Handle(TDocStd_Document) doc = DemoAssembly::make();
-    error.clear();
     EXPECT_FALSE(DemoAssembly::writeStep(doc, "/nonexistent-dir/demo.step", error));
     EXPECT_NE(error.find("/nonexistent-dir/demo.step"), std::string::npos) << error;
     XCAFApp_Application::GetApplication()->Close(doc);
+    EXPECT_FALSE(DemoAssembly::writeStep(Handle(TDocStd_Document)(), "x.step", error));
+    EXPECT_NE(error.find("x.step"), std::string::npos) << error;
+    Handle(TDocStd_Document) empty;
+    XCAFApp_Application::GetApplication()->NewDocument("MDTV-XCAF", empty);
+    EXPECT_FALSE(DemoAssembly::writeStep(empty, "empty.step", error));
+    EXPECT_NE(error.find("no shapes"), std::string::npos) << error;
+    XCAFApp_Application::GetApplication()->Close(empty);
 }
 
-// The demo as the viewer imports it, and again after a trip through a STEP file.
-class DemoAssemblyModelTest : public ::testing::Test {
-protected:
-    static void SetUpTestSuite() {
-        s_direct = new ModelData;
-        s_fromStep = new ModelData;
-        s_directOk = DemoAssembly::model(*s_direct, s_error);
-        if (!s_directOk)
-            return;
-        namespace fs = std::filesystem;
-        const fs::path dir =
-            fs::temp_directory_path() / ("qrnviewer-demo-test-" + std::to_string(getpid()));
-        fs::create_directories(dir);
-        s_path = (dir / "demo.step").string();
-        Handle(TDocStd_Document) doc = DemoAssembly::make();
-        s_written = DemoAssembly::writeStep(doc, s_path, s_error);
-        XCAFApp_Application::GetApplication()->Close(doc);
-        if (s_written)
-            s_read = qrnviewer::ModelReader::read(s_path, *s_fromStep, s_error);
-    }
-    static void TearDownTestSuite() {
-        std::error_code ec;
-        std::filesystem::remove_all(std::filesystem::path(s_path).parent_path(), ec);
-        delete s_direct;
-        delete s_fromStep;
-    }
-    void SetUp() override {
-        ASSERT_TRUE(s_directOk) << s_error;
-        ASSERT_TRUE(s_written) << s_error;
-        ASSERT_TRUE(s_read) << s_error;
-    }
-
-    static std::multiset<std::wstring> nodeNames(const ModelData& m) {
-        std::multiset<std::wstring> names;
-        for (const auto& n : m.nodes)
-            names.insert(n.name);
-        return names;
-    }
-    static int depth(const ModelData& m, int node) {
-        int d = 0;
-        for (int n = m.nodes[static_cast<std::size_t>(node)].parent; n >= 0;
-             n = m.nodes[static_cast<std::size_t>(n)].parent)
-            ++d;
-        return d;
-    }
-    // The colours of the materials, quantised: diffuse RGB and transparency.
-    static std::set<std::array<int, 4>> colourSet(const ModelData& m) {
-        std::set<std::array<int, 4>> out;
-        for (const auto& mat : m.materials)
-            out.insert({static_cast<int>(std::lround(mat.diffuse[0] * 255.0f)),
-                        static_cast<int>(std::lround(mat.diffuse[1] * 255.0f)),
-                        static_cast<int>(std::lround(mat.diffuse[2] * 255.0f)),
-                        static_cast<int>(std::lround(mat.transparency * 255.0f))});
-        return out;
-    }
-    static const ModelData::Part* part(const ModelData& m, const std::wstring& name) {
-        for (const auto& p : m.parts)
-            if (p.name == name)
-                return &p;
-        return nullptr;
-    }
-
-    static ModelData* s_direct;
-    static ModelData* s_fromStep;
-    static bool s_directOk, s_written, s_read;
-    static std::string s_error, s_path;
+// The demo as the viewer imports it, and again after a trip through a STEP file; made once.
+struct Imported {
+    ModelData direct, fromStep;
+    std::string error;
+    bool ok = false;
 };
 
-ModelData* DemoAssemblyModelTest::s_direct = nullptr;
-ModelData* DemoAssemblyModelTest::s_fromStep = nullptr;
-bool DemoAssemblyModelTest::s_directOk = false;
-bool DemoAssemblyModelTest::s_written = false;
-bool DemoAssemblyModelTest::s_read = false;
-std::string DemoAssemblyModelTest::s_error;
-std::string DemoAssemblyModelTest::s_path;
+const Imported& imported() {
+    static const Imported i = [] {
+        Imported out;
+        const std::string path = (std::filesystem::temp_directory_path() /
+                                  ("qrn-demo-model-" + std::to_string(getpid()) + ".step"))
+                                     .string();
+        Handle(TDocStd_Document) doc = DemoAssembly::make();
+        out.ok = DemoAssembly::model(out.direct, out.error) &&
+                 DemoAssembly::writeStep(doc, path, out.error) &&
+                 qrnviewer::ModelReader::read(path, out.fromStep, out.error);
+        XCAFApp_Application::GetApplication()->Close(doc);
+        std::filesystem::remove(path);
+        return out;
+    }();
+    return i;
+}
 
-TEST_F(DemoAssemblyModelTest, TheViewersModelHoldsTheAssembly) {
-    const ModelData& m = *s_direct;
+std::multiset<std::wstring> nodeNames(const ModelData& m) {
+    std::multiset<std::wstring> names;
+    for (const auto& n : m.nodes)
+        names.insert(n.name);
+    return names;
+}
+
+// The colours of the materials, quantised: diffuse RGB and transparency.
+std::set<std::array<int, 4>> colourSet(const ModelData& m) {
+    std::set<std::array<int, 4>> out;
+    for (const auto& mat : m.materials)
+        out.insert({static_cast<int>(std::lround(mat.diffuse[0] * 255.0f)),
+                    static_cast<int>(std::lround(mat.diffuse[1] * 255.0f)),
+                    static_cast<int>(std::lround(mat.diffuse[2] * 255.0f)),
+                    static_cast<int>(std::lround(mat.transparency * 255.0f))});
+    return out;
+}
+
+TEST(DemoAssemblyModelTest, TheViewersModelHoldsTheAssembly) {
+    ASSERT_TRUE(imported().ok) << imported().error;
+    const ModelData& m = imported().direct;
     EXPECT_EQ(m.nodes.size(), 18u); // the root and its 17 components, bearing units twice
     EXPECT_EQ(m.instanceCount(), 13u);
     EXPECT_EQ(m.parts.size(), 7u); // each part once, however often placed
     int deepest = 0;
-    for (std::size_t i = 0; i < m.nodes.size(); ++i)
-        deepest = std::max(deepest, depth(m, static_cast<int>(i)));
+    for (const auto& node : m.nodes) {
+        int d = 0;
+        for (int n = node.parent; n >= 0; n = m.nodes[static_cast<std::size_t>(n)].parent)
+            ++d;
+        deepest = std::max(deepest, d);
+    }
     EXPECT_EQ(deepest, 3);
 
     // Instance names, repeated where a bearing unit is placed twice.
     const auto names = nodeNames(m);
-    const std::map<std::wstring, std::size_t> expected{
-        {L"Demo Assembly", 1},  {L"Base Plate", 1}, {L"Shaft Unit", 1},   {L"Bearing Unit 1", 1},
-        {L"Bearing Unit 2", 1}, {kBlockName, 2},    {L"Bolt 1", 2},       {L"Bolt 2", 2},
-        {L"Shaft \u00D820", 1}, {L"Gear", 1},       {L"Bracket Unit", 1}, {L"Bracket", 1},
-        {L"Bolt 3", 1},         {L"Bolt 4", 1},     {L"Guard", 1}};
-    for (const auto& [name, count] : expected)
-        EXPECT_EQ(names.count(name), count) << std::string(name.begin(), name.end());
-    EXPECT_EQ(names.size(), 18u);
+    EXPECT_EQ(names.count(kBlockName), 2u);
+    EXPECT_EQ(names.count(L"Bolt 1"), 2u);
+    EXPECT_EQ(names.count(L"Bearing Unit 2"), 1u);
+    EXPECT_EQ(names.count(L"Shaft \u00D820"), 1u);
 
     // A few thousand triangles: fine enough to look round, light enough to start fast.
     EXPECT_GT(m.triangleCount(), 2000u);
     EXPECT_LT(m.triangleCount(), 50000u);
-    const auto box = m.bbox();
-    EXPECT_NEAR(box.min()[0], -120.0f, 0.5f);
-    EXPECT_NEAR(box.max()[0], 120.0f, 0.5f);
-    EXPECT_NEAR(box.min()[2], 0.0f, 0.5f);
-    EXPECT_NEAR(box.max()[2], 102.0f, 0.5f);
+    EXPECT_NEAR(m.bbox().max()[2], 102.0f, 0.5f);
     EXPECT_EQ(m.lengthUnit, L"mm");
 
     // Seven part colours and the shaft's end face; the guard alone is see-through.
@@ -508,11 +403,9 @@ TEST_F(DemoAssemblyModelTest, TheViewersModelHoldsTheAssembly) {
     for (const auto& mat : m.materials)
         transparent += mat.isTransparent() ? 1 : 0;
     EXPECT_EQ(transparent, 1);
-    const auto* guard = part(m, L"Guard");
-    ASSERT_NE(guard, nullptr);
-    ASSERT_EQ(guard->meshMaterials.size(), 1u);
-    EXPECT_TRUE(m.materials[static_cast<std::size_t>(guard->meshMaterials[0])].isTransparent());
-    const auto* shaft = part(m, L"Shaft \u00D820");
+    const ModelData::Part* shaft = nullptr;
+    for (const auto& p : m.parts)
+        shaft = p.name == L"Shaft \u00D820" ? &p : shaft;
     ASSERT_NE(shaft, nullptr);
     ASSERT_EQ(shaft->meshes.size(), 2u);
     bool red = false;
@@ -521,23 +414,21 @@ TEST_F(DemoAssemblyModelTest, TheViewersModelHoldsTheAssembly) {
         red = red || (d[0] > 0.6f && d[1] < 0.3f && d[2] < 0.3f);
     }
     EXPECT_TRUE(red);
-    for (const auto& p : m.parts)
-        EXPECT_FALSE(p.edges.points.empty()) << std::string(p.name.begin(), p.name.end());
 }
 
-TEST_F(DemoAssemblyModelTest, AStepRoundTripKeepsTreeNamesColoursAndGeometry) {
-    const ModelData& a = *s_direct;
-    const ModelData& b = *s_fromStep;
+TEST(DemoAssemblyModelTest, AStepRoundTripKeepsTreeNamesColoursAndGeometry) {
+    ASSERT_TRUE(imported().ok) << imported().error;
+    const ModelData& a = imported().direct;
+    const ModelData& b = imported().fromStep;
     EXPECT_EQ(b.nodes.size(), a.nodes.size());
     EXPECT_EQ(b.instanceCount(), a.instanceCount());
     EXPECT_EQ(b.parts.size(), a.parts.size());
     EXPECT_EQ(nodeNames(b), nodeNames(a));
-    EXPECT_EQ(nodeNames(b).count(kBlockName), 2u);
     std::set<std::wstring> partsA, partsB;
-    for (const auto& p : a.parts)
-        partsA.insert(p.name);
-    for (const auto& p : b.parts)
-        partsB.insert(p.name);
+    for (std::size_t i = 0; i < a.parts.size() && i < b.parts.size(); ++i) {
+        partsA.insert(a.parts[i].name);
+        partsB.insert(b.parts[i].name);
+    }
     EXPECT_EQ(partsB, partsA);
 
     // The same surfaces meshed with the same tolerances.
@@ -556,11 +447,6 @@ TEST_F(DemoAssemblyModelTest, AStepRoundTripKeepsTreeNamesColoursAndGeometry) {
         const auto wb = b.worldTransform(static_cast<int>(i));
         for (int k = 0; k < 16; ++k)
             EXPECT_NEAR(wb[k], wa[k], 1e-3) << "node " << i << " element " << k;
-    }
-    const auto ba = a.bbox(), bb = b.bbox();
-    for (int k = 0; k < 3; ++k) {
-        EXPECT_NEAR(bb.min()[k], ba.min()[k], 0.05f);
-        EXPECT_NEAR(bb.max()[k], ba.max()[k], 0.05f);
     }
 }
 

@@ -79,66 +79,28 @@ TEST(RCTempDescriptor, InfoLogsEveryFieldInItsOrderAndSkipsTheEmptyOptionalOnes)
     d = zeroed();
     d.dwFlags = 0x1 | 0x2 | 0x4 | 0x8 | 0x10 | 0x20 | 0x40 | 0x80 | 0x100 | 0x800 | 0x1000 |
                 0x2000 | 0x4000 | 0x8000;
-    d.bReserved = 0x21;
-    d.iPixelType = 1;
-    d.cColorBits = 32;
-    d.cRedBits = 8;
-    d.cRedShift = 16;
-    d.cGreenBits = 7;
-    d.cGreenShift = 9;
-    d.cBlueBits = 6;
-    d.cBlueShift = 1;
-    d.cDepthBits = 24;
-    d.cStencilBits = 8;
-    d.cAuxBuffers = 4;
-    d.iLayerType = 3;
-    d.dwVisibleMask = 4294967295u;
-    d.cAlphaBits = 5;
-    d.cAlphaShift = 27;
-    d.cAccumBits = 64;
-    d.cAccumRedBits = 16;
-    d.cAccumGreenBits = 17;
-    d.cAccumBlueBits = 18;
-    d.cAccumAlphaBits = 13;
+    // clang-format off
+    d.bReserved = 0x21; d.iPixelType = 1; d.cColorBits = 32; d.cRedBits = 8; d.cRedShift = 16;
+    d.cGreenBits = 7; d.cGreenShift = 9; d.cBlueBits = 6; d.cBlueShift = 1; d.cDepthBits = 24;
+    d.cStencilBits = 8; d.cAuxBuffers = 4; d.iLayerType = 3; d.dwVisibleMask = 4294967295u;
+    d.cAlphaBits = 5; d.cAlphaShift = 27; d.cAccumBits = 64; d.cAccumRedBits = 16;
+    d.cAccumGreenBits = 17; d.cAccumBlueBits = 18; d.cAccumAlphaBits = 13;
+    // clang-format on
     RCTemp::pixelFormatDescriptorInfo(d);
-    const std::vector<std::wstring> full = {L"PIXELFORMATDESCRIPTOR ",
-                                            L"dwFlags",
-                                            L" PFD_DRAW_TO_WINDOW",
-                                            L" PFD_DRAW_TO_BITMAP",
-                                            L" PFD_SUPPORT_GDI",
-                                            L" PFD_SUPPORT_OPENGL",
-                                            L" PFD_GENERIC_ACCELERATED",
-                                            L" PFD_SUPPORT_DIRECTDRAW",
-                                            L" PFD_DIRECT3D_ACCELERATED",
-                                            L" PFD_SUPPORT_COMPOSITION",
-                                            L" PFD_GENERIC_FORMAT",
-                                            L" PFD_NEED_PALETTE",
-                                            L" PFD_NEED_SYSTEM_PALETTE",
-                                            L" PFD_DOUBLEBUFFER",
-                                            L" PFD_STEREO",
-                                            L" PFD_SWAP_LAYER_BUFFERS",
-                                            L" overlay",
-                                            L"iPixelType = 1",
-                                            L"cColorBits = 32",
-                                            L"cRedBits = 8",
-                                            L"cRedShift = 16",
-                                            L"cGreenBits = 7",
-                                            L"cGreenShift = 9",
-                                            L"cGreenShift = 9",
-                                            L"cBlueBits = 6",
-                                            L"cBlueShift = 1",
-                                            L"cDepthBits = 24",
-                                            L"cStencilBits = 8",
-                                            L"cAuxBuffers = 4",
-                                            L"iLayerType = 3",
-                                            L"dwVisibleMask = 4294967295",
-                                            L"cAlphaBits = 5",
-                                            L"cAlphaShift = 27",
-                                            L"cAccumBits = 64",
-                                            L"cAccumRedBits = 16",
-                                            L"cAccumGreenBits = 17",
-                                            L"cAccumBlueBits = 18",
-                                            L"cAccumAlphaBits = 13"};
+    // clang-format off
+    const std::vector<std::wstring> full = {
+        L"PIXELFORMATDESCRIPTOR ", L"dwFlags", L" PFD_DRAW_TO_WINDOW", L" PFD_DRAW_TO_BITMAP",
+        L" PFD_SUPPORT_GDI", L" PFD_SUPPORT_OPENGL", L" PFD_GENERIC_ACCELERATED",
+        L" PFD_SUPPORT_DIRECTDRAW", L" PFD_DIRECT3D_ACCELERATED", L" PFD_SUPPORT_COMPOSITION",
+        L" PFD_GENERIC_FORMAT", L" PFD_NEED_PALETTE", L" PFD_NEED_SYSTEM_PALETTE",
+        L" PFD_DOUBLEBUFFER", L" PFD_STEREO", L" PFD_SWAP_LAYER_BUFFERS", L" overlay",
+        L"iPixelType = 1", L"cColorBits = 32", L"cRedBits = 8", L"cRedShift = 16",
+        L"cGreenBits = 7", L"cGreenShift = 9", L"cGreenShift = 9", L"cBlueBits = 6",
+        L"cBlueShift = 1", L"cDepthBits = 24", L"cStencilBits = 8", L"cAuxBuffers = 4",
+        L"iLayerType = 3", L"dwVisibleMask = 4294967295", L"cAlphaBits = 5",
+        L"cAlphaShift = 27", L"cAccumBits = 64", L"cAccumRedBits = 16",
+        L"cAccumGreenBits = 17", L"cAccumBlueBits = 18", L"cAccumAlphaBits = 13"};
+    // clang-format on
     EXPECT_EQ(log.take(), full);
 
     // Only the low four bits of bReserved count overlay planes; each optional field stands

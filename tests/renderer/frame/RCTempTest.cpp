@@ -223,30 +223,13 @@ TEST_F(RCTempTest, IsValidPixelFormatDependsOnlyOnTheDescription) {
 int g_arbFormat = 0;
 
 TEST_F(RCTempTest, TryGetAccelerationOffPixelFormatSendsTheTruncatedList) {
-    const std::vector<int> truncated = {WGL_DRAW_TO_WINDOW_ARB,
-                                        1,
-                                        WGL_SUPPORT_OPENGL_ARB,
-                                        1,
-                                        0,
-                                        0,
-                                        WGL_COLOR_BITS_ARB,
-                                        24,
-                                        WGL_ALPHA_BITS_ARB,
-                                        8,
-                                        WGL_DEPTH_BITS_ARB,
-                                        16,
-                                        WGL_STENCIL_BITS_ARB,
-                                        2,
-                                        WGL_DOUBLE_BUFFER_ARB,
-                                        1,
-                                        WGL_PIXEL_TYPE_ARB,
-                                        WGL_TYPE_RGBA_ARB,
-                                        WGL_SAMPLE_BUFFERS_ARB,
-                                        1,
-                                        WGL_SAMPLES_ARB,
-                                        4,
-                                        0,
-                                        0};
+    // clang-format off
+    const std::vector<int> truncated = {
+        WGL_DRAW_TO_WINDOW_ARB, 1, WGL_SUPPORT_OPENGL_ARB, 1, 0, 0, WGL_COLOR_BITS_ARB, 24,
+        WGL_ALPHA_BITS_ARB, 8, WGL_DEPTH_BITS_ARB, 16, WGL_STENCIL_BITS_ARB, 2,
+        WGL_DOUBLE_BUFFER_ARB, 1, WGL_PIXEL_TYPE_ARB, WGL_TYPE_RGBA_ARB,
+        WGL_SAMPLE_BUFFERS_ARB, 1, WGL_SAMPLES_ARB, 4, 0, 0};
+    // clang-format on
     g_arbFormat = 7;
     wgl.next().choosePixelFormatARB = [](HDC, const int*, const FLOAT*, UINT, int* formats,
                                          UINT* count) -> BOOL {

@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace qrntest {
@@ -34,15 +35,7 @@ std::wstring widen(const GLubyte* text) {
     return std::wstring(s.begin(), s.end());
 }
 
-struct Rgb {
-    int r, g, b;
-    friend bool operator==(const Rgb& x, const Rgb& y) {
-        return x.r == y.r && x.g == y.g && x.b == y.b;
-    }
-};
-std::ostream& operator<<(std::ostream& os, const Rgb& c) {
-    return os << "(" << c.r << ", " << c.g << ", " << c.b << ")";
-}
+using Rgb = std::tuple<int, int, int>;
 
 class RCWindowGLXTest : public ::testing::Test {
 protected:
@@ -107,6 +100,11 @@ protected:
         return c;
     }
 
+    static GLint get(GLenum what) {
+        GLint value = -1;
+        glGetIntegerv(what, &value);
+        return value;
+    }
     static Rgb read(int x, int y) {
         unsigned char c[3] = {};
         glPixelStorei(GL_PACK_ALIGNMENT, 1);
@@ -158,20 +156,12 @@ TEST_F(RCWindowGLXTest, HostWindowGetsAMultisampledContextThatDrawsAndPresents) 
                            info + Lines{L"RCWindow: ARB pixel format selected"} + templateDump() +
                            Lines{L"RCWindow:opengl context created"};
     EXPECT_EQ(log.take(), expected);
-    GLint sampleBuffers = 0, samples = 0, depth = 0, stencil = 0, alpha = 0;
-    GLboolean doubleBuffer = GL_FALSE;
-    glGetIntegerv(GL_SAMPLE_BUFFERS, &sampleBuffers);
-    glGetIntegerv(GL_SAMPLES, &samples);
-    glGetIntegerv(GL_DEPTH_BITS, &depth);
-    glGetIntegerv(GL_STENCIL_BITS, &stencil);
-    glGetIntegerv(GL_ALPHA_BITS, &alpha);
-    glGetBooleanv(GL_DOUBLEBUFFER, &doubleBuffer);
-    EXPECT_EQ(sampleBuffers, 1);
-    EXPECT_EQ(samples, 4);
-    EXPECT_GE(depth, 16);
-    EXPECT_GE(stencil, 2);
-    EXPECT_GE(alpha, 8);
-    EXPECT_TRUE(doubleBuffer);
+    EXPECT_EQ(get(GL_SAMPLE_BUFFERS), 1);
+    EXPECT_EQ(get(GL_SAMPLES), 4);
+    EXPECT_GE(get(GL_DEPTH_BITS), 16);
+    EXPECT_GE(get(GL_STENCIL_BITS), 2);
+    EXPECT_GE(get(GL_ALPHA_BITS), 8);
+    EXPECT_EQ(get(GL_DOUBLEBUFFER), 1);
 
     drawFrame();
     EXPECT_EQ(read(1, 1), (Rgb{255, 0, 0}));
@@ -283,13 +273,9 @@ TEST_F(RCWindowGLXTest, HelperContextDrawsOnAnUnmappedWindowAndReleasesOnDeactiv
     EXPECT_EQ(glXGetCurrentContext(), reinterpret_cast<GLXContext>(temp.currentGLRC()));
 
     // The classic template: double-buffered, no multisampling.
-    GLint sampleBuffers = -1, depth = 0, stencil = 0;
-    glGetIntegerv(GL_SAMPLE_BUFFERS, &sampleBuffers);
-    glGetIntegerv(GL_DEPTH_BITS, &depth);
-    glGetIntegerv(GL_STENCIL_BITS, &stencil);
-    EXPECT_EQ(sampleBuffers, 0);
-    EXPECT_GE(depth, 16);
-    EXPECT_GE(stencil, 2);
+    EXPECT_EQ(get(GL_SAMPLE_BUFFERS), 0);
+    EXPECT_GE(get(GL_DEPTH_BITS), 16);
+    EXPECT_GE(get(GL_STENCIL_BITS), 2);
     glClearColor(0, 1, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT);
     EXPECT_EQ(read(2, 2), (Rgb{0, 255, 0}));

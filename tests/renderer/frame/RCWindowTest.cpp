@@ -82,55 +82,26 @@ TEST_F(RCWindowTest, HostWindowGetsAMultisampledContextThatDrawsAndStaysCurrent)
     // The driver has both ARB extensions: the 4-sample format is chosen by the ARB call.
     EXPECT_EQ(log.take(), glewLines() + Lines{L"RCWindow: ARB pixel format selected"} +
                               templateDump() + Lines{L"RCWindow:opengl context created"});
-    const std::vector<int> attributes = {WGL_DRAW_TO_WINDOW_ARB,
-                                         1,
-                                         WGL_SUPPORT_OPENGL_ARB,
-                                         1,
-                                         WGL_ACCELERATION_ARB,
-                                         WGL_FULL_ACCELERATION_ARB,
-                                         WGL_COLOR_BITS_ARB,
-                                         24,
-                                         WGL_ALPHA_BITS_ARB,
-                                         8,
-                                         WGL_DEPTH_BITS_ARB,
-                                         16,
-                                         WGL_STENCIL_BITS_ARB,
-                                         2,
-                                         WGL_DOUBLE_BUFFER_ARB,
-                                         1,
-                                         WGL_PIXEL_TYPE_ARB,
-                                         WGL_TYPE_RGBA_ARB,
-                                         WGL_SAMPLE_BUFFERS_ARB,
-                                         1,
-                                         WGL_SAMPLES_ARB,
-                                         4,
-                                         0,
-                                         0};
+    // clang-format off
+    const std::vector<int> attributes = {
+        WGL_DRAW_TO_WINDOW_ARB, 1, WGL_SUPPORT_OPENGL_ARB, 1, WGL_ACCELERATION_ARB,
+        WGL_FULL_ACCELERATION_ARB, WGL_COLOR_BITS_ARB, 24, WGL_ALPHA_BITS_ARB, 8,
+        WGL_DEPTH_BITS_ARB, 16, WGL_STENCIL_BITS_ARB, 2, WGL_DOUBLE_BUFFER_ARB, 1,
+        WGL_PIXEL_TYPE_ARB, WGL_TYPE_RGBA_ARB, WGL_SAMPLE_BUFFERS_ARB, 1, WGL_SAMPLES_ARB, 4,
+        0, 0};
+    // clang-format on
     EXPECT_EQ(wglRecord().arbAttributes, attributes);
     EXPECT_EQ(wglRecord().arbFloats, (std::vector<float>{0, 0}));
     EXPECT_EQ(wglRecord().arbMaxFormats, 1u);
     // The helper context loads GLEW, is torn down, then the window gets its format.
-    EXPECT_EQ(wgl.take(), (std::vector<std::string>{"GetModuleHandleW",
-                                                    "CreateWindowExW",
-                                                    "GetDC",
-                                                    "ChoosePixelFormat",
-                                                    "SetPixelFormat",
-                                                    "wglCreateContext",
-                                                    "wglMakeCurrent",
-                                                    "wglMakeCurrent",
-                                                    "glewInit",
-                                                    "SwapBuffers",
-                                                    "wglMakeCurrent(null)",
-                                                    "wglMakeCurrent(null)",
-                                                    "wglDeleteContext",
-                                                    "ReleaseDC",
-                                                    "DestroyWindow",
-                                                    "GetDC",
-                                                    "wglChoosePixelFormatARB",
-                                                    "SetPixelFormat",
-                                                    "wglCreateContext",
-                                                    "wglMakeCurrent",
-                                                    "wglMakeCurrent"}));
+    // clang-format off
+    EXPECT_EQ(wgl.take(), (std::vector<std::string>{"GetModuleHandleW", "CreateWindowExW",
+        "GetDC", "ChoosePixelFormat", "SetPixelFormat", "wglCreateContext", "wglMakeCurrent",
+        "wglMakeCurrent", "glewInit", "SwapBuffers", "wglMakeCurrent(null)",
+        "wglMakeCurrent(null)", "wglDeleteContext", "ReleaseDC", "DestroyWindow", "GetDC",
+        "wglChoosePixelFormatARB", "SetPixelFormat", "wglCreateContext", "wglMakeCurrent",
+        "wglMakeCurrent"}));
+    // clang-format on
     EXPECT_EQ(wglRecord().window.width, 0);
     EXPECT_EQ(wglRecord().window.height, 0);
 
