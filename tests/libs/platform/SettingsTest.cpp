@@ -7,6 +7,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
+#include <optional>
 #include <sstream>
 
 #ifdef _WIN32
@@ -68,6 +69,15 @@ protected:
     std::wstring m_app;
 };
 
+// The value read, or nothing when it reads as missing; a failed read leaves the value alone.
+std::optional<unsigned int> read(const Settings& settings, const std::wstring& name) {
+    unsigned int value = 0xDEADBEEFu;
+    if (settings.readDword(name, value))
+        return value;
+    EXPECT_EQ(value, 0xDEADBEEFu) << "a failed read changed the value";
+    return std::nullopt;
+}
+
 } // namespace
 
 TEST_F(SettingsTest, KeyFollowsTheRegistryLayout) {
@@ -78,31 +88,18 @@ TEST_F(SettingsTest, KeyFollowsTheRegistryLayout) {
 
 TEST_F(SettingsTest, ValuesRoundTripAndOverwrite) {
     Settings tools = settings(L"Settings\\Tools");
-    unsigned int value = 42;
-    EXPECT_FALSE(tools.readDword(L"Operation", value));
-    EXPECT_EQ(value, 42u);
-
-    ASSERT_TRUE(tools.writeDword(L"Operation", 3));
-    ASSERT_TRUE(tools.writeDword(L"Largest", 0xFFFFFFFFu));
-    ASSERT_TRUE(tools.writeDword(L"Zero", 0));
-    ASSERT_TRUE(tools.writeDword(L"L\u00e4nge", 12));
-    EXPECT_TRUE(tools.readDword(L"Operation", value));
-    EXPECT_EQ(value, 3u);
-    EXPECT_TRUE(tools.readDword(L"Largest", value));
-    EXPECT_EQ(value, 0xFFFFFFFFu);
-    EXPECT_TRUE(tools.readDword(L"Zero", value));
-    EXPECT_EQ(value, 0u);
-    EXPECT_TRUE(tools.readDword(L"L\u00e4nge", value));
-    EXPECT_EQ(value, 12u);
-
-    // A second object on the same key sees the stored values, not a cache.
+    EXPECT_FALSE(read(tools, L"Operation"));
+    const std::pair<const wchar_t*, unsigned int> values[] = {
+        {L"Operation", 3}, {L"Largest", 0xFFFFFFFFu}, {L"Zero", 0}, {L"L\u00e4nge", 12}};
+    for (const auto& v : values)
+        ASSERT_TRUE(tools.writeDword(v.first, v.second));
+    for (const auto& v : values)
+        EXPECT_EQ(read(tools, v.first), v.second);
+    // A second object on the same key sees the stored values, not a cache; names ignore case.
     ASSERT_TRUE(settings(L"Settings\\Tools").writeDword(L"Operation", 7));
-    EXPECT_TRUE(tools.readDword(L"Operation", value));
-    EXPECT_EQ(value, 7u);
-    // Names compare without regard to case, as in the registry.
+    EXPECT_EQ(read(tools, L"Operation"), 7u);
     ASSERT_TRUE(tools.writeDword(L"OPERATION", 8));
-    EXPECT_TRUE(tools.readDword(L"operation", value));
-    EXPECT_EQ(value, 8u);
+    EXPECT_EQ(read(tools, L"operation"), 8u);
 }
 
 TEST_F(SettingsTest, SubKeysAndApplicationsAreKeptApart) {
@@ -110,19 +107,15 @@ TEST_F(SettingsTest, SubKeysAndApplicationsAreKeptApart) {
     Settings measurement = settings(L"Settings\\Measurement");
     ASSERT_TRUE(tools.writeDword(L"Operation", 1));
     ASSERT_TRUE(measurement.writeDword(L"Operation", 2));
-    unsigned int value = 0;
-    EXPECT_TRUE(tools.readDword(L"Operation", value));
-    EXPECT_EQ(value, 1u);
-    EXPECT_TRUE(measurement.readDword(L"Operation", value));
-    EXPECT_EQ(value, 2u);
-    EXPECT_FALSE(settings(L"Settings").readDword(L"Operation", value));
-    EXPECT_FALSE(Settings(L"Settings\\Tools", m_app + L"-other").readDword(L"Operation", value));
+    EXPECT_EQ(read(tools, L"Operation"), 1u);
+    EXPECT_EQ(read(measurement, L"Operation"), 2u);
+    EXPECT_FALSE(read(settings(L"Settings"), L"Operation"));
+    EXPECT_FALSE(read(Settings(L"Settings\\Tools", m_app + L"-other"), L"Operation"));
 
     EXPECT_TRUE(tools.removeValue(L"Operation"));
-    EXPECT_FALSE(tools.readDword(L"Operation", value));
+    EXPECT_FALSE(read(tools, L"Operation"));
     EXPECT_FALSE(tools.removeValue(L"Operation"));
-    EXPECT_TRUE(measurement.readDword(L"Operation", value));
-    EXPECT_EQ(value, 2u);
+    EXPECT_EQ(read(measurement, L"Operation"), 2u);
     EXPECT_FALSE(settings(L"Settings\\Missing").removeValue(L"Operation"));
 }
 
@@ -137,7 +130,6 @@ TEST_F(SettingsTest, ReadingCanCreateTheKey) {
     EXPECT_EQ(value, 9u);
     EXPECT_EQ(tools.readDwordCreatingKey(L"Other", value), Settings::VALUE_MISSING);
     EXPECT_EQ(value, 9u);
-    EXPECT_FALSE(settings(L"Settings").readDword(L"Operation", value));
 #ifdef _WIN32
     HKEY key = nullptr;
     const std::wstring created = settings(L"Settings\\Created").keyPath();
@@ -186,19 +178,14 @@ TEST_F(SettingsTest, OnlyDwordValuesAreRead) {
               ERROR_SUCCESS);
     const wchar_t text[] = L"3";
     const unsigned long long wide = 4;
-    const unsigned char bytes[4] = {1, 0, 0, 0};
+    const unsigned char bytes[4] = {1};
     ::RegSetValueExW(key, L"Text", 0, REG_SZ, reinterpret_cast<const BYTE*>(text), sizeof text);
     ::RegSetValueExW(key, L"Wide", 0, REG_QWORD, reinterpret_cast<const BYTE*>(&wide), sizeof wide);
     ::RegSetValueExW(key, L"Bytes", 0, REG_BINARY, bytes, sizeof bytes);
     ::RegCloseKey(key);
-
-    unsigned int value = 99;
-    EXPECT_FALSE(tools.readDword(L"Text", value));
-    EXPECT_FALSE(tools.readDword(L"Wide", value));
-    EXPECT_FALSE(tools.readDword(L"Bytes", value));
-    EXPECT_EQ(value, 99u);
-    EXPECT_TRUE(tools.readDword(L"Operation", value));
-    EXPECT_EQ(value, 5u);
+    for (const wchar_t* name : {L"Text", L"Wide", L"Bytes"})
+        EXPECT_FALSE(read(tools, name));
+    EXPECT_EQ(read(tools, L"Operation"), 5u);
 }
 
 #else
@@ -209,12 +196,8 @@ TEST_F(SettingsTest, FileHoldsSectionsNamedBySubKey) {
     EXPECT_EQ(settings(L"Settings\\Tools").location(),
               qrnplatform::Text::fromUtf8(file().u8string()) + L" [Settings\\Tools]");
     // Written by replacing the file whole: no temporary file is left beside it.
-    std::size_t entries = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(file().parent_path())) {
+    for (const auto& entry : std::filesystem::directory_iterator(file().parent_path()))
         EXPECT_EQ(entry.path().filename(), "settings.ini");
-        ++entries;
-    }
-    EXPECT_EQ(entries, 1u);
 }
 
 TEST_F(SettingsTest, ValuesThatAreNotNumbersReadAsMissing) {
@@ -223,65 +206,32 @@ TEST_F(SettingsTest, ValuesThatAreNotNumbersReadAsMissing) {
               "Wraps=18446744073709551617\nLargest=4294967295\nSpaced = 7 \r\n"
               "LeadingZeros=0000000000007\n");
     Settings tools = settings(L"Settings\\Tools");
-    unsigned int value = 99;
     for (const wchar_t* name :
          {L"Word", L"Negative", L"TooLarge", L"Hex", L"Empty", L"Mixed", L"Wraps"})
-        EXPECT_FALSE(tools.readDword(name, value)) << qrnplatform::Text::toUtf8(name);
-    EXPECT_EQ(value, 99u);
-    EXPECT_TRUE(tools.readDword(L"Largest", value));
-    EXPECT_EQ(value, 4294967295u);
-    EXPECT_TRUE(tools.readDword(L"Spaced", value));
-    EXPECT_EQ(value, 7u);
-    EXPECT_TRUE(tools.readDword(L"LeadingZeros", value));
-    EXPECT_EQ(value, 7u);
+        EXPECT_FALSE(read(tools, name)) << qrnplatform::Text::toUtf8(name);
+    EXPECT_EQ(read(tools, L"Largest"), 4294967295u);
+    EXPECT_EQ(read(tools, L"Spaced"), 7u);
+    EXPECT_EQ(read(tools, L"LeadingZeros"), 7u);
 }
 
-TEST_F(SettingsTest, WritingKeepsEverythingElse) {
-    writeFile("; edited by hand\n"
-              "Top=1\n"
-              "\n"
-              "[Settings\\Measurement]\n"
-              "Unit=2\n"
-              "# a comment\n"
-              "Mode = 5\n"
-              "\n"
-              "[Settings\\Tools]\n"
-              "Operation=1\n"
-              "Snap=abc\n"
-              "[Other]\n"
-              "Operation=9\n");
+TEST_F(SettingsTest, WritingKeepsEverythingElseAndThePermissions) {
+    writeFile("; edited by hand\nTop=1\n\n"
+              "[Settings\\Measurement]\nUnit=2\n# a comment\nMode = 5\n\n"
+              "[Settings\\Tools]\nOperation=1\nSnap=abc\n"
+              "[Other]\nOperation=9\n");
+    namespace fs = std::filesystem;
+    fs::permissions(file(), fs::perms::owner_read | fs::perms::owner_write);
     ASSERT_TRUE(settings(L"Settings\\Tools").writeDword(L"Operation", 4));
     ASSERT_TRUE(settings(L"Settings\\Tools").writeDword(L"Grid", 10));
     ASSERT_TRUE(settings(L"Settings\\Measurement").writeDword(L"Extra", 6));
     ASSERT_TRUE(settings(L"Settings\\View").writeDword(L"Mode", 2));
     ASSERT_TRUE(settings(L"Other").removeValue(L"Operation"));
-    EXPECT_EQ(fileText(), "; edited by hand\n"
-                          "Top=1\n"
-                          "\n"
-                          "[Settings\\Measurement]\n"
-                          "Unit=2\n"
-                          "# a comment\n"
-                          "Mode = 5\n"
-                          "Extra=6\n"
-                          "\n"
-                          "[Settings\\Tools]\n"
-                          "Operation=4\n"
-                          "Snap=abc\n"
-                          "Grid=10\n"
-                          "[Other]\n"
-                          "\n"
-                          "[Settings\\View]\n"
-                          "Mode=2\n");
-    unsigned int value = 0;
-    EXPECT_TRUE(settings(L"Settings\\Measurement").readDword(L"Mode", value));
-    EXPECT_EQ(value, 5u);
-}
-
-TEST_F(SettingsTest, KeepsTheFilePermissions) {
-    writeFile("[Settings\\Tools]\nOperation=1\n");
-    namespace fs = std::filesystem;
-    fs::permissions(file(), fs::perms::owner_read | fs::perms::owner_write);
-    ASSERT_TRUE(settings(L"Settings\\Tools").writeDword(L"Operation", 2));
+    EXPECT_EQ(fileText(), "; edited by hand\nTop=1\n\n"
+                          "[Settings\\Measurement]\nUnit=2\n# a comment\nMode = 5\nExtra=6\n\n"
+                          "[Settings\\Tools]\nOperation=4\nSnap=abc\nGrid=10\n"
+                          "[Other]\n\n"
+                          "[Settings\\View]\nMode=2\n");
+    EXPECT_EQ(read(settings(L"Settings\\Measurement"), L"Mode"), 5u);
     EXPECT_EQ(fs::status(file()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
@@ -297,20 +247,16 @@ TEST_F(SettingsTest, FallsBackToHomeAndFailsWithoutAFolder) {
 
     // A configuration folder that is a file cannot hold settings.
     const std::wstring blocker = *m_config / L"blocker";
-    std::FILE* out = qrnplatform::File::open(blocker, "wb");
-    ASSERT_NE(out, nullptr);
-    std::fclose(out);
+    std::ofstream(platformtest::fsPath(blocker)) << "x";
     ASSERT_TRUE(Environment::setVariable(L"XDG_CONFIG_HOME", blocker));
-    unsigned int value = 0;
     EXPECT_FALSE(settings(L"Settings\\Tools").writeDword(L"Operation", 3));
-    EXPECT_FALSE(settings(L"Settings\\Tools").readDword(L"Operation", value));
+    EXPECT_FALSE(read(settings(L"Settings\\Tools"), L"Operation"));
 }
 
 TEST_F(SettingsTest, RefusesNamesTheFileCannotHold) {
     Settings tools = settings(L"Settings\\Tools");
-    EXPECT_FALSE(tools.writeDword(L"a=b", 1));
-    EXPECT_FALSE(tools.writeDword(L"line\nbreak", 1));
-    EXPECT_FALSE(tools.writeDword(L"", 1));
+    for (const wchar_t* name : {L"a=b", L"line\nbreak", L""})
+        EXPECT_FALSE(tools.writeDword(name, 1));
     EXPECT_FALSE(settings(L"Bad]Section").writeDword(L"Operation", 1));
     EXPECT_FALSE(std::filesystem::exists(file()));
 }

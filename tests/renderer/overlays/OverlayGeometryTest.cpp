@@ -29,6 +29,10 @@ Rect bounds(const std::vector<qrnmath::Vec3>& points) {
     return box;
 }
 
+std::vector<float> corners(const Rect& r) {
+    return {r.l, r.b, r.r, r.t};
+}
+
 // The pixel columns (or rows) whose centres lie on the segment from a to b.
 std::pair<int, int> pixelSpan(float a, float b) {
     float lo = std::min(a, b), hi = std::max(a, b);
@@ -55,13 +59,8 @@ TEST(ZoomboxUtilsTest, BoxCoversBothCornerPixelsWithTheOriginAtTheBottom) {
         ZoomboxUtils::createGeometry(drag[0], drag[1], drag[2], drag[3], mesh, outline, h);
 
         ASSERT_EQ(mesh.vertices.size(), 4u);
-        ASSERT_EQ(mesh.normals.size(), 4u);
         ASSERT_EQ(mesh.triangleCount(), 2u);
-        Rect box = bounds(mesh.vertices);
-        EXPECT_EQ(box.l, expected.l);
-        EXPECT_EQ(box.b, expected.b);
-        EXPECT_EQ(box.r, expected.r);
-        EXPECT_EQ(box.t, expected.t);
+        EXPECT_EQ(corners(bounds(mesh.vertices)), corners(expected));
         // Both triangles face the viewer (counter-clockwise, normals +z) and tile the box.
         float area = 0.0f;
         for (std::size_t i = 0; i < mesh.indices.size(); i += 3) {
@@ -73,18 +72,13 @@ TEST(ZoomboxUtilsTest, BoxCoversBothCornerPixelsWithTheOriginAtTheBottom) {
             area += twice / 2.0f;
         }
         EXPECT_EQ(area, 31.0f * 21.0f);
-        for (const auto& n : mesh.normals)
-            EXPECT_EQ(n, qrnmath::Vec3(0.0f, 0.0f, 1.0f));
+        EXPECT_EQ(mesh.normals, std::vector<qrnmath::Vec3>(4, qrnmath::Vec3(0.0f, 0.0f, 1.0f)));
 
         // Four full-length sides, one pixel inside the box's edges, so that a two-pixel line
         // covers the outer two rings and no pixel outside.
         ASSERT_EQ(outline.stripCount(), 4u);
         ASSERT_EQ(outline.points.size(), 8u);
-        Rect frame = bounds(outline.points);
-        EXPECT_EQ(frame.l, expected.l);
-        EXPECT_EQ(frame.r, expected.r);
-        EXPECT_EQ(frame.b, expected.b);
-        EXPECT_EQ(frame.t, expected.t);
+        EXPECT_EQ(corners(bounds(outline.points)), corners(expected));
         std::vector<float> insetX, insetY;
         for (std::size_t i = 0; i < 4; ++i) {
             auto s = segment(outline, i);
@@ -107,11 +101,7 @@ TEST(ZoomboxUtilsTest, BoxCoversBothCornerPixelsWithTheOriginAtTheBottom) {
     qrnsg::Mesh mesh;
     qrnsg::Polyline outline;
     ZoomboxUtils::createGeometry(0, 59, 0, 59, mesh, outline, h);
-    Rect box = bounds(mesh.vertices);
-    EXPECT_EQ(box.l, 0.0f);
-    EXPECT_EQ(box.b, 0.0f);
-    EXPECT_EQ(box.r, 1.0f);
-    EXPECT_EQ(box.t, 1.0f);
+    EXPECT_EQ(corners(bounds(mesh.vertices)), (std::vector<float>{0.0f, 0.0f, 1.0f, 1.0f}));
 }
 
 TEST(CrossHairUtilsTest, FourArmsAroundTheCentrePixel) {
@@ -170,12 +160,8 @@ TEST(OverlayRenderersTest, MaterialsOrderAndFigures) {
     EXPECT_EQ(cross.figure(), a);
     cross.reset(b);
     EXPECT_EQ(cross.figure(), b);
-    qrngl::CrossHairRenderer copy(cross);
-    EXPECT_EQ(copy.figure(), b);
     cross.reset(nullptr);
     EXPECT_FALSE(cross.figure());
-    copy = cross;
-    EXPECT_FALSE(copy.figure());
 
     qrngl::ZoomboxRenderer box;
     struct Plain : qrngl::IPostRenderer {
@@ -191,16 +177,13 @@ TEST(OverlayRenderersTest, MaterialsOrderAndFigures) {
     EXPECT_EQ(fill.emission, qrnsg::MMaterial().emission);
     EXPECT_EQ(box.outlineMaterial().color, qrnmath::Vec4(0.6f, 0.5f, 0.4f, 1.0f));
     EXPECT_EQ(box.outlineMaterial().width, 2.0f);
-    EXPECT_FALSE(box.outlineMaterial().stipple);
 
     box.set(a, b);
     EXPECT_EQ(box.fill(), a);
     EXPECT_EQ(box.outline(), b);
-    qrngl::ZoomboxRenderer kept(box);
     box.resetBox();
     EXPECT_FALSE(box.fill());
     EXPECT_FALSE(box.outline());
-    EXPECT_EQ(kept.outline(), b);
 }
 
 } // namespace

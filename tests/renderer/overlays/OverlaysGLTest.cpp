@@ -96,30 +96,15 @@ TEST_F(OverlaysGLTest, ZoomboxCoversExactlyTheDraggedPixels) {
     drag(10, 10, 40, 30);
     paint();
 
-    // The outline: two-pixel rings on the border, corners included.
-    for (auto p : {std::pair<int, int>{10, 10},
-                   {40, 10},
-                   {10, 30},
-                   {40, 30},
-                   {10, 20},
-                   {11, 20},
-                   {40, 20},
-                   {39, 20},
-                   {25, 10},
-                   {25, 11},
-                   {25, 30},
-                   {25, 29}})
-        EXPECT_EQ(pixel(p.first, p.second), kOutline) << p.first << "," << p.second;
-    // Nothing outside the dragged pixels.
-    for (auto p : {std::pair<int, int>{9, 20},
-                   {41, 20},
-                   {25, 9},
-                   {25, 31},
-                   {9, 9},
-                   {41, 31},
-                   {9, 31},
-                   {41, 9}})
-        EXPECT_EQ(pixel(p.first, p.second), kGrey) << p.first << "," << p.second;
+    // The outline: two-pixel rings on the border, corners included; nothing outside.
+    const int ring[][2] = {{10, 10}, {40, 10}, {10, 30}, {40, 30}, {10, 20}, {11, 20},
+                           {40, 20}, {39, 20}, {25, 10}, {25, 11}, {25, 30}, {25, 29}};
+    for (const auto& p : ring)
+        EXPECT_EQ(pixel(p[0], p[1]), kOutline) << p[0] << "," << p[1];
+    const int outside[][2] = {{9, 20}, {41, 20}, {25, 9}, {25, 31},
+                              {9, 9},  {41, 31}, {9, 31}, {41, 9}};
+    for (const auto& p : outside)
+        EXPECT_EQ(pixel(p[0], p[1]), kGrey) << p[0] << "," << p[1];
     // Inside, the grey shows through a dark translucent fill: neither grey nor opaque dark.
     Rgba fill = pixel(25, 20);
     EXPECT_EQ(fill.r, fill.g);
@@ -148,18 +133,15 @@ TEST_F(OverlaysGLTest, ZoomboxCoversExactlyTheDraggedPixels) {
 
 TEST_F(OverlaysGLTest, ZoomboxDrawsOnlyWithBothRenderers) {
     doc.renderer->addPostRenderer(zoombox);
-    qrnsg::Mesh mesh;
-    qrnsg::Polyline outline;
-    qrnglutils::ZoomboxUtils::createGeometry(10, 10, 40, 30, mesh, outline);
-    auto fill = std::make_shared<qrnglutils::MeshRenderer>(mesh);
-    auto line = std::make_shared<qrnglutils::PolylineRenderer>(outline);
+    drag(10, 10, 40, 30);
+    const auto fill = zoombox->fill(), line = zoombox->outline();
 
     zoombox->set(fill, nullptr);
     paint();
-    EXPECT_EQ(countPixels(kGrey, 0), pixelCount()) << "fill without outline";
+    EXPECT_EQ(countPixels(kGrey, 0), pixelCount());
     zoombox->set(nullptr, line);
     paint();
-    EXPECT_EQ(countPixels(kGrey, 0), pixelCount()) << "outline without fill";
+    EXPECT_EQ(countPixels(kGrey, 0), pixelCount());
     zoombox->set(fill, line);
     paint();
     EXPECT_EQ(countPixels(kGrey, 0), pixelCount() - 31u * 21u);
@@ -241,41 +223,7 @@ TEST_F(OverlaysGLTest, OverlaysDrawOverTheSceneInTheirOrder) {
     EXPECT_NO_GL_ERROR();
 }
 
-TEST_F(OverlaysGLTest, CrossHairLeavesDepthOnBlendOffAndTheMatrices) {
-    GLStateSeen before, after;
-    auto messUp = std::make_shared<HookPostRenderer>(300, [&before] {
-        glDisable(GL_DEPTH_TEST);
-        glEnable(GL_BLEND);
-        glMatrixMode(GL_PROJECTION);
-        glLoadMatrixf(qrnmath::MatrixUtils::scaling(qrnmath::Vec3(0.5f, 0.5f, 0.5f)).data());
-        glMatrixMode(GL_MODELVIEW);
-        glLoadMatrixf(qrnmath::MatrixUtils::scaling(qrnmath::Vec3(2.0f, 2.0f, 2.0f)).data());
-        before.take();
-    });
-    auto look = std::make_shared<HookPostRenderer>(600, [&after] { after.take(); });
-    doc.renderer->addPostRenderer(messUp);
-    doc.renderer->addPostRenderer(crossHair);
-    doc.renderer->addPostRenderer(look);
-
-    // Without a figure the cross-hair touches nothing.
-    paint();
-    EXPECT_FALSE(after.depth);
-    EXPECT_TRUE(after.blend);
-
-    crossHair->set(crossHairAt(30, 20));
-    paint();
-    EXPECT_EQ(pixel(30 + CrossHairUtils::GAP, 20), kBlack);
-    EXPECT_TRUE(after.depth);
-    EXPECT_FALSE(after.blend);
-    EXPECT_EQ(after.mode, GL_MODELVIEW);
-    EXPECT_EQ(after.modelviewDepth, before.modelviewDepth);
-    EXPECT_EQ(after.projectionDepth, before.projectionDepth);
-    EXPECT_EQ(after.projection, before.projection);
-    EXPECT_EQ(after.modelview, before.modelview);
-    EXPECT_NO_GL_ERROR();
-}
-
-TEST_F(OverlaysGLTest, ZoomboxLeavesLightingOffAndTheModelViewStackSelected) {
+TEST_F(OverlaysGLTest, OverlaysLeaveDepthOnBlendOffAndTheModelViewSelected) {
     GLStateSeen before, after;
     auto messUp = std::make_shared<HookPostRenderer>(-2, [&before] {
         glDisable(GL_DEPTH_TEST);
@@ -287,25 +235,40 @@ TEST_F(OverlaysGLTest, ZoomboxLeavesLightingOffAndTheModelViewStackSelected) {
         glLoadMatrixf(qrnmath::MatrixUtils::scaling(qrnmath::Vec3(0.5f, 0.5f, 0.5f)).data());
         before.take(); // the projection stack is left selected
     });
-    auto look = std::make_shared<HookPostRenderer>(static_cast<short>(zoombox->order() + 1),
-                                                   [&after] { after.take(); });
-    doc.renderer->addPostRenderer(messUp);
-    doc.renderer->addPostRenderer(zoombox);
-    doc.renderer->addPostRenderer(look);
-
+    auto look = std::make_shared<HookPostRenderer>(600, [&after] { after.take(); });
+    crossHair->set(crossHairAt(30, 20));
     drag(10, 10, 40, 30);
+    for (std::shared_ptr<qrngl::IPostRenderer> overlay :
+         {std::shared_ptr<qrngl::IPostRenderer>(crossHair), {zoombox}}) {
+        doc.renderer->postRenderers.clear();
+        doc.renderer->addPostRenderer(messUp);
+        doc.renderer->addPostRenderer(overlay);
+        doc.renderer->addPostRenderer(look);
+        paint();
+        SCOPED_TRACE(overlay->order());
+        const bool cross = overlay == crossHair;
+        EXPECT_EQ(cross ? pixel(30 + CrossHairUtils::GAP, 20) : pixel(10, 10),
+                  cross ? kBlack : kOutline);
+        EXPECT_EQ(before.mode, GL_PROJECTION);
+        EXPECT_TRUE(before.lighting);
+        EXPECT_EQ(after.lighting, cross) << "the zoom box's fill switches lighting off";
+        EXPECT_TRUE(after.depth);
+        EXPECT_FALSE(after.blend);
+        EXPECT_EQ(after.mode, GL_MODELVIEW);
+        EXPECT_EQ(after.modelviewDepth, before.modelviewDepth);
+        EXPECT_EQ(after.projectionDepth, before.projectionDepth);
+        EXPECT_EQ(after.projection, before.projection);
+        EXPECT_EQ(after.modelview, before.modelview);
+    }
+    // Without a figure the cross-hair touches nothing.
+    crossHair->set(nullptr);
+    doc.renderer->postRenderers.clear();
+    doc.renderer->addPostRenderer(messUp);
+    doc.renderer->addPostRenderer(crossHair);
+    doc.renderer->addPostRenderer(look);
     paint();
-    EXPECT_EQ(pixel(10, 10), kOutline);
-    EXPECT_EQ(before.mode, GL_PROJECTION);
-    EXPECT_TRUE(before.lighting);
-    EXPECT_FALSE(after.lighting);
-    EXPECT_TRUE(after.depth);
-    EXPECT_FALSE(after.blend);
-    EXPECT_EQ(after.mode, GL_MODELVIEW);
-    EXPECT_EQ(after.modelviewDepth, before.modelviewDepth);
-    EXPECT_EQ(after.projectionDepth, before.projectionDepth);
-    EXPECT_EQ(after.projection, before.projection);
-    EXPECT_EQ(after.modelview, before.modelview);
+    EXPECT_FALSE(after.depth);
+    EXPECT_TRUE(after.blend);
     EXPECT_NO_GL_ERROR();
 }
 
