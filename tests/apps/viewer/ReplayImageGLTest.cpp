@@ -1,7 +1,5 @@
-// Recorded input played through the viewer's event routing on the demo assembly: each mouse
-// convention's own drags turn, pan and zoom the model as they say and give the picture of
-// their baseline, the same log under another convention moves the camera otherwise, and the
-// viewer's keys animate, undo and spin on the timers the event loop drives.
+// Recorded input replayed through the viewer's event routing on the demo assembly: each mouse
+// convention's drags turn, pan and zoom as named and match their baseline; keys animate.
 #include "ImageBaseline.h"
 
 #include "qrngl/CameraHelper.h"
@@ -32,12 +30,6 @@ using qrnviewer::InputEvent;
 constexpr unsigned int kWidth = 320, kHeight = 240;
 enum : unsigned int { VK_ESCAPE = 27, VK_SHIFT = 0x10, VK_CONTROL = 0x11, VK_F4 = 0x73 };
 
-unsigned int bit(MouseButton b) {
-    return b == qrngl::LEFT     ? qrngl::KEY_LBUTTON
-           : b == qrngl::MIDDLE ? qrngl::KEY_MBUTTON
-                                : qrngl::KEY_RBUTTON;
-}
-
 // Writes an event log as a user's session would have made it, 20 ms between events.
 class LogWriter {
 public:
@@ -45,17 +37,10 @@ public:
         char line[128];
         std::snprintf(line, sizeof line, "%d %s %s 0x%02x %d %d 0 %u\n", m_time, kind, button,
                       flags, m_x, m_y, key);
-        m_text += line;
-        m_time += 20;
+        m_text += line, m_time += 20;
     }
-    void key(unsigned int vk) {
-        event("keydown", "-", 0, vk);
-        event("keyup", "-", 0, vk);
-    }
-    void wait(int ms) {
-        m_time += ms;
-        event("wait", "-", 0);
-    }
+    void key(unsigned int vk) { event("keydown", "-", 0, vk), event("keyup", "-", 0, vk); }
+    void wait(int ms) { m_time += ms, event("wait", "-", 0); }
     // Keys held around the drag, buttons held through it (pressed in order), buttons clicked
     // once those are down, then the motion in equal steps from the middle of the window.
     struct Gesture {
@@ -65,26 +50,24 @@ public:
     };
     void drag(const Gesture& g) {
         static const char* names[] = {"left", "middle", "right"};
-        m_x = kWidth / 2;
-        m_y = kHeight / 2;
+        static const unsigned int bit[] = {qrngl::KEY_LBUTTON, qrngl::KEY_MBUTTON,
+                                           qrngl::KEY_RBUTTON};
         unsigned int flags = 0;
+        m_x = kWidth / 2, m_y = kHeight / 2;
         for (unsigned int k : g.keys) {
             event("keydown", "-", flags, k);
             flags |= k == VK_SHIFT ? qrngl::KEY_SHIFT : k == VK_CONTROL ? qrngl::KEY_CONTROL : 0u;
         }
         for (MouseButton b : g.hold)
-            event("down", names[b], flags |= bit(b));
+            event("down", names[b], flags |= bit[b]);
         for (MouseButton b : g.click) {
-            event("down", names[b], flags | bit(b));
+            event("down", names[b], flags | bit[b]);
             event("up", names[b], flags);
         }
-        for (int i = 0; i < g.steps; ++i) {
-            m_x += g.dx;
-            m_y += g.dy;
-            event("move", "-", flags);
-        }
+        for (int i = 0; i < g.steps; ++i)
+            m_x += g.dx, m_y += g.dy, event("move", "-", flags);
         for (auto b = g.hold.rbegin(); b != g.hold.rend(); ++b)
-            event("up", names[*b], flags &= ~bit(*b));
+            event("up", names[*b], flags &= ~bit[*b]);
         for (unsigned int k : g.keys)
             event("keyup", "-", 0, k);
         wait(100);
@@ -93,7 +76,7 @@ public:
         std::istringstream in(m_text);
         std::vector<InputEvent> events;
         std::string error;
-        EXPECT_TRUE(qrnviewer::EventLog::parse(in, events, error)) << error << "\n" << m_text;
+        EXPECT_TRUE(qrnviewer::EventLog::parse(in, events, error)) << error;
         return events;
     }
 
@@ -109,8 +92,7 @@ struct Convention {
     int style;
     const char* name;
     Gesture rotate, pan, zoom;
-    // A convention under which this log moves the camera otherwise.
-    int foreign;
+    int foreign; // a convention under which this log moves the camera otherwise
 };
 
 // Each convention's own rotate, pan and zoom drags, in different directions so that every
@@ -150,26 +132,25 @@ void PrintTo(const Convention& c, std::ostream* os) {
 
 class ReplayTest : public ::testing::Test {
 protected:
-    static void SetUpTestSuite() {
-        s_model = std::make_unique<qrnviewer::ModelData>();
-        s_ok = qrnviewer::DemoAssembly::model(*s_model, s_error);
-    }
-    static void TearDownTestSuite() { s_model.reset(); }
-
-    // The demo as the viewer opens it, in a window of the test's size.
+    // The demo (made once) as the viewer opens it, in a window of the test's size.
     void SetUp() override {
-        ASSERT_TRUE(s_ok) << s_error;
+        static qrnviewer::ModelData model;
+        static std::string error;
+        static const bool ok = qrnviewer::DemoAssembly::model(model, error);
+        ASSERT_TRUE(ok) << error;
         for (unsigned int vk : {VK_SHIFT, VK_CONTROL, VK_F4}) // held by an earlier test's log
             qrnplatform::Input::setKeyDown(static_cast<int>(vk), false);
-        document = qrnviewer::DocumentBuilder::build(*s_model);
+        document = qrnviewer::DocumentBuilder::build(model);
         camera = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER)->camera;
         qrngl::CameraHelper::setViewport(kWidth, kHeight, camera);
-        qrnviewer::StandardView::apply("iso", s_model->bbox(), camera);
+        qrnviewer::StandardView::apply("iso", model.bbox(), camera);
         start = *camera;
     }
-    // Plays the log as qrnview --replay does. The left button pans, so that only F4 makes
-    // Inventor's left drag turn.
-    void play(const std::vector<InputEvent>& events, int style) {
+    // Plays the log as qrnview --replay does, on a fresh document. The left button pans, so that
+    // only F4 makes Inventor's left drag turn.
+    void play(const std::vector<InputEvent>& events, int style, bool fresh = true) {
+        if (fresh)
+            SetUp();
         document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER)->mouseStyle = style;
         router.reset(); // one router a document: it owns the renderer's notifier
         router = std::make_unique<qrnviewer::EventRouter>(document, nullptr, nullptr);
@@ -178,45 +159,33 @@ protected:
     }
     void play(const Gesture& g, int style) {
         LogWriter log;
-        log.drag(g);
-        play(log.events(), style);
+        play((log.drag(g), log.events()), style);
     }
 
-    static std::unique_ptr<qrnviewer::ModelData> s_model;
-    static bool s_ok;
-    static std::string s_error;
     std::shared_ptr<qrn::Document> document;
     std::shared_ptr<qrngl::Camera> camera;
     qrngl::Camera start;
     std::unique_ptr<qrnviewer::EventRouter> router;
 };
 
-std::unique_ptr<qrnviewer::ModelData> ReplayTest::s_model;
-bool ReplayTest::s_ok = false;
-std::string ReplayTest::s_error;
-
 class ReplayImageGLTest : public ReplayTest, public ::testing::WithParamInterface<Convention> {};
 
 TEST_P(ReplayImageGLTest, GesturesTurnPanAndZoomAsTheySay) {
     const Convention& c = GetParam();
     const float radius = start.sphereRadius();
-
-    play(c.rotate, c.style);
-    EXPECT_GT(angleBetween(camera->modelRotation(), start.modelRotation()), 10.0f) << "rotate";
-    EXPECT_FLOAT_EQ(camera->zoomFactor(), 1.0f) << "rotate";
-    SetUp();
-    play(c.pan, c.style);
-    EXPECT_LT(angleBetween(camera->modelRotation(), start.modelRotation()), 0.01f) << "pan";
-    EXPECT_FLOAT_EQ(camera->zoomFactor(), 1.0f) << "pan";
-    const qrnmath::Vec3 moved = camera->modelTranslation();
-    // The model follows the pointer: right is +x, down (window y) is -y in view space.
     auto sign = [&](float v) { return v > 0.01f * radius ? 1 : v < -0.01f * radius ? -1 : 0; };
-    EXPECT_EQ(sign(moved[0]), sign(float(c.pan.dx) * radius)) << "pan x " << moved[0];
-    EXPECT_EQ(sign(moved[1]), sign(-float(c.pan.dy) * radius)) << "pan y " << moved[1];
-    SetUp();
-    play(c.zoom, c.style);
-    EXPECT_LT(angleBetween(camera->modelRotation(), start.modelRotation()), 0.01f) << "zoom";
-    EXPECT_LT(camera->zoomFactor(), 0.9f) << "zoom";
+    for (const Gesture* g : {&c.rotate, &c.pan, &c.zoom}) {
+        play(*g, c.style);
+        const float turned = angleBetween(camera->modelRotation(), start.modelRotation());
+        const qrnmath::Vec3 moved = camera->modelTranslation();
+        EXPECT_TRUE(g == &c.rotate ? turned > 10.0f : turned < 0.01f) << turned;
+        EXPECT_TRUE(g == &c.zoom ? camera->zoomFactor() < 0.9f : camera->zoomFactor() == 1.0f)
+            << camera->zoomFactor();
+        // The model follows the pointer: right is +x, down (window y) is -y in view space.
+        EXPECT_TRUE(g != &c.pan || (sign(moved[0]) == sign(float(g->dx) * radius) &&
+                                    sign(moved[1]) == sign(-float(g->dy) * radius)))
+            << "pan " << moved[0] << " " << moved[1];
+    }
 }
 
 TEST_P(ReplayImageGLTest, LogGivesItsPictureAndDependsOnTheConvention) {
@@ -228,12 +197,10 @@ TEST_P(ReplayImageGLTest, LogGivesItsPictureAndDependsOnTheConvention) {
 
     play(events, c.foreign);
     const qrngl::Camera foreign = *camera;
-    SetUp();
     play(events, c.style);
-    const float radius = start.sphereRadius();
     const qrnmath::Vec3 d = camera->modelTranslation() - foreign.modelTranslation();
     const bool differs = angleBetween(camera->modelRotation(), foreign.modelRotation()) > 1.0f ||
-                         std::sqrt(d.lengthSquared()) > 0.01f * radius ||
+                         std::sqrt(d.lengthSquared()) > 0.01f * start.sphereRadius() ||
                          std::fabs(camera->zoomFactor() - foreign.zoomFactor()) > 0.01f;
     EXPECT_TRUE(differs) << c.name << " log under style " << c.foreign;
 
@@ -254,26 +221,21 @@ INSTANTIATE_TEST_SUITE_P(Conventions, ReplayImageGLTest, ::testing::ValuesIn(kCo
 using ReplayRoutingTest = ReplayTest;
 
 TEST_F(ReplayRoutingTest, ViewKeysAnimateOnTheTimerAndUndo) {
-    auto viewRotation = [](qrnsg::SCView::ORIENTATION o) {
-        return qrnsg::SCView::standardRotation(o);
-    };
+    const qrnmath::Mat4 top = qrnsg::SCView::standardRotation(qrnsg::SCView::TOP);
     LogWriter log;
     log.key('5'); // top, over 50 ticks of 30 ms
     log.wait(600);
     play(log.events(), 0);
-    const float halfway = angleBetween(camera->modelRotation(), viewRotation(qrnsg::SCView::TOP));
-    EXPECT_GT(halfway, 1.0f) << "the animation should still run";
+    EXPECT_GT(angleBetween(camera->modelRotation(), top), 1.0f) << "the animation should run on";
 
     log.wait(1500);
     log.event("keydown", "-", 0, VK_CONTROL);
     log.key('Z');
-    SetUp();
     play(log.events(), 0);
     EXPECT_LT(angleBetween(camera->modelRotation(), start.modelRotation()), 0.01f) << "undone";
     log.key('Y');
-    SetUp();
     play(log.events(), 0);
-    EXPECT_EQ(camera->modelRotation(), viewRotation(qrnsg::SCView::TOP)) << "redone";
+    EXPECT_EQ(camera->modelRotation(), top) << "redone";
 }
 
 TEST_F(ReplayRoutingTest, SpinKeepsTurningUntilEscapeAndMCyclesTheConvention) {
@@ -284,14 +246,11 @@ TEST_F(ReplayRoutingTest, SpinKeepsTurningUntilEscapeAndMCyclesTheConvention) {
     const qrnmath::Mat4 released = camera->modelRotation();
     log.wait(300);
     log.key(VK_ESCAPE);
-    SetUp();
     play(log.events(), 0);
     const qrnmath::Mat4 stopped = camera->modelRotation();
     EXPECT_GT(angleBetween(stopped, released), 5.0f) << "the spin should go on after the release";
     log.wait(300);
-    log.key('M');
-    log.key('M');
-    SetUp();
+    log.key('M'), log.key('M');
     play(log.events(), 0);
     EXPECT_LT(angleBetween(camera->modelRotation(), stopped), 0.01f) << "Escape ends the spin";
     EXPECT_EQ(router->mouseStyle(), 2);
@@ -310,16 +269,13 @@ public:
 };
 
 TEST_F(ReplayRoutingTest, APressTakenEarlierInTheChainStartsNoDrag) {
-    auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
-    auto taker = std::make_shared<TakesPresses>();
-    renderer->addManipulator(taker);
+    document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER)
+        ->addManipulator(std::make_shared<TakesPresses>());
     LogWriter log;
-    log.drag({{}, {M}, {}, 6, 0, 8});
-    log.drag({{}, {L}, {}, 6, 0, 8});
-    play(log.events(), 0);
+    log.drag({{}, {M}, {}, 6, 0, 8}), log.drag({{}, {L}, {}, 6, 0, 8});
+    play(log.events(), 0, false);
     EXPECT_EQ(camera->modelRotation(), start.modelRotation());
     EXPECT_EQ(camera->modelTranslation(), start.modelTranslation());
-    renderer->removeManipulator(taker);
 }
 
 TEST(EventLogTest, ReadsTheDocumentedLinesAndNamesTheBadOne) {
