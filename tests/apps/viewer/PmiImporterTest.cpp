@@ -56,13 +56,17 @@ Handle(TDocStd_Document) newDocument() {
 Handle(TDocStd_Document) readStep(const std::string& path) {
     Handle(TDocStd_Document) doc = newDocument();
     STEPCAFControl_Reader reader;
+    // Not on by default in a fresh process: each test may run in its own.
+    reader.SetGDTMode(true);
+    reader.SetViewMode(true);
     const bool ok = reader.ReadFile(path.c_str()) == IFSelect_RetDone && reader.Transfer(doc);
     return ok ? doc : Handle(TDocStd_Document)();
 }
 
 bool writeStep(const Handle(TDocStd_Document) & doc, const std::string& path) {
+    STEPCAFControl_Writer writer; // defines the schema setting in a fresh process
     Interface_Static::SetIVal("write.step.schema", 5); // AP242: the one with semantic PMI
-    STEPCAFControl_Writer writer;
+    writer.SetDimTolMode(true);
     return writer.Transfer(doc, STEPControl_AsIs) && writer.Write(path.c_str()) == IFSelect_RetDone;
 }
 
