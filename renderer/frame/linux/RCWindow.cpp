@@ -5,16 +5,10 @@
 #include "frame/RCTemp.h"
 #include "frame/linux/Glx.h"
 #include "qrn/LogManager.h"
-#include "qrnsgutils/StringUtils.h"
 
 namespace qrngl {
 
 namespace {
-
-std::wstring glText(GLenum name) {
-    const GLubyte* text = glGetString(name);
-    return qrnsgutils::StringUtils::convert(text ? reinterpret_cast<const char*>(text) : "");
-}
 
 Display* orDefault(_XDisplay* display) {
     return display ? display : Glx::defaultDisplay();
@@ -149,15 +143,6 @@ HDC RCWindow::currentDC() const {
 
 HGLRC RCWindow::currentGLRC() const {
     return m_rc;
-}
-
-void RCWindow::logOpenglInfo() {
-    std::shared_ptr<qrn::ILogger> logger = qrn::LogManager::getInstance().getLogger();
-    if (!logger->isEnabled())
-        return;
-    logger->log(L"OpenGL Version : " + glText(GL_VERSION));
-    logger->log(glText(GL_VENDOR));
-    logger->log(L"HWA: " + glText(GL_RENDERER));
 }
 
 } // namespace qrngl

@@ -5,20 +5,10 @@
 #include "frame/win32/WglApi.h"
 #include "qrn/LogManager.h"
 #include "qrngl/GL.h"
-#include "qrnsgutils/StringUtils.h"
 
 #include <GL/wglew.h>
 
 namespace qrngl {
-
-namespace {
-
-std::wstring glText(GLenum name) {
-    const GLubyte* text = glGetString(name);
-    return qrnsgutils::StringUtils::convert(text ? reinterpret_cast<const char*>(text) : "");
-}
-
-} // namespace
 
 RCWindow::RCWindow(HWND window, std::shared_ptr<IRenderContext> parent)
     : m_window(window), m_dc(nullptr), m_rc(nullptr), m_parent(std::move(parent)) {}
@@ -138,15 +128,6 @@ HDC RCWindow::currentDC() const {
 
 HGLRC RCWindow::currentGLRC() const {
     return m_rc;
-}
-
-void RCWindow::logOpenglInfo() {
-    std::shared_ptr<qrn::ILogger> logger = qrn::LogManager::getInstance().getLogger();
-    if (!logger->isEnabled())
-        return;
-    logger->log(L"OpenGL Version : " + glText(GL_VERSION));
-    logger->log(glText(GL_VENDOR));
-    logger->log(L"HWA: " + glText(GL_RENDERER));
 }
 
 } // namespace qrngl

@@ -287,6 +287,31 @@ void nameLabel(const TDF_Label& label, const std::string& name) {
         TDataStd_Name::Set(label, TCollection_ExtendedString(name.c_str(), Standard_True));
 }
 
+// Reads a file with an XCAF reader (STEP or IGES) and transfers it into the document.
+template <class Reader>
+bool transferXcaf(Reader& reader, const std::string& kind, const std::string& path,
+                  const Handle(TDocStd_Document) & doc, qrn::IStatusManager* status,
+                  std::string& error) {
+    if (status)
+        status->setProgress(L"reading", 0);
+    if (reader.ReadFile(path.c_str()) != IFSelect_RetDone) {
+        error = "cannot read " + path + ": the " + kind + " reader failed (the file is damaged " +
+                "or not " + kind + ")";
+        return false;
+    }
+    if (reader.NbRootsForTransfer() < 1) {
+        error = path + " contains no geometry the viewer can show";
+        return false;
+    }
+    Handle(ProgressBridge) progress = new ProgressBridge(status, L"reading", 30, 100);
+    Handle(TDocStd_Document) target = doc;
+    if (!reader.Transfer(target, progress->Start())) {
+        error = "cannot read " + path + ": the " + kind + " reader could not transfer its content";
+        return false;
+    }
+    return true;
+}
+
 bool readStep(const std::string& path, const Handle(TDocStd_Document) & doc,
               qrn::IStatusManager* status, std::string& error) {
     STEPCAFControl_Reader reader;
@@ -297,25 +322,7 @@ bool readStep(const std::string& path, const Handle(TDocStd_Document) & doc,
     reader.SetMatMode(true);
     reader.SetGDTMode(true);
     reader.SetViewMode(true);
-    if (status)
-        status->setProgress(L"reading", 0);
-    const IFSelect_ReturnStatus read = reader.ReadFile(path.c_str());
-    if (read != IFSelect_RetDone) {
-        error = "cannot read " + path + ": the STEP reader failed (the file is damaged or not " +
-                "STEP)";
-        return false;
-    }
-    if (reader.NbRootsForTransfer() < 1) {
-        error = path + " contains no geometry the viewer can show";
-        return false;
-    }
-    Handle(ProgressBridge) progress = new ProgressBridge(status, L"reading", 30, 100);
-    Handle(TDocStd_Document) target = doc;
-    if (!reader.Transfer(target, progress->Start())) {
-        error = "cannot read " + path + ": the STEP reader could not transfer its content";
-        return false;
-    }
-    return true;
+    return transferXcaf(reader, "STEP", path, doc, status, error);
 }
 
 bool readIges(const std::string& path, const Handle(TDocStd_Document) & doc,
@@ -324,24 +331,7 @@ bool readIges(const std::string& path, const Handle(TDocStd_Document) & doc,
     reader.SetColorMode(true);
     reader.SetNameMode(true);
     reader.SetLayerMode(true);
-    if (status)
-        status->setProgress(L"reading", 0);
-    if (reader.ReadFile(path.c_str()) != IFSelect_RetDone) {
-        error = "cannot read " + path + ": the IGES reader failed (the file is damaged or not " +
-                "IGES)";
-        return false;
-    }
-    if (reader.NbRootsForTransfer() < 1) {
-        error = path + " contains no geometry the viewer can show";
-        return false;
-    }
-    Handle(ProgressBridge) progress = new ProgressBridge(status, L"reading", 30, 100);
-    Handle(TDocStd_Document) target = doc;
-    if (!reader.Transfer(target, progress->Start())) {
-        error = "cannot read " + path + ": the IGES reader could not transfer its content";
-        return false;
-    }
-    return true;
+    return transferXcaf(reader, "IGES", path, doc, status, error);
 }
 
 bool readBrep(const std::string& path, const Handle(TDocStd_Document) & doc,
