@@ -27,6 +27,9 @@ public:
     // left as it was.
     bool readDword(const std::wstring& name, unsigned int& value) const;
     bool writeDword(const std::wstring& name, unsigned int value);
+    // A text value (a folder, a name); false when the key or the value is missing or the
+    // value is not text, leaving value as it was.
+    bool readString(const std::wstring& name, std::wstring& value) const;
 
     // What readDwordCreatingKey found.
     enum Lookup { KEY_UNAVAILABLE, VALUE_MISSING, VALUE_READ };

@@ -119,14 +119,21 @@ bool findSection(const Lines& lines, const std::string& section, std::size_t& fi
 }
 
 // The value of the section's first entry of that name, as it is the one a write updates.
-bool findDword(const Lines& lines, std::size_t first, std::size_t last, const std::string& wanted,
-               unsigned int& value) {
-    std::string key, text;
+// The text of the value in the section's lines [first, last).
+bool findValue(const Lines& lines, std::size_t first, std::size_t last, const std::string& wanted,
+               std::string& text) {
+    std::string key;
     for (std::size_t i = first; i < last; ++i) {
         if (entry(lines[i], key, text) && sameName(key, wanted))
-            return parseDword(text, value);
+            return true;
     }
     return false;
+}
+
+bool findDword(const Lines& lines, std::size_t first, std::size_t last, const std::string& wanted,
+               unsigned int& value) {
+    std::string text;
+    return findValue(lines, first, last, wanted, text) && parseDword(text, value);
 }
 
 // A missing file reads as empty; false only when a file is there and cannot be read, so that
@@ -204,6 +211,20 @@ bool Settings::readDword(const std::wstring& name, unsigned int& value) const {
     return !path.empty() && readLines(path, lines) &&
            findSection(lines, Text::toUtf8(m_subKey), first, last) &&
            findDword(lines, first, last, Text::toUtf8(name), value);
+}
+
+bool Settings::readString(const std::wstring& name, std::wstring& value) const {
+    const std::string path = settingsFile(m_appName);
+    Lines lines;
+    std::size_t first = 0, last = 0;
+    if (path.empty() || !readLines(path, lines) ||
+        !findSection(lines, Text::toUtf8(m_subKey), first, last))
+        return false;
+    std::string text;
+    if (!findValue(lines, first, last, Text::toUtf8(name), text))
+        return false;
+    value = Text::fromUtf8(text);
+    return true;
 }
 
 Settings::Lookup Settings::readDwordCreatingKey(const std::wstring& name, unsigned int& value) {

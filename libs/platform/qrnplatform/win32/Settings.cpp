@@ -54,6 +54,26 @@ bool Settings::readDword(const std::wstring& name, unsigned int& value) const {
     return key.open(keyPath(), KEY_QUERY_VALUE) && queryDword(key.get(), name, value);
 }
 
+bool Settings::readString(const std::wstring& name, std::wstring& value) const {
+    Key key;
+    DWORD type = 0;
+    DWORD size = 0;
+    if (!key.open(keyPath(), KEY_QUERY_VALUE) ||
+        ::RegQueryValueExW(key.get(), name.c_str(), nullptr, &type, nullptr, &size) !=
+            ERROR_SUCCESS ||
+        (type != REG_SZ && type != REG_EXPAND_SZ))
+        return false;
+    std::wstring text(size / sizeof(wchar_t) + 1, L'\0');
+    if (::RegQueryValueExW(key.get(), name.c_str(), nullptr, &type,
+                           reinterpret_cast<BYTE*>(&text[0]), &size) != ERROR_SUCCESS)
+        return false;
+    text.resize(size / sizeof(wchar_t));
+    while (!text.empty() && text.back() == L'\0')
+        text.pop_back();
+    value = text;
+    return true;
+}
+
 Settings::Lookup Settings::readDwordCreatingKey(const std::wstring& name, unsigned int& value) {
     Key key;
     if (!key.create(keyPath(), KEY_ALL_ACCESS))

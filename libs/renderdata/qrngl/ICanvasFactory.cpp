@@ -1,0 +1,7 @@
+#include "qrngl/ICanvasFactory.h"
+
+namespace qrngl {
+
+ICanvasFactory::~ICanvasFactory() = default;
+
+} // namespace qrngl

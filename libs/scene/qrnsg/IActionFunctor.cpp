@@ -1,0 +1,7 @@
+#include "qrnsg/IActionFunctor.h"
+
+namespace qrnsg {
+
+IActionFunctor::~IActionFunctor() = default;
+
+} // namespace qrnsg
