@@ -121,7 +121,7 @@ void Canvas::OnDraw() const {
 void Canvas::render(const Scene& scene, const Pmi& pmi, const SceneRT& rt, const Renderer& renderer,
                     const Strips& strips) const {
     glShadeModel(GL_SMOOTH);
-    FrameSetup::clearAndEnable();
+    FrameSetup::clearAndEnable(*renderer);
     if (renderer->openingRenderer)
         renderer->openingRenderer->render();
     glMatrixMode(GL_PROJECTION);

@@ -42,7 +42,7 @@ void EmptyCanvas::OnDraw() const {
     if (!renderer || !renderer->isReady())
         return;
     m_context->activate();
-    FrameSetup::clearAndEnable();
+    FrameSetup::clearAndEnable(*renderer);
     for (const auto& r : {renderer->openingRenderer, renderer->viewRenderer,
                           renderer->sceneSetupRenderer, renderer->closingRenderer})
         if (r)

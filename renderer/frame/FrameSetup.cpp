@@ -16,8 +16,8 @@ void FrameSetup::resize(qrn::IDocument& document, unsigned int width, unsigned i
     CameraHelper::setViewport(width, height, renderer->camera);
 }
 
-void FrameSetup::clearAndEnable() {
-    glClearColor(0.9f, 0.9f, 0.9f, 1.0f);
+void FrameSetup::clearAndEnable(const SCRenderer& renderer) {
+    glClearColor(renderer.background[0], renderer.background[1], renderer.background[2], 1.0f);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
     glEnable(GL_DEPTH_TEST);
     glEnable(GL_NORMALIZE);

@@ -8,6 +8,8 @@
 
 namespace qrngl {
 
+class SCRenderer;
+
 class FrameSetup {
 public:
     // The component of that number cast to its class; empty when absent or of another class.
@@ -17,8 +19,8 @@ public:
     }
     // Viewport and camera for a new window size; nothing for a zero width or height.
     static void resize(qrn::IDocument& document, unsigned int width, unsigned int height);
-    // Clears to the frame's grey and switches on the state every frame draws with.
-    static void clearAndEnable();
+    // Clears to the renderer's background and switches on the state every frame draws with.
+    static void clearAndEnable(const SCRenderer& renderer);
 };
 
 } // namespace qrngl

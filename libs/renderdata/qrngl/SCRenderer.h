@@ -10,6 +10,7 @@
 #include "qrngldata/qrngldata_export.h"
 #include "qrnsg/Schema.h"
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <set>
@@ -57,6 +58,8 @@ public:
     PostRenderers postRenderers;
     std::vector<std::shared_ptr<ITexture>> textures;
     int displayMode = 0;
+    // The colour every frame is cleared to (red, green, blue).
+    std::array<float, 3> background{{0.9f, 0.9f, 0.9f}};
     // Set: lines and texts are not drawn, unless the display mode is 1.
     bool suppressLinesAndTexts = false;
     // The mouse convention: 0 the library's own, 1 CATIA, 2 Pro/E, 3 Inventor, 4 NX,

@@ -74,6 +74,22 @@ void channel(unsigned long mask, std::uint8_t& bits, std::uint8_t& shift) {
     }
 }
 
+// The system's own steps, behind the table.
+struct GlxSystem {
+    static Window createHiddenWindow(Display* display, int format, unsigned int width,
+                                     unsigned int height);
+    static void destroyWindow(Display* display, Window window);
+    static int choosePixelFormat(Display* display, const PixelFormatDescriptor& descriptor);
+    static bool setPixelFormat(Display* display, Window window, int format);
+    static int describePixelFormat(Display* display, int format, PixelFormatDescriptor* descriptor);
+    static bool choosePixelFormatARB(Display* display, const int* attributes, int* format,
+                                     unsigned int* count);
+    static GLXContext createContext(Display* display, int format, GLXContext share, bool& shared);
+    static void deleteContext(Display* display, GLXContext context);
+    static bool makeCurrent(Display* display, Window window, GLXContext context);
+    static void swapBuffers(Display* display, Window window);
+};
+
 } // namespace
 
 Display* Glx::defaultDisplay() {
@@ -106,8 +122,8 @@ HGLRC Glx::contextHandle(GLXContext context) {
     return reinterpret_cast<HGLRC>(context);
 }
 
-Window Glx::createHiddenWindow(Display* display, int format, unsigned int width,
-                               unsigned int height) {
+Window GlxSystem::createHiddenWindow(Display* display, int format, unsigned int width,
+                                     unsigned int height) {
     if (!display)
         return 0;
     const int screen = DefaultScreen(display);
@@ -132,22 +148,22 @@ Window Glx::createHiddenWindow(Display* display, int format, unsigned int width,
     return window;
 }
 
-void Glx::destroyWindow(Display* display, Window window) {
+void GlxSystem::destroyWindow(Display* display, Window window) {
     if (!display || !window)
         return;
     ErrorTrap trap(display);
     XDestroyWindow(display, window);
 }
 
-int Glx::choosePixelFormat(Display* display, const PixelFormatDescriptor& descriptor) {
+int GlxSystem::choosePixelFormat(Display* display, const PixelFormatDescriptor& descriptor) {
     if (!display)
         return 0;
     std::vector<int> attributes;
     if (descriptor.iPixelType == 0)
         attributes.push_back(GLX_RGBA);
-    if (descriptor.dwFlags & DOUBLEBUFFER)
+    if (descriptor.dwFlags & Glx::DOUBLEBUFFER)
         attributes.push_back(GLX_DOUBLEBUFFER);
-    if (descriptor.dwFlags & STEREO)
+    if (descriptor.dwFlags & Glx::STEREO)
         attributes.push_back(GLX_STEREO);
     const int perChannel = descriptor.cColorBits / 3;
     for (int channel : {GLX_RED_SIZE, GLX_GREEN_SIZE, GLX_BLUE_SIZE})
@@ -163,7 +179,7 @@ int Glx::choosePixelFormat(Display* display, const PixelFormatDescriptor& descri
     return format;
 }
 
-bool Glx::setPixelFormat(Display* display, Window window, int format) {
+bool GlxSystem::setPixelFormat(Display* display, Window window, int format) {
     XVisualInfo* info = visualInfo(display, format);
     if (!info)
         return false;
@@ -177,7 +193,8 @@ bool Glx::setPixelFormat(Display* display, Window window, int format) {
     return !trap.failed() && status != 0 && attributes.depth == depth;
 }
 
-int Glx::describePixelFormat(Display* display, int format, PixelFormatDescriptor* descriptor) {
+int GlxSystem::describePixelFormat(Display* display, int format,
+                                   PixelFormatDescriptor* descriptor) {
     XVisualInfo* info = visualInfo(display, format);
     if (!info)
         return 0;
@@ -188,11 +205,11 @@ int Glx::describePixelFormat(Display* display, int format, PixelFormatDescriptor
     PixelFormatDescriptor d = {};
     d.nSize = sizeof d;
     d.nVersion = 1;
-    d.dwFlags = DRAW_TO_WINDOW | SUPPORT_OPENGL;
+    d.dwFlags = Glx::DRAW_TO_WINDOW | Glx::SUPPORT_OPENGL;
     if (glConfig(display, info, GLX_DOUBLEBUFFER))
-        d.dwFlags |= DOUBLEBUFFER;
+        d.dwFlags |= Glx::DOUBLEBUFFER;
     if (glConfig(display, info, GLX_STEREO))
-        d.dwFlags |= STEREO;
+        d.dwFlags |= Glx::STEREO;
     d.iPixelType = glConfig(display, info, GLX_RGBA) ? 0 : 1;
     channel(info->red_mask, d.cRedBits, d.cRedShift);
     channel(info->green_mask, d.cGreenBits, d.cGreenShift);
@@ -229,8 +246,8 @@ int Glx::describePixelFormat(Display* display, int format, PixelFormatDescriptor
     return std::max(glCount, 1);
 }
 
-bool Glx::choosePixelFormatARB(Display* display, const int* attributes, int* format,
-                               unsigned int* count) {
+bool GlxSystem::choosePixelFormatARB(Display* display, const int* attributes, int* format,
+                                     unsigned int* count) {
     // Straight from libGL, so that probing needs no extension loading first.
     static const auto chooseConfig = reinterpret_cast<PFNGLXCHOOSEFBCONFIGPROC>(
         glXGetProcAddressARB(reinterpret_cast<const GLubyte*>("glXChooseFBConfig")));
@@ -258,7 +275,7 @@ bool Glx::choosePixelFormatARB(Display* display, const int* attributes, int* for
     return true;
 }
 
-GLXContext Glx::createContext(Display* display, int format, GLXContext share, bool& shared) {
+GLXContext GlxSystem::createContext(Display* display, int format, GLXContext share, bool& shared) {
     shared = false;
     XVisualInfo* info = visualInfo(display, format);
     if (!info)
@@ -286,12 +303,12 @@ GLXContext Glx::createContext(Display* display, int format, GLXContext share, bo
     return context;
 }
 
-void Glx::deleteContext(Display* display, GLXContext context) {
+void GlxSystem::deleteContext(Display* display, GLXContext context) {
     if (display && context)
         glXDestroyContext(display, context);
 }
 
-bool Glx::makeCurrent(Display* display, Window window, GLXContext context) {
+bool GlxSystem::makeCurrent(Display* display, Window window, GLXContext context) {
     if (!display)
         return false;
     if (!context) {
@@ -303,7 +320,7 @@ bool Glx::makeCurrent(Display* display, Window window, GLXContext context) {
     return !trap.failed() && made;
 }
 
-void Glx::swapBuffers(Display* display, Window window) {
+void GlxSystem::swapBuffers(Display* display, Window window) {
     if (!display || !window)
         return;
     if (glXGetCurrentDrawable() == window) {
@@ -313,6 +330,220 @@ void Glx::swapBuffers(Display* display, Window window) {
     // A drawable that no context draws to is unknown to GLX: the request fails.
     ErrorTrap trap(display);
     glXSwapBuffers(display, window);
+}
+
+} // namespace qrngl
+
+namespace qrngl {
+
+namespace {
+
+// The pixel-buffer steps straight from libGL's GLX 1.3 entry points.
+template <typename F>
+F glxEntry(const char* name) {
+    return reinterpret_cast<F>(glXGetProcAddressARB(reinterpret_cast<const GLubyte*>(name)));
+}
+
+// The configuration of an id. Looked up among all of them: Mesa's glXChooseFBConfig does not
+// honour GLX_FBCONFIG_ID alone.
+GLXFBConfig fbConfig(Display* display, int id) {
+    static const auto configs = glxEntry<PFNGLXGETFBCONFIGSPROC>("glXGetFBConfigs");
+    static const auto configAttribute =
+        glxEntry<PFNGLXGETFBCONFIGATTRIBPROC>("glXGetFBConfigAttrib");
+    if (!display || !configs || !configAttribute || id == 0)
+        return nullptr;
+    int n = 0;
+    GLXFBConfig* all = configs(display, DefaultScreen(display), &n);
+    GLXFBConfig config = nullptr;
+    for (int i = 0; all && i < n && !config; ++i) {
+        int value = 0;
+        if (configAttribute(display, all[i], GLX_FBCONFIG_ID, &value) == Success && value == id)
+            config = all[i];
+    }
+    if (all)
+        XFree(all);
+    return config;
+}
+
+unsigned int systemGlewInit() {
+    return glewInit();
+}
+
+bool systemHasGlx13() {
+    return GLXEW_VERSION_1_3 != GL_FALSE;
+}
+
+bool systemHasMultisample() {
+    return GLXEW_ARB_multisample != GL_FALSE;
+}
+
+bool systemChooseFBConfig(Display* display, const int* attributes, int* format,
+                          unsigned int* count) {
+    static const auto chooseConfig = glxEntry<PFNGLXCHOOSEFBCONFIGPROC>("glXChooseFBConfig");
+    static const auto configAttribute =
+        glxEntry<PFNGLXGETFBCONFIGATTRIBPROC>("glXGetFBConfigAttrib");
+    if (!display || !chooseConfig || !configAttribute)
+        return false;
+    int n = 0;
+    GLXFBConfig* configs = chooseConfig(display, DefaultScreen(display), attributes, &n);
+    *count = 0;
+    if (configs && n > 0) {
+        int id = 0;
+        configAttribute(display, configs[0], GLX_FBCONFIG_ID, &id);
+        *format = id;
+        *count = 1;
+    }
+    if (configs)
+        XFree(configs);
+    return true;
+}
+
+GLXPbuffer systemCreatePbuffer(Display* display, int format, unsigned int width,
+                               unsigned int height) {
+    static const auto create = glxEntry<PFNGLXCREATEPBUFFERPROC>("glXCreatePbuffer");
+    GLXFBConfig config = fbConfig(display, format);
+    if (!create || !config)
+        return 0;
+    // Not preserved and not the largest available: a buffer of exactly the size asked, or none.
+    const int attributes[] = {GLX_PBUFFER_WIDTH,
+                              static_cast<int>(width),
+                              GLX_PBUFFER_HEIGHT,
+                              static_cast<int>(height),
+                              GLX_LARGEST_PBUFFER,
+                              False,
+                              None};
+    ErrorTrap trap(display);
+    GLXPbuffer pbuffer = create(display, config, attributes);
+    return trap.failed() ? 0 : pbuffer;
+}
+
+void systemDestroyPbuffer(Display* display, GLXPbuffer pbuffer) {
+    static const auto destroy = glxEntry<PFNGLXDESTROYPBUFFERPROC>("glXDestroyPbuffer");
+    if (!display || !pbuffer || !destroy)
+        return;
+    ErrorTrap trap(display);
+    destroy(display, pbuffer);
+}
+
+GLXContext systemCreateNewContext(Display* display, int format, GLXContext share, bool& shared) {
+    static const auto create = glxEntry<PFNGLXCREATENEWCONTEXTPROC>("glXCreateNewContext");
+    shared = false;
+    GLXFBConfig config = fbConfig(display, format);
+    if (!create || !config)
+        return nullptr;
+    GLXContext context = nullptr;
+    if (share) {
+        ErrorTrap trap(display);
+        context = create(display, config, GLX_RGBA_TYPE, share, True);
+        if (trap.failed() && context) {
+            glXDestroyContext(display, context);
+            context = nullptr;
+        }
+        shared = context != nullptr;
+    }
+    if (!context) {
+        ErrorTrap trap(display);
+        context = create(display, config, GLX_RGBA_TYPE, nullptr, True);
+        if (trap.failed() && context) {
+            glXDestroyContext(display, context);
+            context = nullptr;
+        }
+    }
+    return context;
+}
+
+bool systemMakeContextCurrent(Display* display, GLXDrawable drawable, GLXContext context) {
+    static const auto makeCurrent = glxEntry<PFNGLXMAKECONTEXTCURRENTPROC>("glXMakeContextCurrent");
+    if (!display || !makeCurrent)
+        return false;
+    if (!context) {
+        makeCurrent(display, None, None, nullptr);
+        return false;
+    }
+    ErrorTrap trap(display);
+    const Bool made = makeCurrent(display, drawable, drawable, context);
+    return !trap.failed() && made;
+}
+
+GlxApi& current() {
+    static GlxApi api = GlxApi::system();
+    return api;
+}
+
+} // namespace
+
+GlxApi GlxApi::system() {
+    GlxApi api;
+    api.createHiddenWindow = &GlxSystem::createHiddenWindow;
+    api.destroyWindow = &GlxSystem::destroyWindow;
+    api.choosePixelFormat = &GlxSystem::choosePixelFormat;
+    api.setPixelFormat = &GlxSystem::setPixelFormat;
+    api.describePixelFormat = &GlxSystem::describePixelFormat;
+    api.choosePixelFormatARB = &GlxSystem::choosePixelFormatARB;
+    api.createContext = &GlxSystem::createContext;
+    api.deleteContext = &GlxSystem::deleteContext;
+    api.makeCurrent = &GlxSystem::makeCurrent;
+    api.swapBuffers = &GlxSystem::swapBuffers;
+    api.glewInit = &systemGlewInit;
+    api.hasPbuffer = &systemHasGlx13;
+    api.hasFBConfig = &systemHasGlx13;
+    api.hasMultisample = &systemHasMultisample;
+    api.chooseFBConfig = &systemChooseFBConfig;
+    api.createPbuffer = &systemCreatePbuffer;
+    api.destroyPbuffer = &systemDestroyPbuffer;
+    api.createNewContext = &systemCreateNewContext;
+    api.makeContextCurrent = &systemMakeContextCurrent;
+    return api;
+}
+
+const GlxApi& GlxApi::get() {
+    return current();
+}
+
+void GlxApi::set(const GlxApi& api) {
+    current() = api;
+}
+
+Window Glx::createHiddenWindow(Display* display, int format, unsigned int width,
+                               unsigned int height) {
+    return GlxApi::get().createHiddenWindow(display, format, width, height);
+}
+
+void Glx::destroyWindow(Display* display, Window window) {
+    GlxApi::get().destroyWindow(display, window);
+}
+
+int Glx::choosePixelFormat(Display* display, const PixelFormatDescriptor& descriptor) {
+    return GlxApi::get().choosePixelFormat(display, descriptor);
+}
+
+bool Glx::setPixelFormat(Display* display, Window window, int format) {
+    return GlxApi::get().setPixelFormat(display, window, format);
+}
+
+int Glx::describePixelFormat(Display* display, int format, PixelFormatDescriptor* descriptor) {
+    return GlxApi::get().describePixelFormat(display, format, descriptor);
+}
+
+bool Glx::choosePixelFormatARB(Display* display, const int* attributes, int* format,
+                               unsigned int* count) {
+    return GlxApi::get().choosePixelFormatARB(display, attributes, format, count);
+}
+
+GLXContext Glx::createContext(Display* display, int format, GLXContext share, bool& shared) {
+    return GlxApi::get().createContext(display, format, share, shared);
+}
+
+void Glx::deleteContext(Display* display, GLXContext context) {
+    GlxApi::get().deleteContext(display, context);
+}
+
+bool Glx::makeCurrent(Display* display, Window window, GLXContext context) {
+    return GlxApi::get().makeCurrent(display, window, context);
+}
+
+void Glx::swapBuffers(Display* display, Window window) {
+    GlxApi::get().swapBuffers(display, window);
 }
 
 } // namespace qrngl

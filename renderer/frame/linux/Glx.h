@@ -5,6 +5,7 @@
 // a pixel format is the id of a GL-capable X visual (one per GLX frame-buffer configuration).
 #include "frame/RCTemp.h"
 #include "qrngl/GL.h"
+#include "qrngl/qrngl_export.h"
 
 #include <GL/glxew.h>
 
@@ -32,6 +33,7 @@ public:
     static GLXContext context(HGLRC handle);
     static HGLRC contextHandle(GLXContext context);
 
+    // The steps below go through GlxApi's table; each names the Windows call it stands for.
     // CreateWindowExW: an unmapped window of the visual (the screen's own for 0), at least 1x1.
     static Window createHiddenWindow(Display* display, int format, unsigned int width,
                                      unsigned int height);
@@ -58,6 +60,44 @@ public:
     static bool makeCurrent(Display* display, Window window, GLXContext context);
     // SwapBuffers
     static void swapBuffers(Display* display, Window window);
+};
+
+// The GLX steps of the contexts as one table that tests replace to reach the failure paths
+// (a refused configuration, a driver without pixel buffers). Formats of the pixel-buffer steps
+// are GLX frame-buffer configuration ids (GLX_FBCONFIG_ID).
+struct QRNGL_EXPORT GlxApi {
+    Window (*createHiddenWindow)(Display*, int format, unsigned int width, unsigned int height);
+    void (*destroyWindow)(Display*, Window);
+    int (*choosePixelFormat)(Display*, const PixelFormatDescriptor&);
+    bool (*setPixelFormat)(Display*, Window, int format);
+    int (*describePixelFormat)(Display*, int format, PixelFormatDescriptor*);
+    bool (*choosePixelFormatARB)(Display*, const int* attributes, int* format, unsigned int* count);
+    GLXContext (*createContext)(Display*, int format, GLXContext share, bool& shared);
+    void (*deleteContext)(Display*, GLXContext);
+    bool (*makeCurrent)(Display*, Window, GLXContext);
+    void (*swapBuffers)(Display*, Window);
+
+    // GLEW, with a context current: loads the GLX extension entry points too.
+    unsigned int (*glewInit)();
+    bool (*hasPbuffer)();     // GLX 1.3 pixel buffers (WGLEW_ARB_pbuffer)
+    bool (*hasFBConfig)();    // GLX 1.3 frame-buffer configurations (WGLEW_ARB_pixel_format)
+    bool (*hasMultisample)(); // GLX_ARB_multisample (WGLEW_ARB_multisample)
+    // wglChoosePixelFormatARB for pixel buffers: the first matching configuration's id.
+    bool (*chooseFBConfig)(Display*, const int* attributes, int* format, unsigned int* count);
+    // wglCreatePbufferARB (its DC is the pbuffer drawable itself); 0 on failure.
+    GLXPbuffer (*createPbuffer)(Display*, int format, unsigned int width, unsigned int height);
+    // wglDestroyPbufferARB
+    void (*destroyPbuffer)(Display*, GLXPbuffer);
+    // wglCreateContext and wglShareLists on a configuration (see createContext).
+    GLXContext (*createNewContext)(Display*, int format, GLXContext share, bool& shared);
+    // wglMakeCurrent on any drawable; a null context releases.
+    bool (*makeContextCurrent)(Display*, GLXDrawable, GLXContext);
+
+    // The table every context calls through.
+    static const GlxApi& get();
+    static void set(const GlxApi& api);
+    // The system's own steps.
+    static GlxApi system();
 };
 
 } // namespace qrngl

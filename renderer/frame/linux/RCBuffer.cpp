@@ -1,0 +1,246 @@
+// The pixel-buffer context on GLX 1.3 pbuffers, step by step as on Windows (see Glx.h for the
+// counterpart of each call). GLX shares lists when a context is made, so the parent's lists
+// are named at creation rather than afterwards.
+//
+// Multisampling: Mesa's GLX offers multisampled pbuffer configurations but draws them with
+// one sample, so a multisampled buffer is a single-sampled pbuffer with a 4-sample frame
+// buffer object in front of it. Frames are drawn into the frame buffer object and resolved into
+// the pbuffer by deactivate(); reads see the pbuffer, that is the last finished frame.
+#include "frame/RCBuffer.h"
+
+#include "frame/linux/Glx.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace qrngl {
+
+namespace {
+
+// What m_pbuffer points to.
+struct Surface {
+    GLXPbuffer pbuffer = 0;
+    GLuint framebuffer = 0; // the multisampled frame buffer object, if any
+    GLuint color = 0;
+    GLuint depthStencil = 0;
+};
+
+Surface* surfaceOf(void* handle) {
+    return static_cast<Surface*>(handle);
+}
+
+void* pbufferHandle(GLXPbuffer pbuffer) {
+    return reinterpret_cast<void*>(static_cast<std::uintptr_t>(pbuffer));
+}
+
+// A 4-sample colour and depth-stencil frame buffer of the size; 0 where the driver has none.
+GLuint multisampledFramebuffer(Surface& s, unsigned int width, unsigned int height) {
+    GLint maxSamples = 0;
+    if (!glGenFramebuffers || !glRenderbufferStorageMultisample || !glBlitFramebuffer)
+        return 0;
+    glGetIntegerv(GL_MAX_SAMPLES, &maxSamples);
+    if (maxSamples < 4)
+        return 0;
+    const auto w = static_cast<GLsizei>(width);
+    const auto h = static_cast<GLsizei>(height);
+    glGenFramebuffers(1, &s.framebuffer);
+    glBindFramebuffer(GL_FRAMEBUFFER, s.framebuffer);
+    glGenRenderbuffers(1, &s.color);
+    glBindRenderbuffer(GL_RENDERBUFFER, s.color);
+    glRenderbufferStorageMultisample(GL_RENDERBUFFER, 4, GL_RGBA8, w, h);
+    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, s.color);
+    glGenRenderbuffers(1, &s.depthStencil);
+    glBindRenderbuffer(GL_RENDERBUFFER, s.depthStencil);
+    glRenderbufferStorageMultisample(GL_RENDERBUFFER, 4, GL_DEPTH24_STENCIL8, w, h);
+    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER,
+                              s.depthStencil);
+    glBindRenderbuffer(GL_RENDERBUFFER, 0);
+    const bool complete = glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
+    glBindFramebuffer(GL_FRAMEBUFFER, 0);
+    if (!complete) {
+        glDeleteFramebuffers(1, &s.framebuffer);
+        glDeleteRenderbuffers(1, &s.color);
+        glDeleteRenderbuffers(1, &s.depthStencil);
+        s = Surface{s.pbuffer};
+    }
+    return s.framebuffer;
+}
+
+GLXDrawable drawableOf(HDC dc) {
+    return static_cast<GLXDrawable>(reinterpret_cast<std::uintptr_t>(dc));
+}
+
+// Ends the temporary context the same way on every path: present, release twice, delete the
+// context, let go of the window.
+void tearDown(RCTemp& temp) {
+    const GlxApi& glx = GlxApi::get();
+    Display* display = Glx::defaultDisplay();
+    const Window window = Glx::window(temp.currentDC());
+    glx.swapBuffers(display, window);
+    glx.makeCurrent(display, window, nullptr);
+    glx.makeCurrent(display, window, nullptr);
+    temp.destroy();
+}
+
+} // namespace
+
+RCBuffer::RCBuffer(unsigned int width, unsigned int height, bool multisample,
+                   std::shared_ptr<IRenderContext> parent)
+    : m_width(width), m_height(height), m_pbuffer(nullptr), m_dc(nullptr), m_rc(nullptr),
+      m_parent(std::move(parent)), m_multisample(multisample) {}
+
+RCBuffer::RCBuffer(const RCBuffer& other) = default;
+RCBuffer& RCBuffer::operator=(const RCBuffer& other) = default;
+
+RCBuffer::RCBuffer(RCBuffer&& other) noexcept
+    : m_width(other.m_width), m_height(other.m_height), m_pbuffer(other.m_pbuffer),
+      m_dc(other.m_dc), m_rc(other.m_rc), m_parent(std::move(other.m_parent)),
+      m_multisample(other.m_multisample) {
+    other.m_pbuffer = nullptr;
+    other.m_dc = nullptr;
+    other.m_rc = nullptr;
+}
+
+RCBuffer& RCBuffer::operator=(RCBuffer&& other) noexcept {
+    if (this != &other) {
+        m_width = other.m_width;
+        m_height = other.m_height;
+        m_pbuffer = other.m_pbuffer;
+        m_dc = other.m_dc;
+        m_rc = other.m_rc;
+        m_parent = std::move(other.m_parent);
+        m_multisample = other.m_multisample;
+        other.m_pbuffer = nullptr;
+        other.m_dc = nullptr;
+        other.m_rc = nullptr;
+    }
+    return *this;
+}
+
+// Copies share the handles, as on Windows: the one that is destroyed releases them.
+RCBuffer::~RCBuffer() = default;
+
+int RCBuffer::choosePixelFormat(RCTemp temp, unsigned int maxFormats, int& format) {
+    const GlxApi& glx = GlxApi::get();
+    std::vector<int> attributes = {GLX_DRAWABLE_TYPE, GLX_PBUFFER_BIT,
+                                   GLX_RENDER_TYPE,   GLX_RGBA_BIT,
+                                   GLX_CONFIG_CAVEAT, GLX_NONE,
+                                   GLX_BUFFER_SIZE,   24,
+                                   GLX_DEPTH_SIZE,    16,
+                                   GLX_STENCIL_SIZE,  2};
+    // Single-sampled even when multisampling is asked for: the samples are the frame buffer
+    // object's (see the top of this file).
+    attributes.insert(attributes.end(), {GLX_RED_SIZE, 8, GLX_GREEN_SIZE, 8, GLX_BLUE_SIZE, 8,
+                                         GLX_DOUBLEBUFFER, False, None});
+    // GLX chooses on the display rather than on the temporary drawable, and names the best
+    // match first: maxFormats only bounds what the answer may hold.
+    (void)temp;
+    unsigned int count = 0;
+    const bool chosen =
+        glx.chooseFBConfig(Glx::defaultDisplay(), attributes.data(), &format, &count);
+    return chosen && count > 0 && maxFormats > 0 ? 1 : 0;
+}
+
+bool RCBuffer::create() {
+    const GlxApi& glx = GlxApi::get();
+    Display* display = Glx::defaultDisplay();
+    RCTemp temp(m_width, m_height, nullptr);
+    if (!temp.create()) {
+        tearDown(temp);
+        return false;
+    }
+    temp.activate();
+    if (!m_parent && glx.glewInit() != 0) {
+        tearDown(temp);
+        return false;
+    }
+    if (!glx.hasPbuffer() || !glx.hasFBConfig()) {
+        tearDown(temp);
+        return false;
+    }
+    int format = 0;
+    if (!choosePixelFormat(temp, 1, format)) {
+        tearDown(temp);
+        return false;
+    }
+    const GLXPbuffer pbuffer = glx.createPbuffer(display, format, m_width, m_height);
+    auto* surface = new Surface;
+    surface->pbuffer = pbuffer;
+    m_pbuffer = surface;
+    m_dc = reinterpret_cast<HDC>(pbufferHandle(pbuffer));
+    bool shared = false;
+    m_rc = Glx::contextHandle(glx.createNewContext(
+        display, format, m_parent ? Glx::context(m_parent->currentGLRC()) : nullptr, shared));
+    tearDown(temp);
+    if (pbuffer && m_rc && glx.makeContextCurrent(display, pbuffer, Glx::context(m_rc))) {
+        if (m_multisample && glx.hasMultisample())
+            multisampledFramebuffer(*surface, m_width, m_height);
+        activate();
+        return true;
+    }
+    if (m_rc)
+        glx.deleteContext(display, Glx::context(m_rc));
+    m_rc = nullptr;
+    return false;
+}
+
+void RCBuffer::destroy() {
+    const GlxApi& glx = GlxApi::get();
+    Display* display = Glx::defaultDisplay();
+    Surface* s = surfaceOf(m_pbuffer);
+    deactivate();
+    if (s && s->framebuffer && glXGetCurrentContext() == Glx::context(m_rc)) {
+        glBindFramebuffer(GL_FRAMEBUFFER, 0);
+        glDeleteFramebuffers(1, &s->framebuffer);
+        glDeleteRenderbuffers(1, &s->color);
+        glDeleteRenderbuffers(1, &s->depthStencil);
+    }
+    glx.makeContextCurrent(display, drawableOf(m_dc), nullptr);
+    if (m_rc)
+        glx.deleteContext(display, Glx::context(m_rc));
+    m_rc = nullptr;
+    m_dc = nullptr; // the pbuffer is its own drawable: nothing to release
+    if (s && s->pbuffer)
+        glx.destroyPbuffer(display, s->pbuffer);
+    delete s;
+    m_pbuffer = nullptr;
+}
+
+void RCBuffer::activate() {
+    Surface* s = surfaceOf(m_pbuffer);
+    if (!s)
+        return;
+    // The drawable is fetched again, as a pbuffer's DC is on Windows.
+    m_dc = reinterpret_cast<HDC>(pbufferHandle(s->pbuffer));
+    if (GlxApi::get().makeContextCurrent(Glx::defaultDisplay(), drawableOf(m_dc),
+                                         Glx::context(m_rc)) &&
+        s->framebuffer) {
+        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, s->framebuffer);
+        glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+    }
+}
+
+void RCBuffer::deactivate() {
+    Surface* s = surfaceOf(m_pbuffer);
+    if (s && s->framebuffer && m_rc && glXGetCurrentContext() == Glx::context(m_rc)) {
+        // The frame's samples resolved into the pbuffer; the context stays current as it is.
+        const auto w = static_cast<GLint>(m_width);
+        const auto h = static_cast<GLint>(m_height);
+        glBindFramebuffer(GL_READ_FRAMEBUFFER, s->framebuffer);
+        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+        glBlitFramebuffer(0, 0, w, h, 0, 0, w, h, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+        glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, s->framebuffer);
+    }
+    glFlush();
+}
+
+HDC RCBuffer::currentDC() const {
+    return m_dc;
+}
+
+HGLRC RCBuffer::currentGLRC() const {
+    return m_rc;
+}
+
+} // namespace qrngl

@@ -1,0 +1,295 @@
+// The pixel-buffer context on X11: real GLX pbuffers on the test's X server (Xvfb under
+// scripts/test), and every failure path reached by replacing one step of the GLX table.
+// GoogleTest first: Xlib's macros (None, Bool) would clash with its names.
+#include <gtest/gtest.h>
+
+#include "frame/RCBuffer.h"
+#include "frame/RCTemp.h"
+#include "frame/linux/Glx.h"
+#include "qrngl/GL.h"
+
+#include <algorithm>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace qrntest {
+namespace {
+
+using qrngl::GlxApi;
+using qrngl::RCBuffer;
+
+std::vector<std::string> g_calls;
+GlxApi g_next;
+std::vector<int> g_chosenWith; // the last attribute list given to chooseFBConfig
+
+// Every step recorded by name, then handed to g_next (the system's own unless a test changes
+// it).
+template <typename F>
+struct Recorded;
+template <typename R, typename... A>
+struct Recorded<R (*)(A...)> {
+    template <R (*GlxApi::*Step)(A...), typename Name>
+    static R call(A... a) {
+        g_calls.push_back(Name::name());
+        return (g_next.*Step)(a...);
+    }
+};
+#define QRN_RECORD(field)                                                                          \
+    struct field##Name {                                                                           \
+        static const char* name() { return #field; }                                               \
+    };                                                                                             \
+    api.field = &Recorded<decltype(GlxApi::field)>::call<&GlxApi::field, field##Name>
+
+class ScopedGlx {
+public:
+    ScopedGlx() {
+        g_calls.clear();
+        g_next = GlxApi::system();
+        GlxApi api = GlxApi::system();
+        QRN_RECORD(createHiddenWindow);
+        QRN_RECORD(destroyWindow);
+        QRN_RECORD(choosePixelFormat);
+        QRN_RECORD(setPixelFormat);
+        QRN_RECORD(createContext);
+        QRN_RECORD(deleteContext);
+        QRN_RECORD(swapBuffers);
+        QRN_RECORD(glewInit);
+        QRN_RECORD(hasPbuffer);
+        QRN_RECORD(hasFBConfig);
+        QRN_RECORD(hasMultisample);
+        QRN_RECORD(createPbuffer);
+        QRN_RECORD(destroyPbuffer);
+        QRN_RECORD(createNewContext);
+        api.makeCurrent = [](Display* d, Window w, GLXContext c) {
+            g_calls.push_back(c ? "makeCurrent" : "makeCurrent(null)");
+            return g_next.makeCurrent(d, w, c);
+        };
+        api.makeContextCurrent = [](Display* d, GLXDrawable w, GLXContext c) {
+            g_calls.push_back(c ? "makeContextCurrent" : "makeContextCurrent(null)");
+            return g_next.makeContextCurrent(d, w, c);
+        };
+        api.chooseFBConfig = [](Display* d, const int* attributes, int* format,
+                                unsigned int* count) {
+            g_calls.push_back("chooseFBConfig");
+            g_chosenWith.clear();
+            for (const int* p = attributes; *p != None; p += 2)
+                g_chosenWith.insert(g_chosenWith.end(), {p[0], p[1]});
+            return g_next.chooseFBConfig(d, attributes, format, count);
+        };
+        GlxApi::set(api);
+    }
+    ~ScopedGlx() { GlxApi::set(GlxApi::system()); }
+    ScopedGlx(const ScopedGlx&) = delete;
+    ScopedGlx& operator=(const ScopedGlx&) = delete;
+
+    std::vector<std::string> take() {
+        std::vector<std::string> calls;
+        calls.swap(g_calls);
+        return calls;
+    }
+};
+
+// The temporary context's end, the same on every path out of create.
+const std::vector<std::string> kTearDown = {"swapBuffers",       "makeCurrent(null)",
+                                            "makeCurrent(null)", "makeCurrent(null)",
+                                            "deleteContext",     "destroyWindow"};
+
+bool endsWith(const std::vector<std::string>& calls, const std::vector<std::string>& tail) {
+    return calls.size() >= tail.size() && std::equal(tail.rbegin(), tail.rend(), calls.rbegin());
+}
+
+bool contains(const std::vector<std::string>& calls, const std::string& name) {
+    return std::find(calls.begin(), calls.end(), name) != calls.end();
+}
+
+// A white triangle on black whose long edge is slanted.
+void drawEdge(unsigned int size) {
+    glViewport(0, 0, static_cast<GLsizei>(size), static_cast<GLsizei>(size));
+    glClearColor(0, 0, 0, 1);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    glDisable(GL_DEPTH_TEST);
+    glColor3f(1, 1, 1);
+    glBegin(GL_TRIANGLES);
+    glVertex2f(-1, -1);
+    glVertex2f(1, -1);
+    glVertex2f(-1, 0.7f);
+    glEnd();
+}
+
+// The distinct grey levels of the frame.
+std::set<int> readLevels(unsigned int size) {
+    std::vector<unsigned char> red(static_cast<std::size_t>(size) * size);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, static_cast<GLsizei>(size), static_cast<GLsizei>(size), GL_RED,
+                 GL_UNSIGNED_BYTE, red.data());
+    return std::set<int>(red.begin(), red.end());
+}
+
+class RCBufferGLXTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        Display* display = XOpenDisplay(nullptr);
+        ASSERT_NE(display, nullptr) << "needs an X display: run under xvfb-run";
+        XCloseDisplay(display);
+    }
+    void TearDown() override {
+        if (Display* display = glXGetCurrentDisplay())
+            glXMakeCurrent(display, None, nullptr);
+    }
+};
+
+TEST_F(RCBufferGLXTest, DrawsOffScreenMultisampledOnRequestAndStaysCurrent) {
+    for (bool multisample : {false, true}) {
+        SCOPED_TRACE(multisample ? "multisampled" : "single sample");
+        ScopedGlx glx;
+        RCBuffer buffer(48, 40, multisample, nullptr);
+        ASSERT_TRUE(buffer.create());
+        const auto calls = glx.take();
+        // Without a parent GLEW is loaded through the temporary context, which is torn down
+        // before the buffer's own context is made current.
+        EXPECT_TRUE(contains(calls, "glewInit"));
+        const auto made = std::find(calls.begin(), calls.end(), "makeContextCurrent");
+        EXPECT_NE(made, calls.end());
+        EXPECT_EQ(std::find(made, calls.end(), "destroyWindow"), calls.end());
+        EXPECT_TRUE(contains({calls.begin(), made}, "destroyWindow"));
+
+        EXPECT_EQ(glXGetCurrentContext(), reinterpret_cast<GLXContext>(buffer.currentGLRC()));
+        EXPECT_EQ(glXGetCurrentDrawable(),
+                  static_cast<GLXDrawable>(reinterpret_cast<std::uintptr_t>(buffer.currentDC())));
+        GLint samples = 0;
+        glGetIntegerv(GL_SAMPLES, &samples);
+        EXPECT_EQ(samples > 1, multisample);
+        // deactivate finishes the frame but neither presents nor releases: the context stays
+        // current. Multisampling shows as in-between greys along the slanted edge.
+        drawEdge(40);
+        buffer.deactivate();
+        EXPECT_EQ(glx.take(), std::vector<std::string>{});
+        EXPECT_EQ(glXGetCurrentContext(), reinterpret_cast<GLXContext>(buffer.currentGLRC()));
+        const std::set<int> levels = readLevels(40);
+        if (multisample)
+            EXPECT_GT(levels.size(), 2u);
+        else
+            EXPECT_EQ(levels, (std::set<int>{0, 255}));
+        EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+        buffer.destroy();
+        EXPECT_EQ(glx.take(), (std::vector<std::string>{"makeContextCurrent(null)", "deleteContext",
+                                                        "destroyPbuffer"}));
+        EXPECT_EQ(buffer.currentGLRC(), nullptr);
+        EXPECT_EQ(glXGetCurrentContext(), nullptr);
+    }
+}
+
+TEST_F(RCBufferGLXTest, SharesTheParentsDisplayListsWithoutLoadingGlewAgain) {
+    auto parent = std::make_shared<qrngl::RCTemp>(8, 8, nullptr);
+    ASSERT_TRUE(parent->create());
+    ASSERT_EQ(glewInit(), 0u);
+    const GLuint list = glGenLists(1);
+    glNewList(list, GL_COMPILE);
+    glClearColor(0.0f, 1.0f, 0.0f, 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT);
+    glEndList();
+
+    ScopedGlx glx;
+    RCBuffer buffer(16, 16, false, parent);
+    ASSERT_TRUE(buffer.create());
+    EXPECT_FALSE(contains(glx.take(), "glewInit"));
+    glCallList(list);
+    unsigned char rgb[3] = {};
+    glReadPixels(3, 3, 1, 1, GL_RGB, GL_UNSIGNED_BYTE, rgb);
+    EXPECT_EQ(rgb[0], 0);
+    EXPECT_EQ(rgb[1], 255);
+    EXPECT_EQ(rgb[2], 0);
+    buffer.destroy();
+    parent->destroy();
+}
+
+TEST_F(RCBufferGLXTest, EveryFailureTearsTheTemporaryContextDownAndReportsFalse) {
+    struct Case {
+        const char* name;
+        void (*fail)();
+        bool parent;
+        const char* lastStep; // the step that failed, or the last before the tear-down
+    };
+    const Case cases[] = {
+        {"helper context",
+         [] {
+             g_next.choosePixelFormat = [](Display*, const qrngl::PixelFormatDescriptor&) {
+                 return 0;
+             };
+         },
+         false, "choosePixelFormat"},
+        {"glew", [] { g_next.glewInit = [] { return 1u; }; }, false, "glewInit"},
+        {"no pbuffers", [] { g_next.hasPbuffer = [] { return false; }; }, false, "hasPbuffer"},
+        {"no configuration",
+         [] {
+             g_next.chooseFBConfig = [](Display*, const int*, int*, unsigned int* count) {
+                 *count = 0;
+                 return true;
+             };
+         },
+         false, "chooseFBConfig"},
+        {"refused current",
+         [] {
+             g_next.makeContextCurrent = [](Display*, GLXDrawable, GLXContext) { return false; };
+         },
+         true, "createNewContext"},
+    };
+    std::shared_ptr<qrngl::RCTemp> parent = std::make_shared<qrngl::RCTemp>(8, 8, nullptr);
+    ASSERT_TRUE(parent->create());
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        ScopedGlx glx;
+        c.fail();
+        RCBuffer buffer(16, 16, false, c.parent ? parent : nullptr);
+        EXPECT_FALSE(buffer.create());
+        std::vector<std::string> calls = glx.take();
+        EXPECT_EQ(buffer.currentGLRC(), nullptr);
+        if (std::string(c.name) == "refused current") {
+            // The buffer's own context is deleted once it cannot be made current.
+            EXPECT_TRUE(endsWith(calls, {"makeContextCurrent", "deleteContext"}));
+            calls.resize(calls.size() - 2);
+        }
+        if (std::string(c.name) == "helper context")
+            EXPECT_TRUE(
+                endsWith(calls, {"choosePixelFormat", "swapBuffers", "makeCurrent(null)",
+                                 "makeCurrent(null)", "makeCurrent(null)", "destroyWindow"}));
+        else
+            EXPECT_TRUE(endsWith(calls, kTearDown));
+        EXPECT_TRUE(contains(calls, c.lastStep));
+        EXPECT_FALSE(contains(calls, "makeContextCurrent") && c.parent == false);
+    }
+    parent->destroy();
+}
+
+TEST_F(RCBufferGLXTest, MultisamplingNeedsTheDriversMultisampleExtension) {
+    ScopedGlx glx;
+    g_next.hasMultisample = [] { return false; };
+    RCBuffer buffer(16, 16, true, nullptr);
+    ASSERT_TRUE(buffer.create());
+    GLint samples = -1;
+    glGetIntegerv(GL_SAMPLES, &samples);
+    EXPECT_EQ(samples, 0);
+    // The configuration asked for: a pbuffer of RGBA with 8 bits a colour, depth 16, stencil
+    // 2, single buffered, no slow configuration; its samples come from a frame buffer object.
+    const std::vector<int> expected = {GLX_DRAWABLE_TYPE, GLX_PBUFFER_BIT,
+                                       GLX_RENDER_TYPE,   GLX_RGBA_BIT,
+                                       GLX_CONFIG_CAVEAT, GLX_NONE,
+                                       GLX_BUFFER_SIZE,   24,
+                                       GLX_DEPTH_SIZE,    16,
+                                       GLX_STENCIL_SIZE,  2,
+                                       GLX_RED_SIZE,      8,
+                                       GLX_GREEN_SIZE,    8,
+                                       GLX_BLUE_SIZE,     8,
+                                       GLX_DOUBLEBUFFER,  False};
+    EXPECT_EQ(g_chosenWith, expected);
+    buffer.destroy();
+}
+
+} // namespace
+} // namespace qrntest
