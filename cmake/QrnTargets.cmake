@@ -89,3 +89,29 @@ function(qrn_add_test)
       PROPERTIES LABELS "${labels}")
   endif()
 endfunction()
+
+# qrn_add_plugin(NAME <target> SOURCES ... LIBS ...)
+# A renderer plug-in: a module the host loads at run time by path, exporting only its "create"
+# and "destroy" entries (marked with the generated <NAME>_EXPORT). Built and installed beside
+# the programs, where the viewer looks for plug-ins, without a "lib" prefix.
+function(qrn_add_plugin)
+  cmake_parse_arguments(A "" "NAME" "SOURCES;LIBS" ${ARGN})
+  add_library(${A_NAME} MODULE ${A_SOURCES})
+  string(TOUPPER ${A_NAME} upper)
+  set(export_dir ${CMAKE_BINARY_DIR}/export)
+  generate_export_header(${A_NAME}
+    BASE_NAME ${upper}
+    EXPORT_FILE_NAME ${export_dir}/${A_NAME}/${A_NAME}_export.h)
+  target_include_directories(${A_NAME} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR} ${export_dir})
+  target_link_libraries(${A_NAME} PRIVATE ${A_LIBS})
+  set_target_properties(${A_NAME} PROPERTIES PREFIX ""
+    LIBRARY_OUTPUT_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}
+    RUNTIME_OUTPUT_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+  if(WIN32)
+    target_link_options(${A_NAME} PRIVATE -static-libgcc -static-libstdc++)
+  endif()
+  qrn_warnings(${A_NAME})
+  install(TARGETS ${A_NAME}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR}
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endfunction()
