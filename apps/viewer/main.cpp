@@ -4,6 +4,7 @@
 #include "qrnviewer/EventLog.h"
 #include "qrnviewer/EventRouter.h"
 #include "qrnviewer/Options.h"
+#include "qrnviewer/RendererPlugins.h"
 #include "qrnviewer/Replay.h"
 #include "qrnviewer/Snapshot.h"
 #include "qrnviewer/StandardView.h"
@@ -58,6 +59,8 @@ int main(int argc, char** argv) {
         return 1;
     }
     auto document = qrnviewer::DocumentBuilder::build(model);
+    // Loaded before the model's meshes would be drawn, released after every canvas.
+    const qrnviewer::RendererPlugins plugins;
     auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     // The fit depends on the picture's shape.
     qrngl::CameraHelper::setViewport(options.width, options.height, renderer->camera);
@@ -76,7 +79,7 @@ int main(int argc, char** argv) {
         settings.replay = std::move(events);
         settings.record = options.record;
         settings.screenshot = options.screenshot;
-        qrnviewer::ViewerWindow viewer(document);
+        qrnviewer::ViewerWindow viewer(document, plugins);
         if (!viewer.run(settings, error)) {
             std::fprintf(stderr, "qrnview: %s\n", error.c_str());
             return 1;
@@ -88,13 +91,18 @@ int main(int argc, char** argv) {
         qrnviewer::EventRouter router(document, nullptr, nullptr);
         qrnviewer::Replay::run(router, events);
     }
-    if (!qrnviewer::Snapshot::write(document, options.width, options.height, options.snapshot,
-                                    error)) {
+    qrnviewer::Snapshot::Settings picture;
+    picture.width = options.width;
+    picture.height = options.height;
+    picture.multisample = options.samples > 1;
+    picture.transparent = options.transparent;
+    std::string how;
+    if (!qrnviewer::Snapshot::write(document, picture, plugins, options.snapshot, error, &how)) {
         std::fprintf(stderr, "qrnview: %s\n", error.c_str());
         return 1;
     }
-    std::printf("qrnview: wrote %s (%ux%u, %zu triangles in %zu instances)\n",
+    std::printf("qrnview: wrote %s (%ux%u, %zu triangles in %zu instances; %s)\n",
                 options.snapshot.c_str(), options.width, options.height, model.triangleCount(),
-                model.instanceCount());
+                model.instanceCount(), how.c_str());
     return 0;
 }

@@ -16,7 +16,8 @@ bool parseSize(const std::string& s, unsigned int& w, unsigned int& h) {
     char x = 0, extra = 0;
     if (std::sscanf(s.c_str(), "%lu%c%lu%c", &a, &x, &b, &extra) != 3 || (x != 'x' && x != 'X'))
         return false;
-    if (a == 0 || b == 0 || a > 16384 || b > 16384)
+    // The driver decides how large a picture can be; this only keeps the numbers sane.
+    if (a == 0 || b == 0 || a > 100000 || b > 100000)
         return false;
     w = static_cast<unsigned int>(a);
     h = static_cast<unsigned int>(b);
@@ -34,12 +35,16 @@ std::string viewList() {
 
 std::string Options::usage() {
     return "usage: qrnview [MODEL] [--snapshot OUT.png] [--size WxH] [--view VIEW]\n"
-           "               [--mouse CONVENTION] [--replay LOG] [--record LOG]\n"
+           "               [--samples 1|4] [--transparent] [--mouse CONVENTION]\n"
+           "               [--replay LOG] [--record LOG]\n"
            "  MODEL        a STEP, IGES, BREP, glTF, OBJ or STL file; without one, the\n"
            "               built-in demo assembly\n"
            "  --snapshot   draw off screen and write the frame as a PNG; without it the\n"
            "               model opens in a window (needs a display)\n"
-           "  --size       frame or window size in pixels (default 1024x768)\n"
+           "  --size       frame or window size in pixels (default 1024x768); a snapshot\n"
+           "               may be larger than the screen, as large as the driver allows\n"
+           "  --samples    snapshot: 4 draws it multisampled (smooth edges), 1 not (default)\n"
+           "  --transparent  snapshot: the background is transparent (alpha 0)\n"
            "  --view       " +
            viewList() +
            " (default iso)\n"
@@ -85,6 +90,17 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
                         ", or 0-6)";
                 return false;
             }
+        } else if (arg == "--samples") {
+            std::string samples;
+            if (!value(samples))
+                return false;
+            if (samples != "1" && samples != "4") {
+                error = "bad sample count '" + samples + "' (1: none, 4: multisampled)";
+                return false;
+            }
+            o.samples = samples == "4" ? 4 : 1;
+        } else if (arg == "--transparent") {
+            o.transparent = true;
         } else if (arg == "--replay") {
             if (!value(o.replay))
                 return false;
@@ -111,6 +127,10 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
             error = "more than one model given ('" + o.model + "', '" + arg + "')";
             return false;
         }
+    }
+    if (o.snapshot.empty() && (o.samples > 1 || o.transparent)) {
+        error = "--samples and --transparent go with --snapshot";
+        return false;
     }
     if (!o.snapshot.empty() && (!o.record.empty() || !o.screenshot.empty())) {
         error = "--record and --screenshot need the window, not --snapshot";

@@ -11,10 +11,12 @@ struct Options {
     unsigned int width = 1024;
     unsigned int height = 768;
     std::string view = "iso";
-    int mouseStyle = -1;    // -1: the document's
-    std::string replay;     // event log to play before the first frame
-    std::string record;     // event log to write (window only)
-    std::string screenshot; // window: write the frame after the replay here, close (tests)
+    unsigned int samples = 1; // snapshot: 4 multisampled
+    bool transparent = false; // snapshot: alpha 0 where the background shows
+    int mouseStyle = -1;      // -1: the document's
+    std::string replay;       // event log to play before the first frame
+    std::string record;       // event log to write (window only)
+    std::string screenshot;   // window: write the frame after the replay here, close (tests)
     bool help = false;
 
     // False with a message in error for a command line that makes no sense.

@@ -1,16 +1,15 @@
 #include "qrnviewer/ViewerWindow.h"
 
-#include "frame/Canvas.h"
 #include "frame/RCWindow.h"
 #include "qrngl/Cursor.h"
+#include "qrngl/ICanvasFactory.h"
 #include "qrngl/SCRenderer.h"
-#include "qrngl/SCStripRenderer.h"
-#include "qrnglutils/SceneBuilder.h"
 #include "qrnplatform/Input.h"
 #include "qrnplatform/WindowTimer.h"
 #include "qrnviewer/EventLog.h"
 #include "qrnviewer/EventRouter.h"
 #include "qrnviewer/MouseStyle.h"
+#include "qrnviewer/RendererPlugins.h"
 #include "qrnviewer/Replay.h"
 #include "qrnviewer/ScreenshotContext.h"
 
@@ -162,14 +161,19 @@ bool ViewerWindow::displayAvailable(std::string& reason) {
     return true;
 }
 
-ViewerWindow::ViewerWindow(std::shared_ptr<qrn::IDocument> document)
-    : m_document(std::move(document)) {}
+ViewerWindow::ViewerWindow(std::shared_ptr<qrn::IDocument> document, const RendererPlugins& plugins)
+    : m_document(std::move(document)), m_plugins(plugins) {}
 
 ViewerWindow::~ViewerWindow() {
     close();
 }
 
 bool ViewerWindow::open(const Settings& settings, std::string& error) {
+    auto factory = m_plugins.factoryFor(m_document);
+    if (!factory) {
+        error = m_plugins.noFactoryMessage();
+        return false;
+    }
     glfwSetErrorCallback(&printGlfwError);
     if (!glfwInit()) {
         error = "cannot initialise GLFW";
@@ -194,15 +198,19 @@ bool ViewerWindow::open(const Settings& settings, std::string& error) {
         m_context.reset();
         return false;
     }
-    m_canvas = std::make_shared<qrngl::Canvas>(m_context, m_document);
+    m_canvas = factory->createCanvas(m_context, m_document);
+    if (!m_canvas) {
+        error = "the renderer plug-in made no canvas for this document";
+        return false;
+    }
     auto renderer =
         std::dynamic_pointer_cast<qrngl::SCRenderer>(m_document->getSchema(qrnsg::SCHEMA_RENDERER));
     if (renderer)
         renderer->canvases.push_back(m_canvas);
     m_canvas->OnCreate();
-    if (auto strips = std::dynamic_pointer_cast<qrngl::SCStripRenderer>(
-            m_document->getSchema(qrnsg::SCHEMA_STRIP_RENDERER)))
-        qrnglutils::SceneBuilder::prepare(*strips);
+    // With the window's context current: the drawables are uploaded before the first frame.
+    if (auto optimize = factory->createOptimizer(nullptr, m_document))
+        (*optimize)();
     int width = 0, height = 0;
     glfwGetFramebufferSize(m_window, &width, &height);
     if (width > 0 && height > 0)

@@ -12,13 +12,14 @@
 struct GLFWwindow;
 
 namespace qrngl {
-class Canvas;
+class ICanvas;
 class Cursor;
 } // namespace qrngl
 
 namespace qrnviewer {
 
 class EventRouter;
+class RendererPlugins;
 class ScreenshotContext;
 
 // The interactive viewer: a GLFW window whose OpenGL context the library makes itself (GLX on
@@ -42,7 +43,8 @@ public:
     // Whether a window can be opened: $DISPLAY set and its server answering; why not in reason.
     static bool displayAvailable(std::string& reason);
 
-    explicit ViewerWindow(std::shared_ptr<qrn::IDocument> document);
+    // The canvas comes from the first plug-in that draws the document.
+    ViewerWindow(std::shared_ptr<qrn::IDocument> document, const RendererPlugins& plugins);
     ~ViewerWindow();
     ViewerWindow(const ViewerWindow&) = delete;
     ViewerWindow& operator=(const ViewerWindow&) = delete;
@@ -69,7 +71,8 @@ private:
     GLFWwindow* m_window = nullptr;
     bool m_glfw = false;
     std::shared_ptr<ScreenshotContext> m_context;
-    std::shared_ptr<qrngl::Canvas> m_canvas;
+    const RendererPlugins& m_plugins;
+    std::shared_ptr<qrngl::ICanvas> m_canvas;
     std::shared_ptr<qrngl::Cursor> m_cursor;
     std::unique_ptr<EventRouter> m_router;
     unsigned int m_buttons = 0; // MK_ bits of the buttons held

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -17,8 +19,8 @@ struct ProcessResult {
     std::string output; // stdout and stderr together
 };
 
-ProcessResult qrnview(const std::string& args) {
-    std::string command = std::string("'") + QRNVIEW_EXE + "' " + args + " 2>&1";
+// Runs a shell command line, its output merged.
+ProcessResult runCommand(const std::string& command) {
     ProcessResult run;
     std::FILE* pipe = popen(command.c_str(), "r");
     if (!pipe)
@@ -30,6 +32,10 @@ ProcessResult qrnview(const std::string& args) {
     int status = pclose(pipe);
     run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     return run;
+}
+
+ProcessResult qrnview(const std::string& args) {
+    return runCommand(std::string("'") + QRNVIEW_EXE + "' " + args + " 2>&1");
 }
 
 class QrnviewProcessTest : public ::testing::Test {
@@ -63,10 +69,72 @@ TEST_F(QrnviewProcessTest, DrawsTheDemoAssemblyIntoAPng) {
     EXPECT_GT(model, image.width() * image.height() / 10);
 }
 
+TEST_F(QrnviewProcessTest, PrintsPicturesLargerThanTheScreenSmoothAndTransparent) {
+    if (!std::getenv("DISPLAY"))
+        GTEST_SKIP() << "*** needs an X display for pixel buffers: run under xvfb-run ***";
+    ProcessResult run =
+        qrnview("--snapshot '" + path("big.png") + "' --size 4000x3000 --samples 4 --transparent");
+    ASSERT_EQ(run.exitCode, 0) << run.output;
+    EXPECT_NE(run.output.find("pixel buffer, 4 samples, transparent background"), std::string::npos)
+        << run.output;
+    qrnimage::Image image;
+    std::string error;
+    ASSERT_TRUE(qrnimage::Image::loadPng(path("big.png"), image, &error)) << error;
+    ASSERT_EQ(image.width(), 4000u);
+    ASSERT_EQ(image.height(), 3000u);
+    // Alpha 0 all round the model, opaque in its middle, and in between only along its
+    // outline, where the samples smooth the edges.
+    std::size_t clear = 0, opaque = 0, partial = 0;
+    for (unsigned y = 0; y < image.height(); y += 2)
+        for (unsigned x = 0; x < image.width(); x += 2) {
+            const std::uint8_t a = image.pixel(x, y)[3];
+            (a == 0 ? clear : a == 255 ? opaque : partial) += 1;
+        }
+    EXPECT_EQ(image.pixel(0, 0)[3], 0);
+    EXPECT_EQ(image.pixel(3999, 2999)[3], 0);
+    EXPECT_EQ(image.pixel(2000, 1500)[3], 255);
+    EXPECT_GT(clear, 1000000u);
+    EXPECT_GT(opaque, 300000u);
+    EXPECT_GT(partial, 2000u) << "no smoothed edges";
+
+    // Beyond what the driver draws: a message that says how large a picture can be.
+    run = qrnview("--snapshot '" + path("huge.png") + "' --size 40000x100");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.output.find("cannot draw a 40000x100 picture off screen: this OpenGL driver "
+                              "draws off-screen pictures of at most"),
+              std::string::npos)
+        << run.output;
+    EXPECT_FALSE(fs::exists(path("huge.png")));
+}
+
+TEST_F(QrnviewProcessTest, DrawsThroughThePluginsBesideItOrInTheConfiguredFolder) {
+    // A copy of qrnview alone in a folder has no plug-in to draw with.
+    const fs::path copy = dir / "alone" / "qrnview";
+    fs::create_directories(copy.parent_path());
+    fs::copy_file(QRNVIEW_EXE, copy);
+    const std::string command = "XDG_CONFIG_HOME='" + path("config") + "' '" + copy.string() +
+                                "' --snapshot '" + path("x.png") + "' --size 64x48 2>&1";
+    ProcessResult alone = runCommand(command);
+    EXPECT_EQ(alone.exitCode, 1);
+    EXPECT_NE(alone.output.find("no renderer plug-in can draw this document (0 loaded from"),
+              std::string::npos)
+        << alone.output;
+    EXPECT_FALSE(fs::exists(path("x.png")));
+
+    // The "Plugins" setting names the folder the build's plug-ins are in.
+    fs::create_directories(path("config/qrnview"));
+    std::ofstream(path("config/qrnview/settings.ini"))
+        << "[Settings\\Renderer]\nPlugins=" << fs::path(QRNVIEW_EXE).parent_path().string() << "\n";
+    ProcessResult configured = runCommand(command);
+    EXPECT_EQ(configured.exitCode, 0) << configured.output;
+    EXPECT_TRUE(fs::exists(path("x.png")));
+}
+
 TEST_F(QrnviewProcessTest, RefusesBadCommandLines) {
-    for (const char* args : {"--view sideways --snapshot x.png", "--size 0x10 --snapshot x.png",
-                             "--size big --snapshot x.png", "--snapshot", "--frobnicate",
-                             "a.step b.step --snapshot x.png"}) {
+    for (const char* args :
+         {"--view sideways --snapshot x.png", "--size 0x10 --snapshot x.png",
+          "--size big --snapshot x.png", "--snapshot", "--frobnicate",
+          "a.step b.step --snapshot x.png", "--samples 8 --snapshot x.png", "--transparent"}) {
         ProcessResult run = qrnview(args);
         EXPECT_EQ(run.exitCode, 2) << args << "\n" << run.output;
         EXPECT_NE(run.output.find("qrnview: "), std::string::npos) << args;
