@@ -74,6 +74,27 @@ void channel(unsigned long mask, std::uint8_t& bits, std::uint8_t& shift) {
     }
 }
 
+// Makes a context with make(lists), sharing the lists of share where the server lets it; lists
+// that cannot be shared leave a working context without them. shared tells which it was.
+template <typename Make>
+GLXContext createSharing(Display* display, GLXContext share, bool& shared, Make make) {
+    shared = false;
+    const GLXContext attempts[] = {share, nullptr};
+    for (std::size_t i = share ? 0 : 1; i < 2; ++i) {
+        ErrorTrap trap(display);
+        GLXContext context = make(attempts[i]);
+        if (trap.failed() && context) {
+            glXDestroyContext(display, context);
+            context = nullptr;
+        }
+        if (context) {
+            shared = attempts[i] != nullptr;
+            return context;
+        }
+    }
+    return nullptr;
+}
+
 // The system's own steps, behind the table.
 struct GlxSystem {
     static Window createHiddenWindow(Display* display, int format, unsigned int width,
@@ -280,25 +301,9 @@ GLXContext GlxSystem::createContext(Display* display, int format, GLXContext sha
     XVisualInfo* info = visualInfo(display, format);
     if (!info)
         return nullptr;
-    GLXContext context = nullptr;
-    if (share) {
-        ErrorTrap trap(display);
-        context = glXCreateContext(display, info, share, True);
-        if (trap.failed() && context) {
-            glXDestroyContext(display, context);
-            context = nullptr;
-        }
-        shared = context != nullptr;
-    }
-    if (!context) {
-        // Lists that cannot be shared leave a working context without them.
-        ErrorTrap trap(display);
-        context = glXCreateContext(display, info, nullptr, True);
-        if (trap.failed() && context) {
-            glXDestroyContext(display, context);
-            context = nullptr;
-        }
-    }
+    GLXContext context = createSharing(display, share, shared, [&](GLXContext lists) {
+        return glXCreateContext(display, info, lists, True);
+    });
     XFree(info);
     return context;
 }
@@ -431,25 +436,9 @@ GLXContext systemCreateNewContext(Display* display, int format, GLXContext share
     GLXFBConfig config = fbConfig(display, format);
     if (!create || !config)
         return nullptr;
-    GLXContext context = nullptr;
-    if (share) {
-        ErrorTrap trap(display);
-        context = create(display, config, GLX_RGBA_TYPE, share, True);
-        if (trap.failed() && context) {
-            glXDestroyContext(display, context);
-            context = nullptr;
-        }
-        shared = context != nullptr;
-    }
-    if (!context) {
-        ErrorTrap trap(display);
-        context = create(display, config, GLX_RGBA_TYPE, nullptr, True);
-        if (trap.failed() && context) {
-            glXDestroyContext(display, context);
-            context = nullptr;
-        }
-    }
-    return context;
+    return createSharing(display, share, shared, [&](GLXContext lists) {
+        return create(display, config, GLX_RGBA_TYPE, lists, True);
+    });
 }
 
 bool systemMakeContextCurrent(Display* display, GLXDrawable drawable, GLXContext context) {
