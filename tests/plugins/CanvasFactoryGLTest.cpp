@@ -45,28 +45,6 @@ std::shared_ptr<qrn::Document> sheetDocument(const TestDocument& base) {
     return document;
 }
 
-// Accepts every document; the in-process rival of the plug-ins.
-class AcceptAll : public qrngl::ICanvasFactory {
-public:
-    bool canRender(std::shared_ptr<qrn::IDocument>) const override { return true; }
-    std::shared_ptr<qrngl::ICanvas> createCanvas(std::shared_ptr<qrngl::IRenderContext>,
-                                                 std::shared_ptr<qrn::IDocument>) override {
-        return nullptr;
-    }
-    std::shared_ptr<qrngl::IPickCanvas> createPickCanvas(std::shared_ptr<qrngl::IRenderContext>,
-                                                         std::shared_ptr<qrn::IDocument>) override {
-        return nullptr;
-    }
-    std::shared_ptr<qrnsg::IActionFunctor>
-    createOptimizer(std::shared_ptr<qrnsg::IFactory>, std::shared_ptr<qrn::IDocument>) override {
-        return nullptr;
-    }
-    std::shared_ptr<qrngl::ICanvas> createPrintCanvas(std::shared_ptr<qrngl::IRenderContext>,
-                                                      std::shared_ptr<qrn::IDocument>) override {
-        return nullptr;
-    }
-};
-
 TEST(CanvasFactories, OnlyLibrariesWithBothEntriesAreLoadedAndTheFirstThatAcceptsWins) {
     TestDocument model;
     auto sheet = sheetDocument(model);
@@ -98,12 +76,13 @@ TEST(CanvasFactories, OnlyLibrariesWithBothEntriesAreLoadedAndTheFirstThatAccept
     EXPECT_EQ(manager->get(sheet), sheet2d);
     EXPECT_EQ(manager->get(nullptr), nullptr);
 
-    // Of two factories that accept a document, the one added first draws it.
-    auto rival = std::make_shared<AcceptAll>();
-    manager->push_back(rival);
+    // Of two factories that accept a document, the one added first draws it: the counting
+    // plug-in accepts every document.
+    load(path(QRNTEST_PLUGIN_COUNTING));
+    const auto counting = *std::next(manager->begin(), 2);
     EXPECT_EQ(manager->get(model.document), scene3d);
     manager->erase(manager->begin());
-    EXPECT_EQ(manager->get(model.document), rival);
+    EXPECT_EQ(manager->get(model.document), counting);
     EXPECT_EQ(manager->get(sheet), sheet2d);
 }
 

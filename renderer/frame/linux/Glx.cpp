@@ -95,22 +95,6 @@ GLXContext createSharing(Display* display, GLXContext share, bool& shared, Make 
     return nullptr;
 }
 
-// The system's own steps, behind the table.
-struct GlxSystem {
-    static Window createHiddenWindow(Display* display, int format, unsigned int width,
-                                     unsigned int height);
-    static void destroyWindow(Display* display, Window window);
-    static int choosePixelFormat(Display* display, const PixelFormatDescriptor& descriptor);
-    static bool setPixelFormat(Display* display, Window window, int format);
-    static int describePixelFormat(Display* display, int format, PixelFormatDescriptor* descriptor);
-    static bool choosePixelFormatARB(Display* display, const int* attributes, int* format,
-                                     unsigned int* count);
-    static GLXContext createContext(Display* display, int format, GLXContext share, bool& shared);
-    static void deleteContext(Display* display, GLXContext context);
-    static bool makeCurrent(Display* display, Window window, GLXContext context);
-    static void swapBuffers(Display* display, Window window);
-};
-
 } // namespace
 
 Display* Glx::defaultDisplay() {
@@ -143,8 +127,11 @@ HGLRC Glx::contextHandle(GLXContext context) {
     return reinterpret_cast<HGLRC>(context);
 }
 
-Window GlxSystem::createHiddenWindow(Display* display, int format, unsigned int width,
-                                     unsigned int height) {
+// The system's own steps, behind the table.
+namespace {
+
+Window systemCreateHiddenWindow(Display* display, int format, unsigned int width,
+                                unsigned int height) {
     if (!display)
         return 0;
     const int screen = DefaultScreen(display);
@@ -169,14 +156,14 @@ Window GlxSystem::createHiddenWindow(Display* display, int format, unsigned int 
     return window;
 }
 
-void GlxSystem::destroyWindow(Display* display, Window window) {
+void systemDestroyWindow(Display* display, Window window) {
     if (!display || !window)
         return;
     ErrorTrap trap(display);
     XDestroyWindow(display, window);
 }
 
-int GlxSystem::choosePixelFormat(Display* display, const PixelFormatDescriptor& descriptor) {
+int systemChoosePixelFormat(Display* display, const PixelFormatDescriptor& descriptor) {
     if (!display)
         return 0;
     std::vector<int> attributes;
@@ -200,7 +187,7 @@ int GlxSystem::choosePixelFormat(Display* display, const PixelFormatDescriptor& 
     return format;
 }
 
-bool GlxSystem::setPixelFormat(Display* display, Window window, int format) {
+bool systemSetPixelFormat(Display* display, Window window, int format) {
     XVisualInfo* info = visualInfo(display, format);
     if (!info)
         return false;
@@ -214,8 +201,7 @@ bool GlxSystem::setPixelFormat(Display* display, Window window, int format) {
     return !trap.failed() && status != 0 && attributes.depth == depth;
 }
 
-int GlxSystem::describePixelFormat(Display* display, int format,
-                                   PixelFormatDescriptor* descriptor) {
+int systemDescribePixelFormat(Display* display, int format, PixelFormatDescriptor* descriptor) {
     XVisualInfo* info = visualInfo(display, format);
     if (!info)
         return 0;
@@ -267,8 +253,8 @@ int GlxSystem::describePixelFormat(Display* display, int format,
     return std::max(glCount, 1);
 }
 
-bool GlxSystem::choosePixelFormatARB(Display* display, const int* attributes, int* format,
-                                     unsigned int* count) {
+bool systemChoosePixelFormatARB(Display* display, const int* attributes, int* format,
+                                unsigned int* count) {
     // Straight from libGL, so that probing needs no extension loading first.
     static const auto chooseConfig = reinterpret_cast<PFNGLXCHOOSEFBCONFIGPROC>(
         glXGetProcAddressARB(reinterpret_cast<const GLubyte*>("glXChooseFBConfig")));
@@ -296,7 +282,7 @@ bool GlxSystem::choosePixelFormatARB(Display* display, const int* attributes, in
     return true;
 }
 
-GLXContext GlxSystem::createContext(Display* display, int format, GLXContext share, bool& shared) {
+GLXContext systemCreateContext(Display* display, int format, GLXContext share, bool& shared) {
     shared = false;
     XVisualInfo* info = visualInfo(display, format);
     if (!info)
@@ -308,12 +294,12 @@ GLXContext GlxSystem::createContext(Display* display, int format, GLXContext sha
     return context;
 }
 
-void GlxSystem::deleteContext(Display* display, GLXContext context) {
+void systemDeleteContext(Display* display, GLXContext context) {
     if (display && context)
         glXDestroyContext(display, context);
 }
 
-bool GlxSystem::makeCurrent(Display* display, Window window, GLXContext context) {
+bool systemMakeCurrent(Display* display, Window window, GLXContext context) {
     if (!display)
         return false;
     if (!context) {
@@ -325,7 +311,7 @@ bool GlxSystem::makeCurrent(Display* display, Window window, GLXContext context)
     return !trap.failed() && made;
 }
 
-void GlxSystem::swapBuffers(Display* display, Window window) {
+void systemSwapBuffers(Display* display, Window window) {
     if (!display || !window)
         return;
     if (glXGetCurrentDrawable() == window) {
@@ -336,6 +322,8 @@ void GlxSystem::swapBuffers(Display* display, Window window) {
     ErrorTrap trap(display);
     glXSwapBuffers(display, window);
 }
+
+} // namespace
 
 } // namespace qrngl
 
@@ -463,16 +451,16 @@ GlxApi& current() {
 
 GlxApi GlxApi::system() {
     GlxApi api;
-    api.createHiddenWindow = &GlxSystem::createHiddenWindow;
-    api.destroyWindow = &GlxSystem::destroyWindow;
-    api.choosePixelFormat = &GlxSystem::choosePixelFormat;
-    api.setPixelFormat = &GlxSystem::setPixelFormat;
-    api.describePixelFormat = &GlxSystem::describePixelFormat;
-    api.choosePixelFormatARB = &GlxSystem::choosePixelFormatARB;
-    api.createContext = &GlxSystem::createContext;
-    api.deleteContext = &GlxSystem::deleteContext;
-    api.makeCurrent = &GlxSystem::makeCurrent;
-    api.swapBuffers = &GlxSystem::swapBuffers;
+    api.createHiddenWindow = &systemCreateHiddenWindow;
+    api.destroyWindow = &systemDestroyWindow;
+    api.choosePixelFormat = &systemChoosePixelFormat;
+    api.setPixelFormat = &systemSetPixelFormat;
+    api.describePixelFormat = &systemDescribePixelFormat;
+    api.choosePixelFormatARB = &systemChoosePixelFormatARB;
+    api.createContext = &systemCreateContext;
+    api.deleteContext = &systemDeleteContext;
+    api.makeCurrent = &systemMakeCurrent;
+    api.swapBuffers = &systemSwapBuffers;
     api.glewInit = &systemGlewInit;
     api.hasPbuffer = &systemHasGlx13;
     api.hasFBConfig = &systemHasGlx13;

@@ -198,6 +198,14 @@ bool writeLines(const std::string& path, const Lines& lines) {
     return ok;
 }
 
+// Reads the settings file and finds the key's section in it; false when either is missing.
+bool readSection(const std::wstring& appName, const std::wstring& subKey, Lines& lines,
+                 std::size_t& first, std::size_t& last) {
+    const std::string path = settingsFile(appName);
+    return !path.empty() && readLines(path, lines) &&
+           findSection(lines, Text::toUtf8(subKey), first, last);
+}
+
 } // namespace
 
 std::wstring Settings::location() const {
@@ -205,23 +213,18 @@ std::wstring Settings::location() const {
 }
 
 bool Settings::readDword(const std::wstring& name, unsigned int& value) const {
-    const std::string path = settingsFile(m_appName);
     Lines lines;
     std::size_t first = 0, last = 0;
-    return !path.empty() && readLines(path, lines) &&
-           findSection(lines, Text::toUtf8(m_subKey), first, last) &&
+    return readSection(m_appName, m_subKey, lines, first, last) &&
            findDword(lines, first, last, Text::toUtf8(name), value);
 }
 
 bool Settings::readString(const std::wstring& name, std::wstring& value) const {
-    const std::string path = settingsFile(m_appName);
     Lines lines;
     std::size_t first = 0, last = 0;
-    if (path.empty() || !readLines(path, lines) ||
-        !findSection(lines, Text::toUtf8(m_subKey), first, last))
-        return false;
     std::string text;
-    if (!findValue(lines, first, last, Text::toUtf8(name), text))
+    if (!readSection(m_appName, m_subKey, lines, first, last) ||
+        !findValue(lines, first, last, Text::toUtf8(name), text))
         return false;
     value = Text::fromUtf8(text);
     return true;
@@ -283,8 +286,7 @@ bool Settings::removeValue(const std::wstring& name) {
     const std::string path = settingsFile(m_appName);
     Lines lines;
     std::size_t first = 0, last = 0;
-    if (path.empty() || !readLines(path, lines) ||
-        !findSection(lines, Text::toUtf8(m_subKey), first, last))
+    if (!readSection(m_appName, m_subKey, lines, first, last))
         return false;
     const std::string wanted = Text::toUtf8(name);
     std::string key, text;
