@@ -186,6 +186,13 @@ TEST_F(SettingsTest, OnlyDwordValuesAreRead) {
     for (const wchar_t* name : {L"Text", L"Wide", L"Bytes"})
         EXPECT_FALSE(read(tools, name));
     EXPECT_EQ(read(tools, L"Operation"), 5u);
+    // Text values are read as text, and only those.
+    std::wstring folder = L"unchanged";
+    EXPECT_TRUE(tools.readString(L"Text", folder));
+    EXPECT_EQ(folder, L"3");
+    for (const wchar_t* name : {L"Operation", L"Wide", L"Missing"})
+        EXPECT_FALSE(tools.readString(name, folder));
+    EXPECT_EQ(folder, L"3");
 }
 
 #else
@@ -212,6 +219,14 @@ TEST_F(SettingsTest, ValuesThatAreNotNumbersReadAsMissing) {
     EXPECT_EQ(read(tools, L"Largest"), 4294967295u);
     EXPECT_EQ(read(tools, L"Spaced"), 7u);
     EXPECT_EQ(read(tools, L"LeadingZeros"), 7u);
+    // As text, every value reads as it stands, without the spaces around it.
+    std::wstring text = L"unchanged";
+    EXPECT_TRUE(tools.readString(L"spaced", text));
+    EXPECT_EQ(text, L"7");
+    EXPECT_TRUE(tools.readString(L"Empty", text));
+    EXPECT_EQ(text, L"");
+    EXPECT_FALSE(tools.readString(L"Missing", text));
+    EXPECT_FALSE(settings(L"Settings\\Other").readString(L"Word", text));
 }
 
 TEST_F(SettingsTest, WritingKeepsEverythingElseAndThePermissions) {
