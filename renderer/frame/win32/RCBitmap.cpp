@@ -1,8 +1,9 @@
 // A bitmap context: a DIB section selected into a memory DC, with a GDI-compatible pixel
-// format, drawn to by a plain WGL context.
+// format, drawn to by a plain WGL context; every GDI and WGL call goes through WglApi.
 #include <windows.h>
 
 #include "frame/RCBitmap.h"
+#include "frame/win32/WglApi.h"
 
 namespace qrngl {
 
@@ -49,7 +50,8 @@ RCBitmap::~RCBitmap() {
 }
 
 bool RCBitmap::createBitmap() {
-    m_dc = CreateCompatibleDC(nullptr);
+    const WglApi& api = WglApi::get();
+    m_dc = api.createCompatibleDC(nullptr);
     BITMAPINFOHEADER header = {};
     header.biSize = 40;
     header.biWidth = static_cast<LONG>(m_width);
@@ -57,20 +59,21 @@ bool RCBitmap::createBitmap() {
     header.biPlanes = 1;
     header.biBitCount = 24;
     header.biCompression = BI_RGB;
-    HBITMAP bitmap = CreateDIBSection(m_dc, reinterpret_cast<BITMAPINFO*>(&header), DIB_RGB_COLORS,
-                                      &m_bits, nullptr, 0);
+    HBITMAP bitmap = api.createDIBSection(m_dc, reinterpret_cast<BITMAPINFO*>(&header),
+                                          DIB_RGB_COLORS, &m_bits, nullptr, 0);
     if (!bitmap)
         return false;
     m_bitmap = bitmap;
-    SelectObject(m_dc, bitmap);
+    api.selectObject(m_dc, bitmap);
     return true;
 }
 
 bool RCBitmap::setPixelFormat() {
-    int format = ChoosePixelFormat(m_dc, &kBitmapFormat);
+    const WglApi& api = WglApi::get();
+    int format = api.choosePixelFormat(m_dc, &kBitmapFormat);
     if (format == 0)
         return false;
-    SetPixelFormat(m_dc, format, &kBitmapFormat);
+    api.setPixelFormat(m_dc, format, &kBitmapFormat);
     return true;
 }
 
@@ -79,31 +82,33 @@ bool RCBitmap::create() {
         return false;
     if (!setPixelFormat())
         return false;
-    m_rc = wglCreateContext(m_dc);
+    m_rc = WglApi::get().createContext(m_dc);
     activate();
     return true;
 }
 
 void RCBitmap::destroy() {
+    const WglApi& api = WglApi::get();
     deactivate();
     if (m_rc) {
-        wglDeleteContext(m_rc);
+        api.deleteContext(m_rc);
         m_rc = nullptr;
     }
     if (m_bitmap) {
-        DeleteObject(static_cast<HBITMAP>(m_bitmap));
+        api.deleteObject(static_cast<HBITMAP>(m_bitmap));
         m_bitmap = nullptr;
         m_bits = nullptr;
     }
 }
 
 void RCBitmap::activate() {
-    wglMakeCurrent(m_dc, m_rc);
+    WglApi::get().makeCurrent(m_dc, m_rc);
 }
 
 void RCBitmap::deactivate() {
-    SwapBuffers(m_dc);
-    wglMakeCurrent(m_dc, nullptr);
+    const WglApi& api = WglApi::get();
+    api.swapBuffers(m_dc);
+    api.makeCurrent(m_dc, nullptr);
 }
 
 HDC RCBitmap::currentDC() const {

@@ -15,6 +15,24 @@ BOOL WINAPI glewChoosePixelFormatARB(HDC dc, const int* intAttributes, const FLO
     return wglChoosePixelFormatARB(dc, intAttributes, floatAttributes, maxFormats, formats, count);
 }
 
+HPBUFFERARB WINAPI glewCreatePbufferARB(HDC dc, int format, int width, int height,
+                                        const int* attributes) {
+    return wglCreatePbufferARB ? wglCreatePbufferARB(dc, format, width, height, attributes)
+                               : nullptr;
+}
+
+HDC WINAPI glewGetPbufferDCARB(HPBUFFERARB pbuffer) {
+    return wglGetPbufferDCARB ? wglGetPbufferDCARB(pbuffer) : nullptr;
+}
+
+int WINAPI glewReleasePbufferDCARB(HPBUFFERARB pbuffer, HDC dc) {
+    return wglReleasePbufferDCARB ? wglReleasePbufferDCARB(pbuffer, dc) : 0;
+}
+
+BOOL WINAPI glewDestroyPbufferARB(HPBUFFERARB pbuffer) {
+    return wglDestroyPbufferARB ? wglDestroyPbufferARB(pbuffer) : FALSE;
+}
+
 unsigned int initGlew() {
     return glewInit();
 }
@@ -25,6 +43,10 @@ bool glewHasArbPixelFormat() {
 
 bool glewHasArbMultisample() {
     return WGLEW_ARB_multisample != GL_FALSE;
+}
+
+bool glewHasArbPbuffer() {
+    return WGLEW_ARB_pbuffer != GL_FALSE;
 }
 
 WglApi& current() {
@@ -45,14 +67,23 @@ WglApi WglApi::system() {
     api.setPixelFormat = &SetPixelFormat;
     api.describePixelFormat = &DescribePixelFormat;
     api.swapBuffers = &SwapBuffers;
+    api.createCompatibleDC = &CreateCompatibleDC;
+    api.createDIBSection = &CreateDIBSection;
+    api.selectObject = &SelectObject;
+    api.deleteObject = &DeleteObject;
     api.createContext = &wglCreateContext;
     api.deleteContext = &wglDeleteContext;
     api.makeCurrent = &wglMakeCurrent;
     api.shareLists = &wglShareLists;
     api.choosePixelFormatARB = &glewChoosePixelFormatARB;
+    api.createPbufferARB = &glewCreatePbufferARB;
+    api.getPbufferDCARB = &glewGetPbufferDCARB;
+    api.releasePbufferDCARB = &glewReleasePbufferDCARB;
+    api.destroyPbufferARB = &glewDestroyPbufferARB;
     api.glewInit = &initGlew;
     api.hasArbPixelFormat = &glewHasArbPixelFormat;
     api.hasArbMultisample = &glewHasArbMultisample;
+    api.hasArbPbuffer = &glewHasArbPbuffer;
     return api;
 }
 

@@ -4,6 +4,10 @@
 // to reach the failure paths (a refused pixel format, a driver without the ARB extensions).
 #include <windows.h>
 
+#include "qrngl/GL.h"
+
+#include <GL/wglew.h>
+
 #include "qrngl/qrngl_export.h"
 
 namespace qrngl {
@@ -23,6 +27,11 @@ struct QRNGL_EXPORT WglApi {
     int(WINAPI* describePixelFormat)(HDC dc, int format, UINT size,
                                      LPPIXELFORMATDESCRIPTOR descriptor);
     BOOL(WINAPI* swapBuffers)(HDC dc);
+    HDC(WINAPI* createCompatibleDC)(HDC dc);
+    HBITMAP(WINAPI* createDIBSection)
+    (HDC dc, const BITMAPINFO* info, UINT usage, void** bits, HANDLE section, DWORD offset);
+    HGDIOBJ(WINAPI* selectObject)(HDC dc, HGDIOBJ object);
+    BOOL(WINAPI* deleteObject)(HGDIOBJ object);
     // WGL
     HGLRC(WINAPI* createContext)(HDC dc);
     BOOL(WINAPI* deleteContext)(HGLRC rc);
@@ -32,10 +41,17 @@ struct QRNGL_EXPORT WglApi {
     BOOL(WINAPI* choosePixelFormatARB)
     (HDC dc, const int* intAttributes, const FLOAT* floatAttributes, UINT maxFormats, int* formats,
      UINT* count);
+    // WGL_ARB_pbuffer through GLEW; each fails while GLEW has not loaded it.
+    HPBUFFERARB(WINAPI* createPbufferARB)
+    (HDC dc, int format, int width, int height, const int* attributes);
+    HDC(WINAPI* getPbufferDCARB)(HPBUFFERARB pbuffer);
+    int(WINAPI* releasePbufferDCARB)(HPBUFFERARB pbuffer, HDC dc);
+    BOOL(WINAPI* destroyPbufferARB)(HPBUFFERARB pbuffer);
     // GLEW
     unsigned int (*glewInit)();
     bool (*hasArbPixelFormat)(); // WGLEW_ARB_pixel_format
     bool (*hasArbMultisample)(); // WGLEW_ARB_multisample
+    bool (*hasArbPbuffer)();     // WGLEW_ARB_pbuffer
 
     // The table every context calls through.
     static const WglApi& get();

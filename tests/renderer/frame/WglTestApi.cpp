@@ -90,9 +90,57 @@ BOOL WINAPI choosePixelFormatARB(HDC dc, const int* ints, const FLOAT* floats, U
                                  int* formats, UINT* count) {
     note("wglChoosePixelFormatARB");
     record().arbAttributes.assign(ints, ints + 24);
-    record().arbFloats.assign(floats, floats + 2);
+    record().arbList.clear();
+    for (const int* p = ints; p[0] != 0; p += 2)
+        record().arbList.insert(record().arbList.end(), {p[0], p[1]});
+    if (floats)
+        record().arbFloats.assign(floats, floats + 2);
+    else
+        record().arbFloats.clear();
     record().arbMaxFormats = maxFormats;
     return record().next.choosePixelFormatARB(dc, ints, floats, maxFormats, formats, count);
+}
+
+HDC WINAPI createCompatibleDC(HDC dc) {
+    note("CreateCompatibleDC");
+    return record().next.createCompatibleDC(dc);
+}
+
+HBITMAP WINAPI createDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, void** bits,
+                                HANDLE section, DWORD offset) {
+    note("CreateDIBSection");
+    return record().next.createDIBSection(dc, info, usage, bits, section, offset);
+}
+
+HGDIOBJ WINAPI selectObject(HDC dc, HGDIOBJ object) {
+    note("SelectObject");
+    return record().next.selectObject(dc, object);
+}
+
+BOOL WINAPI deleteObject(HGDIOBJ object) {
+    note("DeleteObject");
+    return record().next.deleteObject(object);
+}
+
+HPBUFFERARB WINAPI createPbufferARB(HDC dc, int format, int width, int height,
+                                    const int* attributes) {
+    note("wglCreatePbufferARB");
+    return record().next.createPbufferARB(dc, format, width, height, attributes);
+}
+
+HDC WINAPI getPbufferDCARB(HPBUFFERARB pbuffer) {
+    note("wglGetPbufferDCARB");
+    return record().next.getPbufferDCARB(pbuffer);
+}
+
+int WINAPI releasePbufferDCARB(HPBUFFERARB pbuffer, HDC dc) {
+    note("wglReleasePbufferDCARB");
+    return record().next.releasePbufferDCARB(pbuffer, dc);
+}
+
+BOOL WINAPI destroyPbufferARB(HPBUFFERARB pbuffer) {
+    note("wglDestroyPbufferARB");
+    return record().next.destroyPbufferARB(pbuffer);
 }
 
 unsigned int glewInit() {
@@ -108,6 +156,10 @@ bool hasArbMultisample() {
     return record().next.hasArbMultisample();
 }
 
+bool hasArbPbuffer() {
+    return record().next.hasArbPbuffer();
+}
+
 qrngl::WglApi recording() {
     qrngl::WglApi api;
     api.getModuleHandleW = &getModuleHandleW;
@@ -119,6 +171,14 @@ qrngl::WglApi recording() {
     api.setPixelFormat = &setPixelFormat;
     api.describePixelFormat = &describePixelFormat;
     api.swapBuffers = &swapBuffers;
+    api.createCompatibleDC = &createCompatibleDC;
+    api.createDIBSection = &createDIBSection;
+    api.selectObject = &selectObject;
+    api.deleteObject = &deleteObject;
+    api.createPbufferARB = &createPbufferARB;
+    api.getPbufferDCARB = &getPbufferDCARB;
+    api.releasePbufferDCARB = &releasePbufferDCARB;
+    api.destroyPbufferARB = &destroyPbufferARB;
     api.createContext = &createContext;
     api.deleteContext = &deleteContext;
     api.makeCurrent = &makeCurrent;
@@ -127,6 +187,7 @@ qrngl::WglApi recording() {
     api.glewInit = &glewInit;
     api.hasArbPixelFormat = &hasArbPixelFormat;
     api.hasArbMultisample = &hasArbMultisample;
+    api.hasArbPbuffer = &hasArbPbuffer;
     return api;
 }
 

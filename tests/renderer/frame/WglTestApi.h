@@ -17,6 +17,7 @@ struct WglRecord {
     qrngl::WglApi next;
     // The arguments of the last calls that tests look at.
     std::vector<int> arbAttributes; // the 24 words given to wglChoosePixelFormatARB
+    std::vector<int> arbList;       // its pairs up to the ending 0
     std::vector<float> arbFloats;   // its two float words
     UINT arbMaxFormats = 0;
     PIXELFORMATDESCRIPTOR chosenWith = {}; // the descriptor given to ChoosePixelFormat

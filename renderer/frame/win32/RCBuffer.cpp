@@ -1,0 +1,157 @@
+// The pixel-buffer context on WGL_ARB_pbuffer; every window-system call goes through WglApi.
+#include "frame/RCBuffer.h"
+
+#include "frame/win32/WglApi.h"
+
+#include <vector>
+
+namespace qrngl {
+
+namespace {
+
+HPBUFFERARB pbufferOf(void* handle) {
+    return static_cast<HPBUFFERARB>(handle);
+}
+
+// Ends the temporary context the same way on every path out of create: present, release
+// twice, delete its context, release its DC, destroy its window.
+void tearDown(const RCTemp& temp) {
+    const WglApi& api = WglApi::get();
+    HDC dc = temp.currentDC();
+    api.swapBuffers(dc);
+    api.makeCurrent(dc, nullptr);
+    api.makeCurrent(dc, nullptr);
+    if (temp.currentGLRC())
+        api.deleteContext(temp.currentGLRC());
+    HWND window = WindowFromDC(dc);
+    if (dc)
+        api.releaseDC(window, dc);
+    if (window)
+        api.destroyWindow(window);
+}
+
+} // namespace
+
+RCBuffer::RCBuffer(unsigned int width, unsigned int height, bool multisample,
+                   std::shared_ptr<IRenderContext> parent)
+    : m_width(width), m_height(height), m_pbuffer(nullptr), m_dc(nullptr), m_rc(nullptr),
+      m_parent(std::move(parent)), m_multisample(multisample) {}
+
+RCBuffer::RCBuffer(const RCBuffer& other) = default;
+RCBuffer& RCBuffer::operator=(const RCBuffer& other) = default;
+
+RCBuffer::RCBuffer(RCBuffer&& other) noexcept
+    : m_width(other.m_width), m_height(other.m_height), m_pbuffer(other.m_pbuffer),
+      m_dc(other.m_dc), m_rc(other.m_rc), m_parent(std::move(other.m_parent)),
+      m_multisample(other.m_multisample) {
+    other.m_pbuffer = nullptr;
+    other.m_dc = nullptr;
+    other.m_rc = nullptr;
+}
+
+RCBuffer& RCBuffer::operator=(RCBuffer&& other) noexcept {
+    if (this != &other) {
+        m_width = other.m_width;
+        m_height = other.m_height;
+        m_pbuffer = other.m_pbuffer;
+        m_dc = other.m_dc;
+        m_rc = other.m_rc;
+        m_parent = std::move(other.m_parent);
+        m_multisample = other.m_multisample;
+        other.m_pbuffer = nullptr;
+        other.m_dc = nullptr;
+        other.m_rc = nullptr;
+    }
+    return *this;
+}
+
+// Copies share the handles: the one that is destroyed releases them.
+RCBuffer::~RCBuffer() = default;
+
+int RCBuffer::choosePixelFormat(RCTemp temp, unsigned int maxFormats, int& format) {
+    const WglApi& api = WglApi::get();
+    std::vector<int> attributes = {WGL_DRAW_TO_PBUFFER_ARB, 1,
+                                   WGL_SUPPORT_OPENGL_ARB,  1,
+                                   WGL_ACCELERATION_ARB,    WGL_FULL_ACCELERATION_ARB,
+                                   WGL_COLOR_BITS_ARB,      24,
+                                   WGL_DEPTH_BITS_ARB,      16,
+                                   WGL_STENCIL_BITS_ARB,    2,
+                                   WGL_PIXEL_TYPE_ARB,      WGL_TYPE_RGBA_ARB};
+    if (m_multisample && api.hasArbMultisample())
+        attributes.insert(attributes.end(), {WGL_SAMPLE_BUFFERS_ARB, 1, WGL_SAMPLES_ARB, 4});
+    attributes.insert(attributes.end(), {WGL_RED_BITS_ARB, 8, WGL_GREEN_BITS_ARB, 8,
+                                         WGL_BLUE_BITS_ARB, 8, WGL_DOUBLE_BUFFER_ARB, 0, 0});
+    UINT count = 0;
+    return api.choosePixelFormatARB(temp.currentDC(), attributes.data(), nullptr, maxFormats,
+                                    &format, &count);
+}
+
+bool RCBuffer::create() {
+    const WglApi& api = WglApi::get();
+    RCTemp temp(m_width, m_height, nullptr);
+    if (!temp.create()) {
+        tearDown(temp);
+        return false;
+    }
+    temp.activate();
+    if (!m_parent && api.glewInit() != GLEW_OK) {
+        tearDown(temp);
+        return false;
+    }
+    int format = 0;
+    if (!api.hasArbPbuffer() || !api.hasArbPixelFormat() || !choosePixelFormat(temp, 1, format)) {
+        tearDown(temp);
+        return false;
+    }
+    const int noAttributes[] = {0};
+    HPBUFFERARB pbuffer = api.createPbufferARB(temp.currentDC(), format, static_cast<int>(m_width),
+                                               static_cast<int>(m_height), noAttributes);
+    m_pbuffer = pbuffer;
+    m_dc = api.getPbufferDCARB(pbuffer);
+    m_rc = api.createContext(m_dc);
+    if (m_parent)
+        api.shareLists(m_parent->currentGLRC(), m_rc);
+    tearDown(temp);
+    if (api.makeCurrent(m_dc, m_rc)) {
+        activate();
+        return true;
+    }
+    api.deleteContext(m_rc);
+    m_rc = nullptr;
+    return false;
+}
+
+void RCBuffer::destroy() {
+    const WglApi& api = WglApi::get();
+    deactivate();
+    api.makeCurrent(m_dc, nullptr);
+    if (m_rc)
+        api.deleteContext(m_rc);
+    m_rc = nullptr;
+    if (m_dc)
+        api.releasePbufferDCARB(pbufferOf(m_pbuffer), m_dc);
+    m_dc = nullptr;
+    if (m_pbuffer)
+        api.destroyPbufferARB(pbufferOf(m_pbuffer));
+    m_pbuffer = nullptr;
+}
+
+void RCBuffer::activate() {
+    const WglApi& api = WglApi::get();
+    m_dc = api.getPbufferDCARB(pbufferOf(m_pbuffer));
+    api.makeCurrent(m_dc, m_rc);
+}
+
+void RCBuffer::deactivate() {
+    glFlush();
+}
+
+HDC RCBuffer::currentDC() const {
+    return m_dc;
+}
+
+HGLRC RCBuffer::currentGLRC() const {
+    return m_rc;
+}
+
+} // namespace qrngl
