@@ -58,9 +58,9 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "qrnview: %s\n", error.c_str());
         return 1;
     }
-    auto document = qrnviewer::DocumentBuilder::build(model);
-    // Loaded before the model's meshes would be drawn, released after every canvas.
+    // Released after the document and every canvas: both may hold objects a plug-in made.
     const qrnviewer::RendererPlugins plugins;
+    auto document = qrnviewer::DocumentBuilder::build(model);
     auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     // The fit depends on the picture's shape.
     qrngl::CameraHelper::setViewport(options.width, options.height, renderer->camera);
