@@ -4,8 +4,8 @@
 #include "BenchModels.h"
 #include "FloorDrawable.h"
 
-#include "frame/Canvas.h"
-#include "frame/RCBitmap.h"
+#include "qrngl/frame/Canvas.h"
+#include "qrngl/frame/RCBitmap.h"
 #include "qrngl/GL.h"
 #include "qrngl/MMaterialRenderer.h"
 #include "qrngl/SCRenderer.h"

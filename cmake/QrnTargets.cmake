@@ -16,8 +16,10 @@ function(qrn_warnings target)
   endif()
 endfunction()
 
-# qrn_add_library(NAME <target> ROOT <include root> HEADERS ... SOURCES ... [PUBLIC_DEPS ...] [PRIVATE_DEPS ...])
-# Headers are given relative to ROOT; they are the public headers, installed as they are laid out.
+# qrn_add_library(NAME <target> ROOT <include root> [INSTALL_PREFIX <folder>] HEADERS ... SOURCES ...
+#                 [PUBLIC_DEPS ...] [PRIVATE_DEPS ...])
+# Headers are given relative to ROOT; they are the public headers, installed as they are laid out
+# (below INSTALL_PREFIX when given, and then included by that path in the build too).
 function(qrn_add_library)
   cmake_parse_arguments(A "" "NAME;ROOT;INSTALL_PREFIX" "HEADERS;SOURCES;PUBLIC_DEPS;PRIVATE_DEPS" ${ARGN})
   add_library(${A_NAME} SHARED ${A_SOURCES})
@@ -28,12 +30,20 @@ function(qrn_add_library)
     BASE_NAME ${upper}
     EXPORT_FILE_NAME ${export_dir}/${A_NAME}/${A_NAME}_export.h)
   target_include_directories(${A_NAME} PUBLIC
-    $<BUILD_INTERFACE:${A_ROOT}>
     $<BUILD_INTERFACE:${export_dir}>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  if(NOT A_INSTALL_PREFIX)
+    target_include_directories(${A_NAME} PUBLIC $<BUILD_INTERFACE:${A_ROOT}>)
+  endif()
   if(A_INSTALL_PREFIX)
-    target_include_directories(${A_NAME} PUBLIC
-      $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/${A_INSTALL_PREFIX}>)
+    # Headers named by paths below the prefix: a link named after the prefix leads to ROOT,
+    # so that the build and an installed tree both read "<prefix>/frame/Canvas.h".
+    set(prefix_dir ${CMAKE_BINARY_DIR}/prefixed/${A_NAME})
+    file(MAKE_DIRECTORY ${prefix_dir})
+    if(NOT EXISTS ${prefix_dir}/${A_INSTALL_PREFIX})
+      file(CREATE_LINK ${A_ROOT} ${prefix_dir}/${A_INSTALL_PREFIX} SYMBOLIC)
+    endif()
+    target_include_directories(${A_NAME} PUBLIC $<BUILD_INTERFACE:${prefix_dir}>)
   endif()
   target_link_libraries(${A_NAME} PUBLIC ${A_PUBLIC_DEPS} PRIVATE ${A_PRIVATE_DEPS})
   set_target_properties(${A_NAME} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})

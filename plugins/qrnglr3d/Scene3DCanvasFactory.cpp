@@ -1,7 +1,7 @@
 #include "qrnglr3d/Scene3DCanvasFactory.h"
 
-#include "frame/Canvas.h"
-#include "frame/PrintCanvas.h"
+#include "qrngl/frame/Canvas.h"
+#include "qrngl/frame/PrintCanvas.h"
 #include "qrngl/SCRenderer.h"
 #include "qrnglr3d/SceneOptimizer.h"
 #include "qrnsg/SCInfo.h"

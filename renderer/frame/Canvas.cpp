@@ -1,6 +1,6 @@
-#include "frame/Canvas.h"
+#include "qrngl/frame/Canvas.h"
 
-#include "frame/FrameSetup.h"
+#include "qrngl/frame/FrameSetup.h"
 #include "qrngl/CameraHelper.h"
 #include "qrngl/GL.h"
 #include "qrngl/MMaterialRenderer.h"

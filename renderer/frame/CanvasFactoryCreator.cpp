@@ -1,6 +1,6 @@
-#include "frame/CanvasFactoryCreator.h"
+#include "qrngl/frame/CanvasFactoryCreator.h"
 
-#include "frame/CanvasFactoryHelper.h"
+#include "qrngl/frame/CanvasFactoryHelper.h"
 
 namespace qrngl {
 

@@ -1,4 +1,4 @@
-#include "frame/CanvasFactoryHelper.h"
+#include "qrngl/frame/CanvasFactoryHelper.h"
 
 namespace qrngl {
 

@@ -1,4 +1,4 @@
-#include "frame/CanvasFactoryManager.h"
+#include "qrngl/frame/CanvasFactoryManager.h"
 
 namespace qrngl {
 

@@ -1,6 +1,6 @@
-#include "frame/EmptyCanvas.h"
+#include "qrngl/frame/EmptyCanvas.h"
 
-#include "frame/FrameSetup.h"
+#include "qrngl/frame/FrameSetup.h"
 #include "qrngl/GL.h"
 #include "qrngl/SCRenderer.h"
 

@@ -1,4 +1,4 @@
-#include "frame/FrameSetup.h"
+#include "qrngl/frame/FrameSetup.h"
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/GL.h"

@@ -1,6 +1,6 @@
-#include "frame/PrintCanvas.h"
+#include "qrngl/frame/PrintCanvas.h"
 
-#include "frame/FrameSetup.h"
+#include "qrngl/frame/FrameSetup.h"
 #include "qrngl/GL.h"
 #include "qrngl/SCRenderer.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "frame/RCTemp.h"
+#include "qrngl/frame/RCTemp.h"
 #include "qrngl/IRenderContext.h"
 #include "qrngl/qrngl_export.h"
 

@@ -1,6 +1,6 @@
 // The descriptor helpers of RCTemp, the same on every platform: the descriptor is the Windows
 // one, or the portable mirror of its layout (see RCTemp.h).
-#include "frame/RCTemp.h"
+#include "qrngl/frame/RCTemp.h"
 
 #include "qrn/LogManager.h"
 

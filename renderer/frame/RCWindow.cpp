@@ -1,4 +1,4 @@
-#include "frame/RCWindow.h"
+#include "qrngl/frame/RCWindow.h"
 
 #include "qrn/LogManager.h"
 #include "qrngl/GL.h"

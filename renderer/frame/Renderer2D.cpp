@@ -1,4 +1,4 @@
-#include "frame/Renderer2D.h"
+#include "qrngl/frame/Renderer2D.h"
 
 #include "qrngl/GL.h"
 

@@ -1,6 +1,6 @@
-#include "frame/SCRFactory.h"
+#include "qrngl/frame/SCRFactory.h"
 
-#include "frame/SCRenderInfra.h"
+#include "qrngl/frame/SCRenderInfra.h"
 
 namespace qrnglr {
 

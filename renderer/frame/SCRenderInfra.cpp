@@ -1,4 +1,4 @@
-#include "frame/SCRenderInfra.h"
+#include "qrngl/frame/SCRenderInfra.h"
 
 namespace qrngl {
 

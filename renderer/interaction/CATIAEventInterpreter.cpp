@@ -1,4 +1,4 @@
-#include "interaction/CATIAEventInterpreter.h"
+#include "qrngl/interaction/CATIAEventInterpreter.h"
 
 #include "qrngl/IManipulator.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "interaction/IEventInterpreter.h"
+#include "qrngl/interaction/IEventInterpreter.h"
 #include "qrn/IDocument.h"
 #include "qrn/IState.h"
 #include "qrngl/IManipulator.h"

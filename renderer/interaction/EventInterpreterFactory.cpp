@@ -1,12 +1,12 @@
-#include "interaction/EventInterpreterFactory.h"
+#include "qrngl/interaction/EventInterpreterFactory.h"
 
-#include "interaction/CATIAEventInterpreter.h"
-#include "interaction/InventorEventInterpreter.h"
-#include "interaction/NXEventInterpreter.h"
-#include "interaction/ProEEventInterpreter.h"
-#include "interaction/QrnEventInterpreter.h"
-#include "interaction/SEEventInterpreter.h"
-#include "interaction/SWEventInterpreter.h"
+#include "qrngl/interaction/CATIAEventInterpreter.h"
+#include "qrngl/interaction/InventorEventInterpreter.h"
+#include "qrngl/interaction/NXEventInterpreter.h"
+#include "qrngl/interaction/ProEEventInterpreter.h"
+#include "qrngl/interaction/QrnEventInterpreter.h"
+#include "qrngl/interaction/SEEventInterpreter.h"
+#include "qrngl/interaction/SWEventInterpreter.h"
 
 namespace qrngl {
 

@@ -1,6 +1,6 @@
-#include "interaction/GestureManipulator.h"
+#include "qrngl/interaction/GestureManipulator.h"
 
-#include "interaction/ViewState.h"
+#include "qrngl/interaction/ViewState.h"
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
 #include "qrnplatform/Input.h"

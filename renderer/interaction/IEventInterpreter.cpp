@@ -1,4 +1,4 @@
-#include "interaction/IEventInterpreter.h"
+#include "qrngl/interaction/IEventInterpreter.h"
 
 namespace qrngl {
 

@@ -1,4 +1,4 @@
-#include "interaction/InventorEventInterpreter.h"
+#include "qrngl/interaction/InventorEventInterpreter.h"
 
 #include "qrngl/IManipulator.h"
 #include "qrnplatform/Input.h"

@@ -1,4 +1,4 @@
-#include "interaction/NXEventInterpreter.h"
+#include "qrngl/interaction/NXEventInterpreter.h"
 
 #include "qrngl/IManipulator.h"
 

@@ -1,4 +1,4 @@
-#include "interaction/OperationSettings.h"
+#include "qrngl/interaction/OperationSettings.h"
 
 #include "qrnplatform/Environment.h"
 #include "qrnplatform/Settings.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "interaction/IEventInterpreter.h"
+#include "qrngl/interaction/IEventInterpreter.h"
 #include "qrngl/qrngl_export.h"
 
 #include <string>

@@ -1,4 +1,4 @@
-#include "interaction/ProEEventInterpreter.h"
+#include "qrngl/interaction/ProEEventInterpreter.h"
 
 #include "qrngl/IManipulator.h"
 

@@ -1,4 +1,4 @@
-#include "interaction/QrnEventInterpreter.h"
+#include "qrngl/interaction/QrnEventInterpreter.h"
 
 #include "qrngl/IManipulator.h"
 

@@ -1,4 +1,4 @@
-#include "interaction/SEEventInterpreter.h"
+#include "qrngl/interaction/SEEventInterpreter.h"
 
 #include "qrngl/IManipulator.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "interaction/QrnEventInterpreter.h"
+#include "qrngl/interaction/QrnEventInterpreter.h"
 
 namespace qrngl {
 

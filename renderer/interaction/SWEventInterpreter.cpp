@@ -1,4 +1,4 @@
-#include "interaction/SWEventInterpreter.h"
+#include "qrngl/interaction/SWEventInterpreter.h"
 
 #include "qrngl/IManipulator.h"
 

@@ -1,4 +1,4 @@
-#include "interaction/ViewState.h"
+#include "qrngl/interaction/ViewState.h"
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"

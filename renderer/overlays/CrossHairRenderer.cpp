@@ -1,4 +1,4 @@
-#include "overlays/CrossHairRenderer.h"
+#include "qrngl/overlays/CrossHairRenderer.h"
 
 #include "qrngl/GL.h"
 #include "qrngl/PLMaterialRenderer.h"

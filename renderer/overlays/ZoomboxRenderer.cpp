@@ -1,4 +1,4 @@
-#include "overlays/ZoomboxRenderer.h"
+#include "qrngl/overlays/ZoomboxRenderer.h"
 
 #include "qrngl/GL.h"
 #include "qrngl/MMaterialRenderer.h"

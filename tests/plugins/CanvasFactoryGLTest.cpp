@@ -3,9 +3,9 @@
 #include "GLTest.h"
 #include "TestDocument.h"
 
-#include "frame/CanvasFactoryCreator.h"
-#include "frame/CanvasFactoryHelper.h"
-#include "frame/PrintCanvas.h"
+#include "qrngl/frame/CanvasFactoryCreator.h"
+#include "qrngl/frame/CanvasFactoryHelper.h"
+#include "qrngl/frame/PrintCanvas.h"
 #include "qrn2d/SCScene2D.h"
 #include "qrngl/GL.h"
 #include "qrnplatform/SharedLibrary.h"

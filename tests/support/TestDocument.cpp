@@ -1,6 +1,6 @@
 #include "TestDocument.h"
 
-#include "frame/SCRFactory.h"
+#include "qrngl/frame/SCRFactory.h"
 #include "qrngl/GL.h"
 #include "qrngl/SCGLFactory.h"
 #include "qrnglutils/MeshStripEntry.h"

@@ -1,6 +1,6 @@
 #include "qrnviewer/DocumentBuilder.h"
 
-#include "frame/SCRFactory.h"
+#include "qrngl/frame/SCRFactory.h"
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCGLFactory.h"
 #include "qrngl/SCRenderer.h"

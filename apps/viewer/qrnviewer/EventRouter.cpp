@@ -1,7 +1,7 @@
 #include "qrnviewer/EventRouter.h"
 
-#include "interaction/GestureManipulator.h"
-#include "interaction/ViewState.h"
+#include "qrngl/interaction/GestureManipulator.h"
+#include "qrngl/interaction/ViewState.h"
 #include "qrngl/SCRenderer.h"
 #include "qrnplatform/Input.h"
 #include "qrnplatform/WindowTimer.h"

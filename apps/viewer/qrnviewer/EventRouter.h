@@ -1,6 +1,6 @@
 #pragma once
 
-#include "interaction/CameraManipulator.h"
+#include "qrngl/interaction/CameraManipulator.h"
 #include "qrnviewer/HostFrame.h"
 #include "qrnviewer/InputEvent.h"
 

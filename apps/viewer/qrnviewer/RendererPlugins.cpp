@@ -1,6 +1,6 @@
 #include "qrnviewer/RendererPlugins.h"
 
-#include "frame/CanvasFactoryCreator.h"
+#include "qrngl/frame/CanvasFactoryCreator.h"
 #include "qrnplatform/Environment.h"
 #include "qrnplatform/Settings.h"
 

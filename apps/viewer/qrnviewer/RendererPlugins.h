@@ -1,6 +1,6 @@
 #pragma once
 
-#include "frame/CanvasFactoryManager.h"
+#include "qrngl/frame/CanvasFactoryManager.h"
 #include "qrn/IDocument.h"
 
 #include <filesystem>

@@ -1,8 +1,8 @@
 #include "qrnviewer/Snapshot.h"
 
-#include "frame/PrintCanvas.h"
-#include "frame/RCBitmap.h"
-#include "frame/RCBuffer.h"
+#include "qrngl/frame/PrintCanvas.h"
+#include "qrngl/frame/RCBitmap.h"
+#include "qrngl/frame/RCBuffer.h"
 #include "qrngl/GL.h"
 #include "qrnimage/Image.h"
 #include "qrnviewer/RendererPlugins.h"

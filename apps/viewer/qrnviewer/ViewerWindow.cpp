@@ -1,6 +1,6 @@
 #include "qrnviewer/ViewerWindow.h"
 
-#include "frame/RCWindow.h"
+#include "qrngl/frame/RCWindow.h"
 #include "qrngl/Cursor.h"
 #include "qrngl/ICanvasFactory.h"
 #include "qrngl/SCRenderer.h"

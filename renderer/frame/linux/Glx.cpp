@@ -1,4 +1,4 @@
-#include "frame/linux/Glx.h"
+#include "qrngl/frame/linux/Glx.h"
 
 #include <X11/Xutil.h>
 

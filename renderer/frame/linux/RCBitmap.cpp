@@ -1,7 +1,7 @@
 // Headless backend: an EGL context without a display server (Mesa's surfaceless platform when
 // it is there) drawing into a frame buffer object; deactivate() copies the frame into the
 // memory image, as a bitmap context's frame lands in its DIB.
-#include "frame/RCBitmap.h"
+#include "qrngl/frame/RCBitmap.h"
 
 #include "qrngl/GL.h"
 

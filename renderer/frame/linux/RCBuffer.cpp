@@ -6,9 +6,9 @@
 // one sample, so a multisampled buffer is a single-sampled pbuffer with a 4-sample frame
 // buffer object in front of it. Frames are drawn into the frame buffer object and resolved into
 // the pbuffer by deactivate(); reads see the pbuffer, that is the last finished frame.
-#include "frame/RCBuffer.h"
+#include "qrngl/frame/RCBuffer.h"
 
-#include "frame/linux/Glx.h"
+#include "qrngl/frame/linux/Glx.h"
 
 #include <cstdint>
 #include <vector>

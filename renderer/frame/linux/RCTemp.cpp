@@ -1,8 +1,8 @@
 // The helper context on an unmapped X window, through GLX (see Glx.h for the counterpart of
 // each Windows step).
-#include "frame/RCTemp.h"
+#include "qrngl/frame/RCTemp.h"
 
-#include "frame/linux/Glx.h"
+#include "qrngl/frame/linux/Glx.h"
 #include "qrn/LogManager.h"
 
 #include <cstring>

@@ -1,9 +1,9 @@
 // The on-screen context of the host's X window, through GLX (see Glx.h for the counterpart of
 // each Windows step).
-#include "frame/RCWindow.h"
+#include "qrngl/frame/RCWindow.h"
 
-#include "frame/RCTemp.h"
-#include "frame/linux/Glx.h"
+#include "qrngl/frame/RCTemp.h"
+#include "qrngl/frame/linux/Glx.h"
 #include "qrn/LogManager.h"
 
 namespace qrngl {

@@ -2,8 +2,8 @@
 // format, drawn to by a plain WGL context; every GDI and WGL call goes through WglApi.
 #include <windows.h>
 
-#include "frame/RCBitmap.h"
-#include "frame/win32/WglApi.h"
+#include "qrngl/frame/RCBitmap.h"
+#include "qrngl/frame/win32/WglApi.h"
 
 namespace qrngl {
 

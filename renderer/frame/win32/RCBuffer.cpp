@@ -1,7 +1,7 @@
 // The pixel-buffer context on WGL_ARB_pbuffer; every window-system call goes through WglApi.
-#include "frame/RCBuffer.h"
+#include "qrngl/frame/RCBuffer.h"
 
-#include "frame/win32/WglApi.h"
+#include "qrngl/frame/win32/WglApi.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 // The helper context on a hidden popup window; every window-system call goes through WglApi.
-#include "frame/RCTemp.h"
+#include "qrngl/frame/RCTemp.h"
 
-#include "frame/win32/WglApi.h"
+#include "qrngl/frame/win32/WglApi.h"
 #include "qrn/LogManager.h"
 #include "qrngl/GL.h"
 

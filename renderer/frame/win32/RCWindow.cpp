@@ -1,8 +1,8 @@
 // The on-screen context of the host's window; every window-system call goes through WglApi.
-#include "frame/RCWindow.h"
+#include "qrngl/frame/RCWindow.h"
 
-#include "frame/RCTemp.h"
-#include "frame/win32/WglApi.h"
+#include "qrngl/frame/RCTemp.h"
+#include "qrngl/frame/win32/WglApi.h"
 #include "qrn/LogManager.h"
 #include "qrngl/GL.h"
 

@@ -1,4 +1,4 @@
-#include "frame/win32/WglApi.h"
+#include "qrngl/frame/win32/WglApi.h"
 
 #include "qrngl/GL.h"
 

@@ -1,7 +1,7 @@
 // A renderer plug-in for the loader's tests: its factory accepts every document, makes empty
 // canvases, and the library counts the factories it has handed out and not yet taken back.
 #include "CanvasFactoryEntries.h"
-#include "frame/EmptyCanvas.h"
+#include "qrngl/frame/EmptyCanvas.h"
 
 #ifdef _WIN32
 #define QRNTEST_PLUGIN_EXPORT extern "C" __declspec(dllexport)

@@ -1,8 +1,8 @@
 #include "GLTest.h"
 #include "TestDocument.h"
 
-#include "frame/Canvas.h"
-#include "frame/EmptyCanvas.h"
+#include "qrngl/frame/Canvas.h"
+#include "qrngl/frame/EmptyCanvas.h"
 #include "qrngl/CameraHelper.h"
 #include "qrngl/GL.h"
 #include "qrnglutils/ViewRenderer.h"

@@ -1,6 +1,6 @@
 #include "GLTest.h"
 
-#include "frame/RCBitmap.h"
+#include "qrngl/frame/RCBitmap.h"
 #include "qrngl/GL.h"
 
 namespace qrntest {

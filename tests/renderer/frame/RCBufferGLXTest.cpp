@@ -3,9 +3,9 @@
 // GoogleTest first: Xlib's macros (None, Bool) would clash with its names.
 #include <gtest/gtest.h>
 
-#include "frame/RCBuffer.h"
-#include "frame/RCTemp.h"
-#include "frame/linux/Glx.h"
+#include "qrngl/frame/RCBuffer.h"
+#include "qrngl/frame/RCTemp.h"
+#include "qrngl/frame/linux/Glx.h"
 #include "qrngl/GL.h"
 
 #include <algorithm>

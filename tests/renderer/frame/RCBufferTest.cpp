@@ -1,10 +1,10 @@
 // RCBuffer and RCBitmap on Windows (run under Wine): a real WGL pixel buffer, the lists it
 // shares, and every call of both contexts and every failure path through the recording table.
-#include "frame/RCBuffer.h"
+#include "qrngl/frame/RCBuffer.h"
 #include "MemoryLogger.h"
 #include "WglTestApi.h"
-#include "frame/RCBitmap.h"
-#include "frame/RCTemp.h"
+#include "qrngl/frame/RCBitmap.h"
+#include "qrngl/frame/RCTemp.h"
 #include "qrngl/GL.h"
 
 #include <GL/wglew.h>

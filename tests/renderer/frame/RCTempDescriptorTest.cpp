@@ -5,7 +5,7 @@
 
 #include "ContextLog.h"
 #include "MemoryLogger.h"
-#include "frame/RCTemp.h"
+#include "qrngl/frame/RCTemp.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // RCTemp on Windows (run under Wine): the hidden window, the context on it, the pixel format
 // probes, and every failure path reached by replacing one window-system call.
-#include "frame/RCTemp.h"
+#include "qrngl/frame/RCTemp.h"
 #include "ContextLog.h"
 #include "MemoryLogger.h"
 #include "WglTestApi.h"
-#include "frame/RCWindow.h"
+#include "qrngl/frame/RCWindow.h"
 #include "qrngl/GL.h"
 
 #include <GL/wglew.h>

@@ -5,8 +5,8 @@
 
 #include "ContextLog.h"
 #include "MemoryLogger.h"
-#include "frame/RCTemp.h"
-#include "frame/RCWindow.h"
+#include "qrngl/frame/RCTemp.h"
+#include "qrngl/frame/RCWindow.h"
 #include "qrngl/GL.h"
 
 #include <GL/glx.h>

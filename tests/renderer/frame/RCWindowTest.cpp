@@ -1,10 +1,10 @@
 // RCWindow on Windows (run under Wine): real windows drawn through WGL, and every failure path
 // reached by replacing one window-system call.
-#include "frame/RCWindow.h"
+#include "qrngl/frame/RCWindow.h"
 #include "ContextLog.h"
 #include "MemoryLogger.h"
 #include "WglTestApi.h"
-#include "frame/RCTemp.h"
+#include "qrngl/frame/RCTemp.h"
 #include "qrngl/GL.h"
 
 #include <GL/wglew.h>

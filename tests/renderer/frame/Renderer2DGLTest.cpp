@@ -1,6 +1,6 @@
 #include "GLTest.h"
 
-#include "frame/Renderer2D.h"
+#include "qrngl/frame/Renderer2D.h"
 #include "qrn2d/SCScene2D.h"
 #include "qrngl/GL.h"
 

@@ -1,5 +1,5 @@
-#include "frame/SCRFactory.h"
-#include "frame/SCRenderInfra.h"
+#include "qrngl/frame/SCRFactory.h"
+#include "qrngl/frame/SCRenderInfra.h"
 #include "qrnsg/SCFactory.h"
 #include "qrnsg/SCScene.h"
 

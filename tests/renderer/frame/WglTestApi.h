@@ -5,7 +5,7 @@
 // which a test changes to make a call fail.
 #include <windows.h>
 
-#include "frame/win32/WglApi.h"
+#include "qrngl/frame/win32/WglApi.h"
 
 #include <string>
 #include <vector>

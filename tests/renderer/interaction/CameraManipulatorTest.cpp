@@ -1,7 +1,7 @@
-#include "interaction/CameraManipulator.h"
+#include "qrngl/interaction/CameraManipulator.h"
 
 #include "ManipulatorTestSupport.h"
-#include "overlays/ZoomboxRenderer.h"
+#include "qrngl/overlays/ZoomboxRenderer.h"
 #include "qrnmath/QuatUtils.h"
 #include "qrnplatform/Environment.h"
 #include "qrnplatform/Settings.h"

@@ -1,4 +1,4 @@
-#include "interaction/GestureManipulator.h"
+#include "qrngl/interaction/GestureManipulator.h"
 
 #include "ManipulatorTestSupport.h"
 #include "qrnmath/QuatUtils.h"

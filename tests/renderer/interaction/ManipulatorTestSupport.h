@@ -3,7 +3,7 @@
 // What the manipulator tests share: a host frame around a document with a renderer component,
 // the view animation on a window of this thread, and the origin of the mouse message.
 
-#include "interaction/ViewState.h"
+#include "qrngl/interaction/ViewState.h"
 #include "qrn/Document.h"
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCGLFactory.h"

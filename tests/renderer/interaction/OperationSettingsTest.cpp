@@ -1,5 +1,5 @@
-#include "interaction/OperationSettings.h"
-#include "interaction/QrnEventInterpreter.h"
+#include "qrngl/interaction/OperationSettings.h"
+#include "qrngl/interaction/QrnEventInterpreter.h"
 #include "qrngl/IManipulator.h"
 #include "qrnplatform/Environment.h"
 #include "qrnplatform/Settings.h"

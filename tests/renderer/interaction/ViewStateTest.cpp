@@ -1,4 +1,4 @@
-#include "interaction/ViewState.h"
+#include "qrngl/interaction/ViewState.h"
 
 #include "qrn/Document.h"
 #include "qrngl/CameraHelper.h"

@@ -1,5 +1,5 @@
-#include "overlays/CrossHairRenderer.h"
-#include "overlays/ZoomboxRenderer.h"
+#include "qrngl/overlays/CrossHairRenderer.h"
+#include "qrngl/overlays/ZoomboxRenderer.h"
 #include "qrnglutils/CrossHairUtils.h"
 #include "qrnglutils/ZoomboxUtils.h"
 

@@ -1,9 +1,9 @@
 #include "GLTest.h"
 #include "TestDocument.h"
 
-#include "frame/Canvas.h"
-#include "overlays/CrossHairRenderer.h"
-#include "overlays/ZoomboxRenderer.h"
+#include "qrngl/frame/Canvas.h"
+#include "qrngl/overlays/CrossHairRenderer.h"
+#include "qrngl/overlays/ZoomboxRenderer.h"
 #include "qrngl/GL.h"
 #include "qrnglutils/CrossHairUtils.h"
 #include "qrnglutils/MeshRenderer.h"

@@ -1,6 +1,6 @@
 #include "GLContext.h"
 
-#include "frame/RCBitmap.h"
+#include "qrngl/frame/RCBitmap.h"
 
 namespace qrntest {
 

@@ -2,7 +2,7 @@
 
 #include "GLContext.h"
 
-#include "frame/RCTemp.h"
+#include "qrngl/frame/RCTemp.h"
 #include "qrngl/GL.h"
 
 #include <vector>
