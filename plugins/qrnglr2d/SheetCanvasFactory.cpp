@@ -1,10 +1,10 @@
 #include "qrnglr2d/SheetCanvasFactory.h"
 
+#include "qrn2d/SCScene2D.h"
+#include "qrngl/SCRenderer.h"
 #include "qrngl/frame/EmptyCanvas.h"
 #include "qrngl/frame/PrintCanvas.h"
 #include "qrngl/frame/Renderer2D.h"
-#include "qrn2d/SCScene2D.h"
-#include "qrngl/SCRenderer.h"
 #include "qrnglr2d/SheetViewRenderer.h"
 
 namespace qrnglr2d {

@@ -1,8 +1,8 @@
 #include "qrnglr3d/Scene3DCanvasFactory.h"
 
+#include "qrngl/SCRenderer.h"
 #include "qrngl/frame/Canvas.h"
 #include "qrngl/frame/PrintCanvas.h"
-#include "qrngl/SCRenderer.h"
 #include "qrnglr3d/SceneOptimizer.h"
 #include "qrnsg/SCInfo.h"
 #include "qrnsg/SCScene.h"

@@ -1,12 +1,12 @@
 #include "qrngl/frame/Canvas.h"
 
-#include "qrngl/frame/FrameSetup.h"
 #include "qrngl/CameraHelper.h"
 #include "qrngl/GL.h"
 #include "qrngl/MMaterialRenderer.h"
 #include "qrngl/PLMaterialRenderer.h"
 #include "qrngl/SCRenderer.h"
 #include "qrngl/SCStripRenderer.h"
+#include "qrngl/frame/FrameSetup.h"
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"

@@ -1,8 +1,8 @@
 #include "qrngl/frame/PrintCanvas.h"
 
-#include "qrngl/frame/FrameSetup.h"
 #include "qrngl/GL.h"
 #include "qrngl/SCRenderer.h"
+#include "qrngl/frame/FrameSetup.h"
 
 #include <algorithm>
 

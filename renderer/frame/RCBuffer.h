@@ -1,7 +1,7 @@
 #pragma once
 
-#include "qrngl/frame/RCTemp.h"
 #include "qrngl/IRenderContext.h"
+#include "qrngl/frame/RCTemp.h"
 #include "qrngl/qrngl_export.h"
 
 #include <memory>

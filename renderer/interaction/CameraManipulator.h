@@ -1,9 +1,9 @@
 #pragma once
 
-#include "qrngl/interaction/IEventInterpreter.h"
 #include "qrn/IDocument.h"
 #include "qrn/IState.h"
 #include "qrngl/IManipulator.h"
+#include "qrngl/interaction/IEventInterpreter.h"
 #include "qrngl/qrngl_export.h"
 #include "qrnsg/Mesh.h"
 #include "qrnsg/Polyline.h"

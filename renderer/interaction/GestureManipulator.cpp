@@ -1,8 +1,8 @@
 #include "qrngl/interaction/GestureManipulator.h"
 
-#include "qrngl/interaction/ViewState.h"
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
+#include "qrngl/interaction/ViewState.h"
 #include "qrnplatform/Input.h"
 #include "qrnui/Hint.h"
 #include "qrnui/IFrame.h"

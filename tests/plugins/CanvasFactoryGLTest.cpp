@@ -3,11 +3,11 @@
 #include "GLTest.h"
 #include "TestDocument.h"
 
+#include "qrn2d/SCScene2D.h"
+#include "qrngl/GL.h"
 #include "qrngl/frame/CanvasFactoryCreator.h"
 #include "qrngl/frame/CanvasFactoryHelper.h"
 #include "qrngl/frame/PrintCanvas.h"
-#include "qrn2d/SCScene2D.h"
-#include "qrngl/GL.h"
 #include "qrnplatform/SharedLibrary.h"
 #include "qrnplatform/Text.h"
 

@@ -1,8 +1,8 @@
 #include "TestDocument.h"
 
-#include "qrngl/frame/SCRFactory.h"
 #include "qrngl/GL.h"
 #include "qrngl/SCGLFactory.h"
+#include "qrngl/frame/SCRFactory.h"
 #include "qrnglutils/MeshStripEntry.h"
 #include "qrnglutils/PolylineStripEntry.h"
 #include "qrnmath/MatrixUtils.h"

@@ -1,10 +1,10 @@
 #include "qrnviewer/DocumentBuilder.h"
 
-#include "qrngl/frame/SCRFactory.h"
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCGLFactory.h"
 #include "qrngl/SCRenderer.h"
 #include "qrngl/SCStripRenderer.h"
+#include "qrngl/frame/SCRFactory.h"
 #include "qrnglutils/LightRenderer.h"
 #include "qrnglutils/SceneBuilder.h"
 #include "qrnglutils/ViewRenderer.h"

@@ -1,8 +1,8 @@
 #include "qrnviewer/EventRouter.h"
 
+#include "qrngl/SCRenderer.h"
 #include "qrngl/interaction/GestureManipulator.h"
 #include "qrngl/interaction/ViewState.h"
-#include "qrngl/SCRenderer.h"
 #include "qrnplatform/Input.h"
 #include "qrnplatform/WindowTimer.h"
 #include "qrnsg/SCView.h"

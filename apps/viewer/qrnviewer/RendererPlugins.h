@@ -1,7 +1,7 @@
 #pragma once
 
-#include "qrngl/frame/CanvasFactoryManager.h"
 #include "qrn/IDocument.h"
+#include "qrngl/frame/CanvasFactoryManager.h"
 
 #include <filesystem>
 #include <memory>

@@ -1,9 +1,9 @@
 #include "qrnviewer/Snapshot.h"
 
+#include "qrngl/GL.h"
 #include "qrngl/frame/PrintCanvas.h"
 #include "qrngl/frame/RCBitmap.h"
 #include "qrngl/frame/RCBuffer.h"
-#include "qrngl/GL.h"
 #include "qrnimage/Image.h"
 #include "qrnviewer/RendererPlugins.h"
 #include "qrnviewer/ViewerWindow.h"

@@ -1,9 +1,9 @@
 #include "qrnviewer/ViewerWindow.h"
 
-#include "qrngl/frame/RCWindow.h"
 #include "qrngl/Cursor.h"
 #include "qrngl/ICanvasFactory.h"
 #include "qrngl/SCRenderer.h"
+#include "qrngl/frame/RCWindow.h"
 #include "qrnplatform/Input.h"
 #include "qrnplatform/WindowTimer.h"
 #include "qrnviewer/EventLog.h"

@@ -3,8 +3,8 @@
 // The X11 and GLX steps behind the window contexts, each the counterpart of one Windows call
 // (named beside it). Handles: an HWND or HDC carries the X window id, an HGLRC the GLXContext;
 // a pixel format is the id of a GL-capable X visual (one per GLX frame-buffer configuration).
-#include "qrngl/frame/RCTemp.h"
 #include "qrngl/GL.h"
+#include "qrngl/frame/RCTemp.h"
 #include "qrngl/qrngl_export.h"
 
 #include <GL/glxew.h>

@@ -2,8 +2,8 @@
 // each Windows step).
 #include "qrngl/frame/RCTemp.h"
 
-#include "qrngl/frame/linux/Glx.h"
 #include "qrn/LogManager.h"
+#include "qrngl/frame/linux/Glx.h"
 
 #include <cstring>
 

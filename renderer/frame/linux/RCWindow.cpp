@@ -2,9 +2,9 @@
 // each Windows step).
 #include "qrngl/frame/RCWindow.h"
 
+#include "qrn/LogManager.h"
 #include "qrngl/frame/RCTemp.h"
 #include "qrngl/frame/linux/Glx.h"
-#include "qrn/LogManager.h"
 
 namespace qrngl {
 

@@ -1,9 +1,9 @@
 // The helper context on a hidden popup window; every window-system call goes through WglApi.
 #include "qrngl/frame/RCTemp.h"
 
-#include "qrngl/frame/win32/WglApi.h"
 #include "qrn/LogManager.h"
 #include "qrngl/GL.h"
+#include "qrngl/frame/win32/WglApi.h"
 
 #include <GL/wglew.h>
 

@@ -1,10 +1,10 @@
 // The on-screen context of the host's window; every window-system call goes through WglApi.
 #include "qrngl/frame/RCWindow.h"
 
-#include "qrngl/frame/RCTemp.h"
-#include "qrngl/frame/win32/WglApi.h"
 #include "qrn/LogManager.h"
 #include "qrngl/GL.h"
+#include "qrngl/frame/RCTemp.h"
+#include "qrngl/frame/win32/WglApi.h"
 
 #include <GL/wglew.h>
 

@@ -1,10 +1,10 @@
 #include "GLTest.h"
 #include "TestDocument.h"
 
-#include "qrngl/frame/Canvas.h"
-#include "qrngl/frame/EmptyCanvas.h"
 #include "qrngl/CameraHelper.h"
 #include "qrngl/GL.h"
+#include "qrngl/frame/Canvas.h"
+#include "qrngl/frame/EmptyCanvas.h"
 #include "qrnglutils/ViewRenderer.h"
 #include "qrnmath/MatrixUtils.h"
 

@@ -1,7 +1,7 @@
 #include "GLTest.h"
 
-#include "qrngl/frame/RCBitmap.h"
 #include "qrngl/GL.h"
+#include "qrngl/frame/RCBitmap.h"
 
 namespace qrntest {
 namespace {

@@ -3,10 +3,10 @@
 // GoogleTest first: Xlib's macros (None, Bool) would clash with its names.
 #include <gtest/gtest.h>
 
+#include "qrngl/GL.h"
 #include "qrngl/frame/RCBuffer.h"
 #include "qrngl/frame/RCTemp.h"
 #include "qrngl/frame/linux/Glx.h"
-#include "qrngl/GL.h"
 
 #include <algorithm>
 #include <memory>

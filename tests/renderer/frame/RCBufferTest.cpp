@@ -3,9 +3,9 @@
 #include "qrngl/frame/RCBuffer.h"
 #include "MemoryLogger.h"
 #include "WglTestApi.h"
+#include "qrngl/GL.h"
 #include "qrngl/frame/RCBitmap.h"
 #include "qrngl/frame/RCTemp.h"
-#include "qrngl/GL.h"
 
 #include <GL/wglew.h>
 #include <gtest/gtest.h>

@@ -5,9 +5,9 @@
 
 #include "ContextLog.h"
 #include "MemoryLogger.h"
+#include "qrngl/GL.h"
 #include "qrngl/frame/RCTemp.h"
 #include "qrngl/frame/RCWindow.h"
-#include "qrngl/GL.h"
 
 #include <GL/glx.h>
 #include <X11/Xutil.h>

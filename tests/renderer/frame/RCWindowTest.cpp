@@ -4,8 +4,8 @@
 #include "ContextLog.h"
 #include "MemoryLogger.h"
 #include "WglTestApi.h"
-#include "qrngl/frame/RCTemp.h"
 #include "qrngl/GL.h"
+#include "qrngl/frame/RCTemp.h"
 
 #include <GL/wglew.h>
 #include <gtest/gtest.h>

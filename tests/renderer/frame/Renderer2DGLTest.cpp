@@ -1,8 +1,8 @@
 #include "GLTest.h"
 
-#include "qrngl/frame/Renderer2D.h"
 #include "qrn2d/SCScene2D.h"
 #include "qrngl/GL.h"
+#include "qrngl/frame/Renderer2D.h"
 
 #include <cmath>
 #include <cstdint>

@@ -1,3 +1,4 @@
+#include "qrngl/IManipulator.h"
 #include "qrngl/interaction/CATIAEventInterpreter.h"
 #include "qrngl/interaction/EventInterpreterFactory.h"
 #include "qrngl/interaction/InventorEventInterpreter.h"
@@ -6,7 +7,6 @@
 #include "qrngl/interaction/QrnEventInterpreter.h"
 #include "qrngl/interaction/SEEventInterpreter.h"
 #include "qrngl/interaction/SWEventInterpreter.h"
-#include "qrngl/IManipulator.h"
 #include "qrnplatform/Input.h"
 
 #include <gtest/gtest.h>

@@ -3,11 +3,11 @@
 // What the manipulator tests share: a host frame around a document with a renderer component,
 // the view animation on a window of this thread, and the origin of the mouse message.
 
-#include "qrngl/interaction/ViewState.h"
 #include "qrn/Document.h"
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCGLFactory.h"
 #include "qrngl/SCRenderer.h"
+#include "qrngl/interaction/ViewState.h"
 #include "qrnmath/MatrixUtils.h"
 #include "qrnplatform/Input.h"
 #include "qrnplatform/WindowTimer.h"

@@ -1,6 +1,6 @@
 #include "qrngl/interaction/OperationSettings.h"
-#include "qrngl/interaction/QrnEventInterpreter.h"
 #include "qrngl/IManipulator.h"
+#include "qrngl/interaction/QrnEventInterpreter.h"
 #include "qrnplatform/Environment.h"
 #include "qrnplatform/Settings.h"
 #include "qrnplatform/Text.h"

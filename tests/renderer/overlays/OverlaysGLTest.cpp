@@ -1,10 +1,10 @@
 #include "GLTest.h"
 #include "TestDocument.h"
 
+#include "qrngl/GL.h"
 #include "qrngl/frame/Canvas.h"
 #include "qrngl/overlays/CrossHairRenderer.h"
 #include "qrngl/overlays/ZoomboxRenderer.h"
-#include "qrngl/GL.h"
 #include "qrnglutils/CrossHairUtils.h"
 #include "qrnglutils/MeshRenderer.h"
 #include "qrnglutils/PolylineRenderer.h"

@@ -2,8 +2,8 @@
 
 #include "GLContext.h"
 
-#include "qrngl/frame/RCTemp.h"
 #include "qrngl/GL.h"
+#include "qrngl/frame/RCTemp.h"
 
 #include <vector>
 
