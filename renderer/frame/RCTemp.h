@@ -7,13 +7,6 @@
 #include <memory>
 #include <string>
 
-#ifdef _WIN32
-struct tagPIXELFORMATDESCRIPTOR;
-typedef struct tagPIXELFORMATDESCRIPTOR PIXELFORMATDESCRIPTOR;
-#else
-struct _XDisplay; // Xlib's Display
-#endif
-
 namespace qrngl {
 
 // The fields of a Windows pixel format descriptor, in its layout (40 bytes), so that a context
@@ -48,28 +41,21 @@ struct PixelFormatDescriptor {
     std::uint32_t dwDamageMask;
 };
 
-#ifdef _WIN32
-using ::PIXELFORMATDESCRIPTOR;
-#else
-typedef PixelFormatDescriptor PIXELFORMATDESCRIPTOR;
-#endif
-
 // A short-lived context on a hidden window (its own, or one it is given): it loads the
 // extension entry points before the real pixel format is chosen, and probes pixel formats.
 // deactivate() presents and releases the context. On X11 the hidden window is an unmapped
-// window, formats are visual ids (classic) or GLXFBConfig ids (ARB), and the X11 constructors
-// name the display connection (the others use the process's own connection to $DISPLAY).
+// window, formats are visual ids (classic) or GLXFBConfig ids (ARB), and the constructors with
+// a display name the connection (the others, and a null display, use the process's own
+// connection to $DISPLAY; Windows has no such connection and ignores it).
 class QRNGL_EXPORT RCTemp : public IRenderContext {
 public:
     RCTemp(unsigned int width, unsigned int height, std::shared_ptr<IRenderContext> parent);
     RCTemp(HWND window, unsigned int width, unsigned int height,
            std::shared_ptr<IRenderContext> parent);
-#ifndef _WIN32
-    RCTemp(_XDisplay* display, unsigned int width, unsigned int height,
+    RCTemp(HDISPLAY display, unsigned int width, unsigned int height,
            std::shared_ptr<IRenderContext> parent);
-    RCTemp(_XDisplay* display, HWND window, unsigned int width, unsigned int height,
+    RCTemp(HDISPLAY display, HWND window, unsigned int width, unsigned int height,
            std::shared_ptr<IRenderContext> parent);
-#endif
     RCTemp(const RCTemp&);
     RCTemp& operator=(const RCTemp&);
     ~RCTemp() override;
@@ -106,9 +92,7 @@ private:
     unsigned int m_width;
     unsigned int m_height;
     std::shared_ptr<IRenderContext> m_parent;
-#ifndef _WIN32
-    _XDisplay* m_display;
-#endif
+    HDISPLAY m_display;
 };
 
 } // namespace qrngl

@@ -5,26 +5,22 @@
 
 #include <memory>
 
-#ifndef _WIN32
-struct _XDisplay; // Xlib's Display
-#endif
-
 namespace qrngl {
 
 // The context of the host's on-screen window: a 4-sample pixel format where the driver offers
 // ARB pixel formats and multisampling, the classic one otherwise, sharing display lists with an
 // optional parent. It never creates or destroys the window.
 //
-// On X11 the window is named by its id (an Xlib Window) and by the host's display connection:
-// the X11 constructor takes both. The portable constructor takes the id in the HWND and works
-// on the process's own connection to $DISPLAY (window ids hold on every connection to the
-// server). currentDC() is then the window as a GLX drawable, currentGLRC() the GLXContext.
+// On X11 the window is named by its id (an Xlib Window, carried in the HWND) and by the host's
+// display connection; without a display the process's own connection to $DISPLAY is used
+// (window ids hold on every connection to the server). An X window's visual is fixed when it
+// is made, so where the chosen configuration has another visual than the host's window, the
+// context draws on a child window of that visual, kept at the host window's size.
+// currentDC() is the window drawn on, currentGLRC() the GLXContext. Windows ignores the display.
 class QRNGL_EXPORT RCWindow : public IRenderContext {
 public:
     RCWindow(HWND window, std::shared_ptr<IRenderContext> parent);
-#ifndef _WIN32
-    RCWindow(_XDisplay* display, unsigned long window, std::shared_ptr<IRenderContext> parent);
-#endif
+    RCWindow(HDISPLAY display, HWND window, std::shared_ptr<IRenderContext> parent);
     RCWindow(const RCWindow&);
     RCWindow& operator=(const RCWindow&);
     ~RCWindow() override;
@@ -44,9 +40,7 @@ private:
     HDC m_dc;
     HGLRC m_rc;
     std::shared_ptr<IRenderContext> m_parent;
-#ifndef _WIN32
-    _XDisplay* m_display;
-#endif
+    HDISPLAY m_display;
 };
 
 } // namespace qrngl

@@ -191,8 +191,8 @@ bool ViewerWindow::open(const Settings& settings, std::string& error) {
     glfwSetWindowUserPointer(m_window, this);
 
     const Window xwindow = glfwGetX11Window(m_window);
-    m_context = std::make_shared<ScreenshotContext>(
-        std::make_shared<qrngl::RCWindow>(glfwGetX11Display(), xwindow, nullptr));
+    m_context = std::make_shared<ScreenshotContext>(std::make_shared<qrngl::RCWindow>(
+        glfwGetX11Display(), reinterpret_cast<qrngl::HWND>(xwindow), nullptr));
     if (!m_context->create()) {
         error = "cannot make an OpenGL context on the window";
         m_context.reset();

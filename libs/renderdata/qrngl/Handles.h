@@ -1,8 +1,11 @@
 #pragma once
 
-// Window-system handles without the window-system headers. On Windows these are the very
-// types <windows.h> declares; elsewhere they are opaque handles of the platform backend
-// (an X11 window, a GLX drawable or EGL surface, a GLX or EGL context).
+// Window-system handles without the window-system headers; the one public header where the
+// platforms differ. On Windows HWND, HDC, HGLRC and PIXELFORMATDESCRIPTOR are the very types
+// <windows.h> declares; elsewhere they are opaque handles of the platform backend (an X11
+// window, a GLX drawable or EGL surface, a GLX or EGL context) and the backend's own pixel
+// format descriptor (qrngl::PixelFormatDescriptor). HDISPLAY is the window system's
+// connection: Xlib's Display on X11; Windows has one window system and no such handle (null).
 #ifdef _WIN32
 struct HWND__;
 struct HDC__;
@@ -10,12 +13,18 @@ struct HGLRC__;
 typedef struct HWND__* HWND;
 typedef struct HDC__* HDC;
 typedef struct HGLRC__* HGLRC;
+struct tagPIXELFORMATDESCRIPTOR;
+typedef struct tagPIXELFORMATDESCRIPTOR PIXELFORMATDESCRIPTOR;
 namespace qrngl {
 using ::HDC;
 using ::HGLRC;
 using ::HWND;
+using ::PIXELFORMATDESCRIPTOR;
+struct HDISPLAY__;
+typedef HDISPLAY__* HDISPLAY;
 } // namespace qrngl
 #else
+struct _XDisplay;
 namespace qrngl {
 struct HWND__;
 struct HDC__;
@@ -23,5 +32,8 @@ struct HGLRC__;
 typedef HWND__* HWND;
 typedef HDC__* HDC;
 typedef HGLRC__* HGLRC;
+struct PixelFormatDescriptor;
+typedef PixelFormatDescriptor PIXELFORMATDESCRIPTOR;
+typedef ::_XDisplay* HDISPLAY;
 } // namespace qrngl
 #endif

@@ -323,6 +323,51 @@ void systemSwapBuffers(Display* display, Window window) {
     glXSwapBuffers(display, window);
 }
 
+Window systemWindowOfFormat(Display* display, Window host, int format) {
+    XVisualInfo* info = visualInfo(display, format);
+    if (!info || !host) {
+        if (info)
+            XFree(info);
+        return 0;
+    }
+    ErrorTrap trap(display);
+    XWindowAttributes attributes = {};
+    Window window = 0;
+    if (XGetWindowAttributes(display, host, &attributes)) {
+        if (XVisualIDFromVisual(attributes.visual) == info->visualid) {
+            window = host;
+        } else {
+            XSetWindowAttributes set = {};
+            set.colormap = XCreateColormap(display, host, info->visual, AllocNone);
+            set.border_pixel = 0;
+            // Input goes to the host: the child only shows the frames.
+            set.event_mask = NoEventMask;
+            set.do_not_propagate_mask = NoEventMask;
+            window = XCreateWindow(display, host, 0, 0, std::max(attributes.width, 1),
+                                   std::max(attributes.height, 1), 0, info->depth, InputOutput,
+                                   info->visual, CWColormap | CWBorderPixel | CWEventMask, &set);
+            XFreeColormap(display, set.colormap);
+            if (window)
+                XMapWindow(display, window);
+        }
+    }
+    XFree(info);
+    if (trap.failed())
+        return 0;
+    return window;
+}
+
+void systemFitToHost(Display* display, Window child, Window host) {
+    if (!display || !child || !host || child == host)
+        return;
+    ErrorTrap trap(display);
+    XWindowAttributes h = {}, c = {};
+    if (XGetWindowAttributes(display, host, &h) && XGetWindowAttributes(display, child, &c) &&
+        (h.width != c.width || h.height != c.height))
+        XResizeWindow(display, child, static_cast<unsigned int>(std::max(h.width, 1)),
+                      static_cast<unsigned int>(std::max(h.height, 1)));
+}
+
 } // namespace
 
 } // namespace qrngl
@@ -461,6 +506,8 @@ GlxApi GlxApi::system() {
     api.deleteContext = &systemDeleteContext;
     api.makeCurrent = &systemMakeCurrent;
     api.swapBuffers = &systemSwapBuffers;
+    api.windowOfFormat = &systemWindowOfFormat;
+    api.fitToHost = &systemFitToHost;
     api.glewInit = &systemGlewInit;
     api.hasPbuffer = &systemHasGlx13;
     api.hasFBConfig = &systemHasGlx13;
@@ -521,6 +568,14 @@ bool Glx::makeCurrent(Display* display, Window window, GLXContext context) {
 
 void Glx::swapBuffers(Display* display, Window window) {
     GlxApi::get().swapBuffers(display, window);
+}
+
+Window Glx::windowOfFormat(Display* display, Window host, int format) {
+    return GlxApi::get().windowOfFormat(display, host, format);
+}
+
+void Glx::fitToHost(Display* display, Window child, Window host) {
+    GlxApi::get().fitToHost(display, child, host);
 }
 
 } // namespace qrngl

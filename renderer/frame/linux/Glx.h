@@ -60,6 +60,11 @@ public:
     static bool makeCurrent(Display* display, Window window, GLXContext context);
     // SwapBuffers
     static void swapBuffers(Display* display, Window window);
+    // A window of the format's visual showing in the host window: the host itself when it has
+    // that visual, else a new mapped child window of it, of the host's size; 0 on failure.
+    static Window windowOfFormat(Display* display, Window host, int format);
+    // Gives a child window its host's size when they differ.
+    static void fitToHost(Display* display, Window child, Window host);
 };
 
 // The GLX steps of the contexts as one table that tests replace to reach the failure paths
@@ -76,6 +81,8 @@ struct QRNGL_EXPORT GlxApi {
     void (*deleteContext)(Display*, GLXContext);
     bool (*makeCurrent)(Display*, Window, GLXContext);
     void (*swapBuffers)(Display*, Window);
+    Window (*windowOfFormat)(Display*, Window host, int format);
+    void (*fitToHost)(Display*, Window child, Window host);
 
     // GLEW, with a context current: loads the GLX extension entry points too.
     unsigned int (*glewInit)();

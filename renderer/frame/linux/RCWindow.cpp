@@ -20,9 +20,9 @@ RCWindow::RCWindow(HWND window, std::shared_ptr<IRenderContext> parent)
     : m_window(window), m_dc(nullptr), m_rc(nullptr), m_parent(std::move(parent)),
       m_display(nullptr) {}
 
-RCWindow::RCWindow(_XDisplay* display, unsigned long window, std::shared_ptr<IRenderContext> parent)
-    : m_window(Glx::windowHandle(window)), m_dc(nullptr), m_rc(nullptr),
-      m_parent(std::move(parent)), m_display(display) {}
+RCWindow::RCWindow(HDISPLAY display, HWND window, std::shared_ptr<IRenderContext> parent)
+    : m_window(window), m_dc(nullptr), m_rc(nullptr), m_parent(std::move(parent)),
+      m_display(display) {}
 
 RCWindow::RCWindow(const RCWindow&) = default;
 RCWindow& RCWindow::operator=(const RCWindow&) = default;
@@ -39,7 +39,8 @@ bool RCWindow::create() {
         return false;
     }
     temp.activate();
-    if (glewInit() != GLEW_OK) {
+    const GlxApi& glx = GlxApi::get();
+    if (glx.glewInit() != GLEW_OK) {
         // The temporary context is left as it is.
         logger->log(L"RCWindow:glewInit() failed");
         return false;
@@ -51,9 +52,8 @@ bool RCWindow::create() {
     temp.deactivate();
     temp.destroy();
 
-    m_dc = Glx::drawableHandle(Glx::window(m_window));
     int format = 0;
-    if (GLXEW_VERSION_1_3 && GLXEW_ARB_multisample) {
+    if (glx.hasFBConfig() && glx.hasMultisample()) {
         const int attributes[] = {GLX_DRAWABLE_TYPE,
                                   GLX_WINDOW_BIT,
                                   GLX_RENDER_TYPE,
@@ -99,6 +99,11 @@ bool RCWindow::create() {
     }
     // The template, also on the ARB path.
     RCTemp::pixelFormatDescriptorInfo(descriptor);
+    // Drivers draw only through the visual a window was made with (Mesa alone tolerates
+    // another): where the host's differs, a child window of the chosen visual shows the frames.
+    const Window host = Glx::window(m_window);
+    const Window shown = Glx::windowOfFormat(m_display, host, format);
+    m_dc = Glx::drawableHandle(shown ? shown : host);
     if (!Glx::setPixelFormat(m_display, Glx::window(m_dc), format)) {
         logger->log(L"RCWindow:pixel format set failed");
         return false;
@@ -126,11 +131,18 @@ void RCWindow::destroy() {
     Glx::makeCurrent(display, Glx::window(m_dc), nullptr);
     Glx::deleteContext(display, Glx::context(m_rc));
     m_rc = nullptr;
-    m_dc = nullptr; // the window itself: nothing to release
+    // The host's window is never destroyed; a child made for the visual is.
+    if (m_dc && Glx::window(m_dc) != Glx::window(m_window))
+        Glx::destroyWindow(display, Glx::window(m_dc));
+    m_dc = nullptr;
 }
 
 void RCWindow::activate() {
-    Glx::makeCurrent(orDefault(m_display), Glx::window(m_dc), Glx::context(m_rc));
+    Display* display = orDefault(m_display);
+    // A child follows the host window's size, which the host changes without telling.
+    if (m_dc && Glx::window(m_dc) != Glx::window(m_window))
+        Glx::fitToHost(display, Glx::window(m_dc), Glx::window(m_window));
+    Glx::makeCurrent(display, Glx::window(m_dc), Glx::context(m_rc));
 }
 
 void RCWindow::deactivate() {

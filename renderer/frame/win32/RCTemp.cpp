@@ -38,14 +38,23 @@ PIXELFORMATDESCRIPTOR toWindows(const PixelFormatDescriptor& d) {
 } // namespace
 
 RCTemp::RCTemp(unsigned int width, unsigned int height, std::shared_ptr<IRenderContext> parent)
-    : RCTemp(nullptr, width, height, std::move(parent)) {
+    : RCTemp(static_cast<HWND>(nullptr), width, height, std::move(parent)) {
     m_externalWindow = false;
 }
+
+// Windows has one window system: the display is not needed.
+RCTemp::RCTemp(HDISPLAY, unsigned int width, unsigned int height,
+               std::shared_ptr<IRenderContext> parent)
+    : RCTemp(width, height, std::move(parent)) {}
+
+RCTemp::RCTemp(HDISPLAY, HWND window, unsigned int width, unsigned int height,
+               std::shared_ptr<IRenderContext> parent)
+    : RCTemp(window, width, height, std::move(parent)) {}
 
 RCTemp::RCTemp(HWND window, unsigned int width, unsigned int height,
                std::shared_ptr<IRenderContext> parent)
     : m_externalWindow(true), m_window(window), m_dc(nullptr), m_rc(nullptr), m_descriptor(),
-      m_width(width), m_height(height), m_parent(std::move(parent)) {
+      m_width(width), m_height(height), m_parent(std::move(parent)), m_display(nullptr) {
     PIXELFORMATDESCRIPTOR d;
     initPixelFormatDescriptor(&d);
     d.dwFlags = PFD_DRAW_TO_WINDOW | PFD_SUPPORT_OPENGL | PFD_DOUBLEBUFFER;

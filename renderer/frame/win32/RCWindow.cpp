@@ -11,7 +11,12 @@
 namespace qrngl {
 
 RCWindow::RCWindow(HWND window, std::shared_ptr<IRenderContext> parent)
-    : m_window(window), m_dc(nullptr), m_rc(nullptr), m_parent(std::move(parent)) {}
+    : m_window(window), m_dc(nullptr), m_rc(nullptr), m_parent(std::move(parent)),
+      m_display(nullptr) {}
+
+// Windows has one window system: the display is not needed.
+RCWindow::RCWindow(HDISPLAY, HWND window, std::shared_ptr<IRenderContext> parent)
+    : RCWindow(window, std::move(parent)) {}
 
 RCWindow::RCWindow(const RCWindow&) = default;
 RCWindow& RCWindow::operator=(const RCWindow&) = default;

@@ -3,6 +3,7 @@
 // GoogleTest first: Xlib's macros (None, Bool) would clash with its names.
 #include <gtest/gtest.h>
 
+#include "GlxTestApi.h"
 #include "qrngl/GL.h"
 #include "qrngl/frame/RCBuffer.h"
 #include "qrngl/frame/RCTemp.h"
@@ -17,79 +18,7 @@
 namespace qrntest {
 namespace {
 
-using qrngl::GlxApi;
 using qrngl::RCBuffer;
-
-std::vector<std::string> g_calls;
-GlxApi g_next;
-std::vector<int> g_chosenWith; // the last attribute list given to chooseFBConfig
-
-// Every step recorded by name, then handed to g_next (the system's own unless a test changes
-// it).
-template <typename F>
-struct Recorded;
-template <typename R, typename... A>
-struct Recorded<R (*)(A...)> {
-    template <R (*GlxApi::*Step)(A...), typename Name>
-    static R call(A... a) {
-        g_calls.push_back(Name::name());
-        return (g_next.*Step)(a...);
-    }
-};
-#define QRN_RECORD(field)                                                                          \
-    struct field##Name {                                                                           \
-        static const char* name() { return #field; }                                               \
-    };                                                                                             \
-    api.field = &Recorded<decltype(GlxApi::field)>::call<&GlxApi::field, field##Name>
-
-class ScopedGlx {
-public:
-    ScopedGlx() {
-        g_calls.clear();
-        g_next = GlxApi::system();
-        GlxApi api = GlxApi::system();
-        QRN_RECORD(createHiddenWindow);
-        QRN_RECORD(destroyWindow);
-        QRN_RECORD(choosePixelFormat);
-        QRN_RECORD(setPixelFormat);
-        QRN_RECORD(createContext);
-        QRN_RECORD(deleteContext);
-        QRN_RECORD(swapBuffers);
-        QRN_RECORD(glewInit);
-        QRN_RECORD(hasPbuffer);
-        QRN_RECORD(hasFBConfig);
-        QRN_RECORD(hasMultisample);
-        QRN_RECORD(createPbuffer);
-        QRN_RECORD(destroyPbuffer);
-        QRN_RECORD(createNewContext);
-        api.makeCurrent = [](Display* d, Window w, GLXContext c) {
-            g_calls.push_back(c ? "makeCurrent" : "makeCurrent(null)");
-            return g_next.makeCurrent(d, w, c);
-        };
-        api.makeContextCurrent = [](Display* d, GLXDrawable w, GLXContext c) {
-            g_calls.push_back(c ? "makeContextCurrent" : "makeContextCurrent(null)");
-            return g_next.makeContextCurrent(d, w, c);
-        };
-        api.chooseFBConfig = [](Display* d, const int* attributes, int* format,
-                                unsigned int* count) {
-            g_calls.push_back("chooseFBConfig");
-            g_chosenWith.clear();
-            for (const int* p = attributes; *p != None; p += 2)
-                g_chosenWith.insert(g_chosenWith.end(), {p[0], p[1]});
-            return g_next.chooseFBConfig(d, attributes, format, count);
-        };
-        GlxApi::set(api);
-    }
-    ~ScopedGlx() { GlxApi::set(GlxApi::system()); }
-    ScopedGlx(const ScopedGlx&) = delete;
-    ScopedGlx& operator=(const ScopedGlx&) = delete;
-
-    std::vector<std::string> take() {
-        std::vector<std::string> calls;
-        calls.swap(g_calls);
-        return calls;
-    }
-};
 
 // The temporary context's end, the same on every path out of create.
 const std::vector<std::string> kTearDown = {"swapBuffers",       "makeCurrent(null)",

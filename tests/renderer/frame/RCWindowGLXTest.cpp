@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "ContextLog.h"
+#include "GlxTestApi.h"
 #include "MemoryLogger.h"
 #include "qrngl/GL.h"
 #include "qrngl/frame/RCTemp.h"
@@ -12,6 +13,7 @@
 #include <GL/glx.h>
 #include <X11/Xutil.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -142,11 +144,39 @@ qrngl::HDC drawable(Window w) {
 TEST_F(RCWindowGLXTest, HostWindowGetsAMultisampledContextThatDrawsAndPresents) {
     ScopedMemoryLogger log;
     Window w = hostWindow();
-    auto context = std::make_shared<RCWindow>(display, w, nullptr);
+    auto context = std::make_shared<RCWindow>(display, handle(w), nullptr);
     ASSERT_TRUE(context->create());
-    EXPECT_EQ(context->currentDC(), drawable(w));
     EXPECT_EQ(glXGetCurrentContext(), reinterpret_cast<GLXContext>(context->currentGLRC()));
-    EXPECT_EQ(glXGetCurrentDrawable(), w);
+    // The context draws on a window of the chosen configuration's visual: the host's own when
+    // it has that visual, else a child of it covering it.
+    const Window shownOn =
+        static_cast<Window>(reinterpret_cast<std::uintptr_t>(context->currentDC()));
+    EXPECT_EQ(glXGetCurrentDrawable(), shownOn);
+    XWindowAttributes drawn = {}, host = {};
+    ASSERT_TRUE(XGetWindowAttributes(display, shownOn, &drawn));
+    ASSERT_TRUE(XGetWindowAttributes(display, w, &host));
+    // The window's visual is the chosen 4-sample one.
+    XVisualInfo pattern = {};
+    pattern.visualid = XVisualIDFromVisual(drawn.visual);
+    int n = 0;
+    XVisualInfo* visual = XGetVisualInfo(display, VisualIDMask, &pattern, &n);
+    ASSERT_NE(visual, nullptr);
+    int samples = 0;
+    glXGetConfig(display, visual, GLX_SAMPLES, &samples);
+    XFree(visual);
+    EXPECT_EQ(samples, 4);
+    EXPECT_EQ(drawn.width, host.width);
+    EXPECT_EQ(drawn.height, host.height);
+    if (shownOn != w) {
+        Window root = 0, parentOf = 0, *children = nullptr;
+        unsigned int count = 0;
+        XQueryTree(display, shownOn, &root, &parentOf, &children, &count);
+        if (children)
+            XFree(children);
+        EXPECT_EQ(parentOf, w);
+        EXPECT_EQ(drawn.map_state, IsViewable);
+        EXPECT_NE(host.visual, drawn.visual);
+    }
 
     // GLX 1.3 and GLX_ARB_multisample: the 4-sample format, chosen by the ARB path.
     const Lines info = {L"OpenGL Version : " + widen(glGetString(GL_VERSION)),
@@ -172,8 +202,17 @@ TEST_F(RCWindowGLXTest, HostWindowGetsAMultisampledContextThatDrawsAndPresents) 
     context->deactivate();
     EXPECT_EQ(glXGetCurrentContext(), reinterpret_cast<GLXContext>(context->currentGLRC()));
     glFinish();
-    EXPECT_EQ(shown(w, 1, 1), (Rgb{255, 0, 0}));
-    EXPECT_EQ(shown(w, 16, 16), (Rgb{0, 255, 0}));
+    EXPECT_EQ(shown(shownOn, 1, 1), (Rgb{255, 0, 0}));
+    EXPECT_EQ(shown(shownOn, 16, 16), (Rgb{0, 255, 0}));
+
+    // A child follows the host window's size at the next frame.
+    XResizeWindow(display, w, kSize + 8, kSize + 4);
+    XSync(display, False);
+    context->activate();
+    XSync(display, False);
+    ASSERT_TRUE(XGetWindowAttributes(display, shownOn, &drawn));
+    EXPECT_EQ(drawn.width, static_cast<int>(kSize) + 8);
+    EXPECT_EQ(drawn.height, static_cast<int>(kSize) + 4);
 
     // A copy shares the handles; activate makes the context current again after another one.
     RCWindow copy(*context);
@@ -182,11 +221,13 @@ TEST_F(RCWindowGLXTest, HostWindowGetsAMultisampledContextThatDrawsAndPresents) 
     copy.activate();
     EXPECT_EQ(glXGetCurrentContext(), reinterpret_cast<GLXContext>(context->currentGLRC()));
 
-    // destroy releases and deletes the context, never the host's window; it logs nothing.
+    // destroy releases and deletes the context and a child it made, never the host's window;
+    // it logs nothing.
     context->destroy();
     EXPECT_EQ(glXGetCurrentContext(), nullptr);
     EXPECT_EQ(context->currentGLRC(), nullptr);
     EXPECT_TRUE(windowExists(w));
+    EXPECT_EQ(windowExists(shownOn), shownOn == w);
     EXPECT_TRUE(log.lines().empty());
 
     // The portable constructor: the window id alone, used on the process's own connection.
@@ -201,7 +242,7 @@ TEST_F(RCWindowGLXTest, HostWindowGetsAMultisampledContextThatDrawsAndPresents) 
 TEST_F(RCWindowGLXTest, ChildContextsShareTheParentsDisplayLists) {
     row = 1;
     ScopedMemoryLogger log;
-    auto parent = std::make_shared<RCWindow>(display, hostWindow(), nullptr);
+    auto parent = std::make_shared<RCWindow>(display, handle(hostWindow()), nullptr);
     ASSERT_TRUE(parent->create());
     const GLuint list = glGenLists(1);
     glNewList(list, GL_COMPILE);
@@ -212,7 +253,7 @@ TEST_F(RCWindowGLXTest, ChildContextsShareTheParentsDisplayLists) {
 
     // An on-screen child says that it shares.
     Window w = hostWindow();
-    RCWindow child(display, w, parent);
+    RCWindow child(display, handle(w), parent);
     ASSERT_TRUE(child.create());
     std::vector<std::wstring> lines = log.take();
     ASSERT_GE(lines.size(), 2u);
@@ -226,7 +267,8 @@ TEST_F(RCWindowGLXTest, ChildContextsShareTheParentsDisplayLists) {
     EXPECT_EQ(read(5, 5), (Rgb{0, 0, 255}));
     child.deactivate();
     glFinish();
-    EXPECT_EQ(shown(w, 5, 5), (Rgb{0, 0, 255}));
+    EXPECT_EQ(shown(static_cast<Window>(reinterpret_cast<std::uintptr_t>(child.currentDC())), 5, 5),
+              (Rgb{0, 0, 255}));
     child.destroy();
 
     // So does a helper context on its own hidden window.
@@ -240,7 +282,7 @@ TEST_F(RCWindowGLXTest, ChildContextsShareTheParentsDisplayLists) {
     // A parent without a context has no lists to share: the window context still works but
     // omits the message; the helper context logs it whatever the outcome.
     auto empty = std::make_shared<RCTemp>(display, 4, 4, nullptr);
-    RCWindow unshared(display, hostWindow(), empty);
+    RCWindow unshared(display, handle(hostWindow()), empty);
     ASSERT_TRUE(unshared.create());
     lines = log.take();
     ASSERT_FALSE(lines.empty());
@@ -350,6 +392,167 @@ TEST_F(RCWindowGLXTest, ProbesDescribeFormatsAndChooseWithTheTruncatedList) {
         expected.push_back(L"tryGetAcc:SetPixelFormat failed");
     expected.push_back(L"tryGetAcc:SetPixelFormat succeeded");
     EXPECT_EQ(log.take(), expected);
+}
+
+int g_steps = 0; // counts calls of one step, so that only a later one fails
+
+TEST_F(RCWindowGLXTest, ClassicFallbackRefusedShareAndEveryFailureThroughTheTable) {
+    row = 3;
+    ScopedMemoryLogger log;
+    ScopedGlx glx;
+    const Lines glewLines = {L"RCTEMP:opengl context created", L"RCWindow:glewInit() success"};
+    // Creates a context on a fresh host window with the table as a case set it; whether it was
+    // made, and the log without the three lines that describe the driver.
+    auto attempt = [&](const char* what, std::shared_ptr<qrngl::IRenderContext> parent = nullptr) {
+        SCOPED_TRACE(what);
+        g_steps = 0;
+        RCWindow context(display, handle(hostWindow()), parent);
+        const bool made = context.create();
+        Lines lines = log.take();
+        const auto version = std::find_if(lines.begin(), lines.end(), [](const std::wstring& l) {
+            return l.rfind(L"OpenGL Version", 0) == 0;
+        });
+        if (version != lines.end())
+            lines.erase(version, version + 3);
+        if (made)
+            context.destroy();
+        glXMakeCurrent(display, None, nullptr);
+        g_next = qrngl::GlxApi::system();
+        return std::make_pair(made, lines);
+    };
+
+    // Without configurations or without multisampling: the classic visual of the template.
+    for (int missing = 0; missing < 2; ++missing) {
+        if (missing == 0)
+            g_next.hasFBConfig = [] { return false; };
+        else
+            g_next.hasMultisample = [] { return false; };
+        glx.take();
+        auto r = attempt("classic");
+        EXPECT_TRUE(r.first);
+        EXPECT_EQ(r.second, glewLines + Lines{L"RCWindow: Normal pixel format selected"} +
+                                templateDump() + Lines{L"RCWindow:opengl context created"});
+        const auto calls = glx.take();
+        EXPECT_EQ(std::count(calls.begin(), calls.end(), "choosePixelFormatARB"), 0);
+    }
+
+    // A refused share leaves a working context without the message.
+    auto parent = std::make_shared<RCWindow>(display, handle(hostWindow()), nullptr);
+    ASSERT_TRUE(parent->create());
+    log.take();
+    g_next.createContext = [](Display* d, int format, GLXContext, bool& shared) {
+        return qrngl::GlxApi::system().createContext(d, format, nullptr, shared);
+    };
+    auto r = attempt("refused share", parent);
+    EXPECT_TRUE(r.first);
+    EXPECT_EQ(r.second.back(), L"RCWindow:opengl context created");
+    parent->destroy();
+
+    struct Failure {
+        const char* what;
+        void (*fail)();
+        Lines last; // the lines the attempt ends with
+    };
+    const Failure failures[] = {
+        {"helper format",
+         [] {
+             g_next.choosePixelFormat = [](Display*, const qrngl::PixelFormatDescriptor&) {
+                 return 0;
+             };
+         },
+         {L"RCTEMP:pixel format selection failed"}},
+        {"glew",
+         [] { g_next.glewInit = [] { return 1u; }; },
+         {L"RCTEMP:opengl context created", L"RCWindow:glewInit() failed"}},
+        {"ARB format",
+         [] {
+             g_next.choosePixelFormatARB = [](Display*, const int*, int*, unsigned int*) {
+                 return false;
+             };
+         },
+         {L"RCWindow: ARB pixel format selection failed"}},
+        {"classic format",
+         [] {
+             g_next.hasFBConfig = [] { return false; };
+             // The helper chooses twice (its window's visual, its format); the third is ours.
+             g_next.choosePixelFormat = [](Display* d, const qrngl::PixelFormatDescriptor& p) {
+                 return ++g_steps >= 3 ? 0 : qrngl::GlxApi::system().choosePixelFormat(d, p);
+             };
+         },
+         {L"RCWindow:pixel format selection failed"}},
+        {"set format",
+         [] {
+             g_next.setPixelFormat = [](Display* d, Window w, int f) {
+                 return ++g_steps >= 2 ? false : qrngl::GlxApi::system().setPixelFormat(d, w, f);
+             };
+         },
+         {L"RCWindow:pixel format set failed"}},
+        {"no context",
+         [] {
+             g_next.createContext = [](Display* d, int f, GLXContext s, bool& shared) {
+                 return ++g_steps >= 2 ? nullptr
+                                       : qrngl::GlxApi::system().createContext(d, f, s, shared);
+             };
+         },
+         {L"RCWindow:opengl context creation failed",
+          L"RCWindow:setting opengl context current failed"}},
+        {"not current",
+         [] {
+             g_next.makeCurrent = [](Display* d, Window w, GLXContext c) {
+                 return c && ++g_steps >= 2 ? false : qrngl::GlxApi::system().makeCurrent(d, w, c);
+             };
+         },
+         {L"RCWindow:opengl context created", L"RCWindow:setting opengl context current failed"}},
+    };
+    for (const Failure& f : failures) {
+        f.fail();
+        auto failed = attempt(f.what);
+        EXPECT_FALSE(failed.first) << f.what;
+        ASSERT_GE(failed.second.size(), f.last.size()) << f.what;
+        EXPECT_EQ(Lines(failed.second.end() - static_cast<std::ptrdiff_t>(f.last.size()),
+                        failed.second.end()),
+                  f.last)
+            << f.what;
+    }
+    // A failed glewInit leaves the helper context as it is: current, its window there.
+    glXMakeCurrent(display, None, nullptr);
+
+    // The helper context's own failures: logged, false, its context deleted when it cannot be
+    // made current.
+    const Failure helper[] = {
+        {"set",
+         [] { g_next.setPixelFormat = [](Display*, Window, int) { return false; }; },
+         {L"RCTEMP:pixel format set failed"}},
+        {"create",
+         [] {
+             g_next.createContext = [](Display*, int, GLXContext, bool&) -> GLXContext {
+                 return nullptr;
+             };
+         },
+         {L"RCTEMP:opengl context creation failed",
+          L"RCTEMP:setting opengl context current failed"}},
+        {"current",
+         [] {
+             g_next.makeCurrent = [](Display* d, Window w, GLXContext c) {
+                 return c ? false : qrngl::GlxApi::system().makeCurrent(d, w, c);
+             };
+         },
+         {L"RCTEMP:opengl context created", L"RCTEMP:setting opengl context current failed"}},
+    };
+    for (const Failure& f : helper) {
+        f.fail();
+        glx.take();
+        RCTemp temp(display, 8, 8, nullptr);
+        EXPECT_FALSE(temp.create()) << f.what;
+        EXPECT_EQ(log.take(), f.last) << f.what;
+        EXPECT_EQ(temp.currentGLRC(), nullptr) << f.what;
+        const auto calls = glx.take();
+        if (std::string(f.what) == "current") {
+            EXPECT_EQ(calls.back(), "deleteContext");
+        }
+        temp.destroy();
+        g_next = qrngl::GlxApi::system();
+    }
 }
 
 } // namespace
