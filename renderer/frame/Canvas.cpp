@@ -65,45 +65,18 @@ void renderLinePass(const qrnsg::SCScene& scene, const RTState& state,
 } // namespace
 
 Canvas::Canvas(std::shared_ptr<IRenderContext> context, std::shared_ptr<qrn::IDocument> document)
-    : m_context(std::move(context)), m_document(std::move(document)), m_invalidated(false) {}
-
-Canvas::Canvas(const Canvas& other)
-    : ICanvas(other), m_context(other.m_context), m_document(other.m_document),
-      m_invalidated(other.m_invalidated) {}
-
-Canvas& Canvas::operator=(const Canvas& other) {
-    ICanvas::operator=(other);
-    m_context = other.m_context;
-    m_document = other.m_document;
-    m_invalidated = other.m_invalidated;
-    return *this;
-}
+    : CanvasBase(std::move(context), std::move(document)) {}
 
 Canvas::~Canvas() = default;
-
-bool Canvas::OnCreate() {
-    return true;
-}
-
-void Canvas::OnDestroy() {}
-
-void Canvas::Invalidate() {
-    m_invalidated = true;
-}
-
-void Canvas::OnSize(unsigned int, unsigned int, unsigned int width, unsigned int height) {
-    if (m_document)
-        FrameSetup::resize(*m_document, width, height);
-}
 
 void Canvas::OnDraw() const {
     if (!m_document || !m_context)
         return;
-    auto scene = FrameSetup::fetch<qrnsg::SCScene>(*m_document, qrnsg::SCHEMA_SCENE);
-    auto pmi = FrameSetup::fetch<qrnsg::SCPmi>(*m_document, qrnsg::SCHEMA_PMI);
-    auto rt = FrameSetup::fetch<qrnsg::SCSceneRT>(*m_document, qrnsg::SCHEMA_SCENE_RT);
-    auto renderer = FrameSetup::fetch<SCRenderer>(*m_document, qrnsg::SCHEMA_RENDERER);
-    auto strips = FrameSetup::fetch<SCStripRenderer>(*m_document, qrnsg::SCHEMA_STRIP_RENDERER);
+    auto scene = component<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
+    auto pmi = component<qrnsg::SCPmi>(qrnsg::SCHEMA_PMI);
+    auto rt = component<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
+    auto renderer = component<SCRenderer>(qrnsg::SCHEMA_RENDERER);
+    auto strips = component<SCStripRenderer>(qrnsg::SCHEMA_STRIP_RENDERER);
 
     // A document without a renderer component has nothing to draw with.
     if (!renderer || !renderer->isReady() || !m_invalidated)

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "qrn/IDocument.h"
-#include "qrngl/ICanvas.h"
-#include "qrngl/IRenderContext.h"
+#include "qrngl/frame/CanvasBase.h"
 #include "qrngl/qrngl_export.h"
 
 #include <memory>
@@ -20,18 +18,12 @@ class SCStripRenderer;
 
 // Draws the document's scene with the renderer component's pre- and post-renderers, at most
 // one frame per Invalidate().
-class QRNGL_EXPORT Canvas : public ICanvas {
+class QRNGL_EXPORT Canvas : public CanvasBase<> {
 public:
     Canvas(std::shared_ptr<IRenderContext> context, std::shared_ptr<qrn::IDocument> document);
-    Canvas(const Canvas& other);
-    Canvas& operator=(const Canvas& other);
     ~Canvas() override;
 
-    bool OnCreate() override;
-    void OnDestroy() override;
     void OnDraw() const override;
-    void OnSize(unsigned int x, unsigned int y, unsigned int width, unsigned int height) override;
-    void Invalidate() override;
 
 private:
     using Scene = std::shared_ptr<qrnsg::SCScene>;
@@ -50,10 +42,6 @@ private:
     // Draws the point sets as polylines are drawn; not part of the frame.
     void renderPoints(const Scene&, const Pmi&, const SceneRT&, const Renderer&,
                       const Strips&) const;
-
-    std::shared_ptr<IRenderContext> m_context;
-    std::shared_ptr<qrn::IDocument> m_document;
-    mutable bool m_invalidated;
 };
 
 } // namespace qrngl

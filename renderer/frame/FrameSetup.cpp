@@ -1,20 +1,9 @@
 #include "qrngl/frame/FrameSetup.h"
 
-#include "qrngl/CameraHelper.h"
 #include "qrngl/GL.h"
 #include "qrngl/SCRenderer.h"
 
 namespace qrngl {
-
-void FrameSetup::resize(qrn::IDocument& document, unsigned int width, unsigned int height) {
-    if (width == 0 || height == 0)
-        return;
-    auto renderer = fetch<SCRenderer>(document, qrnsg::SCHEMA_RENDERER);
-    if (!renderer)
-        return;
-    glViewport(0, 0, static_cast<GLsizei>(width), static_cast<GLsizei>(height));
-    CameraHelper::setViewport(width, height, renderer->camera);
-}
 
 void FrameSetup::clearAndEnable(const SCRenderer& renderer) {
     glClearColor(renderer.background[0], renderer.background[1], renderer.background[2], 1.0f);

@@ -2,7 +2,6 @@
 
 #include "qrngl/GL.h"
 #include "qrngl/SCRenderer.h"
-#include "qrngl/frame/FrameSetup.h"
 
 #include <algorithm>
 
@@ -10,7 +9,7 @@ namespace qrngl {
 
 PrintCanvas::PrintCanvas(std::shared_ptr<IRenderContext> context,
                          std::shared_ptr<qrn::IDocument> document, std::shared_ptr<ICanvas> frame)
-    : m_context(std::move(context)), m_document(std::move(document)), m_frame(std::move(frame)) {}
+    : CanvasBase(std::move(context), std::move(document)), m_frame(std::move(frame)) {}
 
 bool PrintCanvas::OnCreate() {
     return m_frame && m_frame->OnCreate();
@@ -32,8 +31,7 @@ void PrintCanvas::Invalidate() {
 }
 
 bool PrintCanvas::drawOn(float background, std::vector<unsigned char>& rgba) const {
-    auto renderer =
-        m_document ? FrameSetup::fetch<SCRenderer>(*m_document, qrnsg::SCHEMA_RENDERER) : nullptr;
+    auto renderer = component<SCRenderer>(qrnsg::SCHEMA_RENDERER);
     if (!m_frame || !m_context || !renderer)
         return false;
     const auto own = renderer->background;

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "qrn/IDocument.h"
-#include "qrngl/ICanvas.h"
-#include "qrngl/IRenderContext.h"
+#include "qrngl/frame/CanvasBase.h"
 #include "qrngl/qrngl_export.h"
 
 #include <memory>
@@ -16,7 +14,7 @@ namespace qrngl {
 // frame is drawn twice, on black and on white: what differs between the two is what lets the
 // background through, so coverage becomes alpha and antialiased or transparent parts keep
 // their true colours.
-class QRNGL_EXPORT PrintCanvas : public ICanvas {
+class QRNGL_EXPORT PrintCanvas : public CanvasBase<> {
 public:
     PrintCanvas(std::shared_ptr<IRenderContext> context, std::shared_ptr<qrn::IDocument> document,
                 std::shared_ptr<ICanvas> frame);
@@ -41,8 +39,6 @@ private:
     // it into rgba; false when nothing could be read.
     bool drawOn(float background, std::vector<unsigned char>& rgba) const;
 
-    std::shared_ptr<IRenderContext> m_context;
-    std::shared_ptr<qrn::IDocument> m_document;
     std::shared_ptr<ICanvas> m_frame;
     bool m_transparent = false;
     mutable std::vector<unsigned char> m_pixels;

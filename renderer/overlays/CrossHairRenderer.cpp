@@ -1,7 +1,7 @@
 #include "qrngl/overlays/CrossHairRenderer.h"
 
-#include "qrngl/GL.h"
 #include "qrngl/PLMaterialRenderer.h"
+#include "qrngl/overlays/PixelSpace.h"
 
 namespace qrngl {
 
@@ -26,33 +26,10 @@ void CrossHairRenderer::reset(std::shared_ptr<IRenderer> figure) {
 void CrossHairRenderer::render() const {
     if (!m_figure)
         return;
-    GLint viewport[4] = {0, 0, 0, 0};
-    glGetIntegerv(GL_VIEWPORT, viewport);
-
-    // One unit a pixel, origin at the lower-left corner.
-    glMatrixMode(GL_PROJECTION);
-    glPushMatrix();
-    glLoadIdentity();
-    gluOrtho2D(0.0, viewport[2], 0.0, viewport[3]);
-    glMatrixMode(GL_MODELVIEW);
-    glPushMatrix();
-    glLoadIdentity();
-
-    // Over the scene whatever its depth.
-    glDisable(GL_DEPTH_TEST);
-    glEnable(GL_BLEND);
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-
+    // Over the scene whatever its depth; the frame's own state afterwards.
+    PixelSpace pixels;
     PLMaterialRenderer material(m_material);
     m_figure->render();
-
-    // The frame's own state, whatever it was before.
-    glEnable(GL_DEPTH_TEST);
-    glDisable(GL_BLEND);
-    glPopMatrix();
-    glMatrixMode(GL_PROJECTION);
-    glPopMatrix();
-    glMatrixMode(GL_MODELVIEW);
 }
 
 short CrossHairRenderer::order() const {

@@ -3,6 +3,7 @@
 #include "qrngl/GL.h"
 #include "qrngl/MMaterialRenderer.h"
 #include "qrngl/PLMaterialRenderer.h"
+#include "qrngl/overlays/PixelSpace.h"
 
 namespace qrngl {
 
@@ -34,37 +35,17 @@ void ZoomboxRenderer::resetBox() {
 void ZoomboxRenderer::render() const {
     if (!m_fill || !m_outline)
         return;
-    GLint viewport[4] = {0, 0, 0, 0};
-    glGetIntegerv(GL_VIEWPORT, viewport);
-
-    // One unit a pixel, origin at the lower-left corner.
-    glMatrixMode(GL_PROJECTION);
-    glPushMatrix();
-    glLoadIdentity();
-    gluOrtho2D(0.0, viewport[2], 0.0, viewport[3]);
-    glMatrixMode(GL_MODELVIEW);
-    glPushMatrix();
-    glLoadIdentity();
-
-    // The fill is lit by its material; over the scene whatever its depth.
+    // Over the scene whatever its depth, the fill lit by its material; the frame's own state
+    // afterwards, lighting off.
+    PixelSpace pixels;
     glEnable(GL_LIGHTING);
-    glDisable(GL_DEPTH_TEST);
-    glEnable(GL_BLEND);
-    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-
-    MMaterialRenderer fillMaterial(m_fillMaterial);
-    m_fill->render();
-    PLMaterialRenderer outlineMaterial(m_outlineMaterial);
-    m_outline->render();
-
-    // The frame's own state, whatever it was before.
-    glEnable(GL_DEPTH_TEST);
-    glDisable(GL_BLEND);
+    {
+        MMaterialRenderer fillMaterial(m_fillMaterial);
+        m_fill->render();
+        PLMaterialRenderer outlineMaterial(m_outlineMaterial);
+        m_outline->render();
+    }
     glDisable(GL_LIGHTING);
-    glPopMatrix();
-    glMatrixMode(GL_PROJECTION);
-    glPopMatrix();
-    glMatrixMode(GL_MODELVIEW);
 }
 
 void ZoomboxRenderer::pick(std::shared_ptr<NamesInitializer>,

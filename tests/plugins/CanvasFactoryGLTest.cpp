@@ -199,6 +199,9 @@ TEST_F(PluginCanvasGLTest, SheetCanvasFitsTheSheetIntoTheWindow) {
             blue += p[0] < 60 && p[1] < 60 && p[2] > 200;
         }
     EXPECT_GE(blue, 40u);
+    // The sheet's display list enables GL_LINE, which names no capability: that error only.
+    context->activate();
+    EXPECT_EQ(takeGLErrors(), reinterpret_cast<const char*>(gluErrorString(GL_INVALID_ENUM)));
 }
 
 } // namespace

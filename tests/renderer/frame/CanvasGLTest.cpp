@@ -308,6 +308,15 @@ TEST_F(CanvasGLTest, EmptyCanvasDrawsOnlyTheSingleRenderersOnEveryPaint) {
         std::make_shared<FunctionRenderer>([log] { log->push_back("opening"); });
     doc.renderer->viewRenderer =
         std::make_shared<FunctionRenderer>([log] { log->push_back("view"); });
+    // The scene set-up sees the cleared frame and the state every frame draws with.
+    Rgba cleared;
+    bool enabled = false;
+    doc.renderer->sceneSetupRenderer = std::make_shared<FunctionRenderer>([&, log] {
+        log->push_back("setup");
+        cleared = pixel(3, 3);
+        enabled = glIsEnabled(GL_DEPTH_TEST) && glIsEnabled(GL_NORMALIZE) &&
+                  glIsEnabled(GL_MULTISAMPLE) && glIsEnabled(GL_POLYGON_OFFSET_FILL);
+    });
     doc.renderer->closingRenderer = std::make_shared<FunctionRenderer>([log, &blue] {
         log->push_back("closing");
         fillViewport(blue);
@@ -317,16 +326,75 @@ TEST_F(CanvasGLTest, EmptyCanvasDrawsOnlyTheSingleRenderersOnEveryPaint) {
     EXPECT_TRUE(empty.OnCreate());
     empty.setFlag(1);
     empty.OnDraw(); // no Invalidate needed
-    EXPECT_EQ(*log, (CallLog{"opening", "view", "closing"}));
+    EXPECT_EQ(*log, (CallLog{"opening", "view", "setup", "closing"}));
+    EXPECT_EQ(cleared, kGrey);
+    EXPECT_TRUE(enabled);
     EXPECT_EQ(presentedPixel(3, 3), kBlue);
     EXPECT_EQ(empty.flag(), 0);
     empty.OnDraw();
-    EXPECT_EQ(log->size(), 6u);
+    EXPECT_EQ(log->size(), 8u);
+    context->activate();
+    EXPECT_FALSE(glIsEnabled(GL_MULTISAMPLE)) << "switched off after the frame";
 
     doc.renderer->setReady(false);
     empty.OnDraw();
-    EXPECT_EQ(log->size(), 6u);
+    EXPECT_EQ(log->size(), 8u);
     context->activate();
+    EXPECT_NO_GL_ERROR();
+}
+
+// A drawable that notes that it drew.
+class LoggedEntry : public qrngl::IStripEntry {
+public:
+    LoggedEntry(std::string name, std::shared_ptr<CallLog> log)
+        : m_name(std::move(name)), m_log(std::move(log)) {}
+    void render() const override { m_log->push_back(m_name); }
+
+private:
+    std::string m_name;
+    std::shared_ptr<CallLog> m_log;
+};
+
+class LoggedTexture : public qrngl::ITexture {
+public:
+    explicit LoggedTexture(std::shared_ptr<CallLog> log) : m_log(std::move(log)) {}
+    void bind() const override { m_log->push_back("texture"); }
+
+private:
+    std::shared_ptr<CallLog> m_log;
+};
+
+TEST_F(CanvasGLTest, PreRenderersThenLinesAndTextsThenMeshesWithTheirTextures) {
+    auto log = std::make_shared<CallLog>();
+    // Two pre-renderers of one order: in the order they were added, both before the scene.
+    doc.renderer->addPreRenderer(std::make_shared<FillPreRenderer>(7, "pre7a", 0, 0, 1, log));
+    doc.renderer->addPreRenderer(std::make_shared<FillPreRenderer>(7, "pre7b", 0, 1, 0, log));
+    const int textured = doc.addMeshMaterial(qrnsg::MMaterial::fromColor(1, 0, 0), false);
+    const int pastTheEnd = doc.addMeshMaterial(qrnsg::MMaterial::fromColor(1, 0, 0), false);
+    doc.rt->meshTextures = {0, 5};
+    doc.renderer->textures = {std::make_shared<LoggedTexture>(log)};
+    doc.strips->meshes.push_back(std::make_shared<LoggedEntry>("mesh", log));
+    const int mesh = static_cast<int>(doc.strips->meshes.size()) - 1;
+    doc.addMeshInstance(mesh, textured, qrnmath::MatrixUtils::identity(), 0);
+    doc.addMeshInstance(mesh, pastTheEnd, qrnmath::MatrixUtils::identity(), 0);
+    doc.addMesh(rectangle(-0.25f, -0.25f, 0.25f, 0.25f), textured);
+    qrnsg::Polyline line;
+    line.addStrip({{-1.0f, 0.9f, 0.0f}, {1.0f, 0.9f, 0.0f}});
+    doc.addPolyline(line, doc.addLineMaterial(qrnsg::PLMaterial()));
+    doc.strips->polylines.back() = std::make_shared<LoggedEntry>("line", log);
+    doc.addText(qrnsg::Text(), std::make_shared<LoggedEntry>("text", log), 0, 0);
+    canvas->Invalidate();
+    paint();
+    // The second mesh's texture index is past the renderer's textures: nothing is bound for
+    // it; the red square's material binds again.
+    EXPECT_EQ(*log,
+              (CallLog{"pre7a", "pre7b", "line", "text", "texture", "mesh", "mesh", "texture"}));
+    // The scene draws over what the pre-renderers left.
+    EXPECT_EQ(pixel(32, 32), kRed);
+    EXPECT_EQ(pixel(3, 60), kGreen);
+    GLint texture = -1;
+    glGetIntegerv(GL_TEXTURE_BINDING_2D, &texture);
+    EXPECT_EQ(texture, 0);
     EXPECT_NO_GL_ERROR();
 }
 

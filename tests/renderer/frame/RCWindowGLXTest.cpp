@@ -395,6 +395,7 @@ TEST_F(RCWindowGLXTest, ProbesDescribeFormatsAndChooseWithTheTruncatedList) {
 }
 
 int g_steps = 0; // counts calls of one step, so that only a later one fails
+bool g_versionLogged = false;
 
 TEST_F(RCWindowGLXTest, ClassicFallbackRefusedShareAndEveryFailureThroughTheTable) {
     row = 3;
@@ -412,7 +413,8 @@ TEST_F(RCWindowGLXTest, ClassicFallbackRefusedShareAndEveryFailureThroughTheTabl
         const auto version = std::find_if(lines.begin(), lines.end(), [](const std::wstring& l) {
             return l.rfind(L"OpenGL Version", 0) == 0;
         });
-        if (version != lines.end())
+        g_versionLogged = version != lines.end();
+        if (g_versionLogged)
             lines.erase(version, version + 3);
         if (made)
             context.destroy();
@@ -421,6 +423,7 @@ TEST_F(RCWindowGLXTest, ClassicFallbackRefusedShareAndEveryFailureThroughTheTabl
         return std::make_pair(made, lines);
     };
 
+    std::pair<bool, Lines> r;
     // Without configurations or without multisampling: the classic visual of the template.
     for (int missing = 0; missing < 2; ++missing) {
         if (missing == 0)
@@ -428,13 +431,22 @@ TEST_F(RCWindowGLXTest, ClassicFallbackRefusedShareAndEveryFailureThroughTheTabl
         else
             g_next.hasMultisample = [] { return false; };
         glx.take();
-        auto r = attempt("classic");
+        r = attempt("classic");
         EXPECT_TRUE(r.first);
         EXPECT_EQ(r.second, glewLines + Lines{L"RCWindow: Normal pixel format selected"} +
                                 templateDump() + Lines{L"RCWindow:opengl context created"});
         const auto calls = glx.take();
         EXPECT_EQ(std::count(calls.begin(), calls.end(), "choosePixelFormatARB"), 0);
     }
+
+    // The driver describes itself only to a logger that logs.
+    log.logger->enabled = false;
+    r = attempt("logger off");
+    EXPECT_TRUE(r.first);
+    EXPECT_EQ(r.second, glewLines + Lines{L"RCWindow: ARB pixel format selected"} + templateDump() +
+                            Lines{L"RCWindow:opengl context created"});
+    EXPECT_FALSE(g_versionLogged);
+    log.logger->enabled = true;
 
     // A refused share leaves a working context without the message.
     auto parent = std::make_shared<RCWindow>(display, handle(hostWindow()), nullptr);
@@ -443,7 +455,7 @@ TEST_F(RCWindowGLXTest, ClassicFallbackRefusedShareAndEveryFailureThroughTheTabl
     g_next.createContext = [](Display* d, int format, GLXContext, bool& shared) {
         return qrngl::GlxApi::system().createContext(d, format, nullptr, shared);
     };
-    auto r = attempt("refused share", parent);
+    r = attempt("refused share", parent);
     EXPECT_TRUE(r.first);
     EXPECT_EQ(r.second.back(), L"RCWindow:opengl context created");
     parent->destroy();

@@ -145,45 +145,4 @@ TEST(CrossHairUtilsTest, FourArmsAroundTheCentrePixel) {
     EXPECT_GT(gap, 1) << "the pixel pointed at stays visible";
 }
 
-TEST(OverlayRenderersTest, MaterialsOrderAndFigures) {
-    qrngl::CrossHairRenderer cross;
-    EXPECT_EQ(cross.order(), 580);
-    EXPECT_FALSE(cross.figure());
-    EXPECT_EQ(cross.material().color, qrnmath::Vec4(0.0f, 0.0f, 0.0f, 1.0f));
-    EXPECT_EQ(cross.material().width, 1.5f);
-    EXPECT_FALSE(cross.material().stipple);
-
-    // set and reset are one operation: both replace the figure.
-    auto a = std::make_shared<qrngl::CrossHairRenderer>();
-    auto b = std::make_shared<qrngl::CrossHairRenderer>();
-    cross.set(a);
-    EXPECT_EQ(cross.figure(), a);
-    cross.reset(b);
-    EXPECT_EQ(cross.figure(), b);
-    cross.reset(nullptr);
-    EXPECT_FALSE(cross.figure());
-
-    qrngl::ZoomboxRenderer box;
-    struct Plain : qrngl::IPostRenderer {
-        void render() const override {}
-    };
-    EXPECT_EQ(box.order(), Plain().order());
-    // Black at 30 % opacity, as MMaterialRenderer issues it (alpha from the transparency).
-    const qrnsg::MMaterial& fill = box.fillMaterial();
-    EXPECT_EQ(fill.diffuse, qrnmath::Vec4(0.0f, 0.0f, 0.0f, 0.3f));
-    EXPECT_EQ(fill.specular, qrnmath::Vec4(0.0f, 0.0f, 0.0f, 0.3f));
-    EXPECT_FLOAT_EQ(1.0f - fill.transparency, 0.3f);
-    EXPECT_EQ(fill.ambient, qrnsg::MMaterial().ambient);
-    EXPECT_EQ(fill.emission, qrnsg::MMaterial().emission);
-    EXPECT_EQ(box.outlineMaterial().color, qrnmath::Vec4(0.6f, 0.5f, 0.4f, 1.0f));
-    EXPECT_EQ(box.outlineMaterial().width, 2.0f);
-
-    box.set(a, b);
-    EXPECT_EQ(box.fill(), a);
-    EXPECT_EQ(box.outline(), b);
-    box.resetBox();
-    EXPECT_FALSE(box.fill());
-    EXPECT_FALSE(box.outline());
-}
-
 } // namespace

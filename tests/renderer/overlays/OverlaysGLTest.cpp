@@ -151,6 +151,24 @@ TEST_F(OverlaysGLTest, ZoomboxDrawsOnlyWithBothRenderers) {
     EXPECT_NO_GL_ERROR();
 }
 
+TEST_F(OverlaysGLTest, ZoomboxFillIsLit) {
+    // Under a full white ambient light the lit fill shows its material's ambient colour (0.2
+    // grey) at 30 % over the grey frame; unlit it would be plain black at 30 %.
+    doc.renderer->addPostRenderer(
+        std::make_shared<HookPostRenderer>(static_cast<short>(zoombox->order() - 1), [] {
+            const float white[4] = {1.0f, 1.0f, 1.0f, 1.0f};
+            glLightModelfv(GL_LIGHT_MODEL_AMBIENT, white);
+        }));
+    doc.renderer->addPostRenderer(zoombox);
+    drag(10, 10, 40, 30);
+    paint();
+    const Rgba fill = pixel(25, 20);
+    EXPECT_NEAR(fill.r, 0.7 * 230 + 0.3 * 0.2 * 255, 3) << fill;
+    EXPECT_EQ(fill.g, fill.r);
+    EXPECT_EQ(fill.b, fill.r);
+    EXPECT_FALSE(glIsEnabled(GL_LIGHTING)) << "lighting is off after the box";
+}
+
 TEST_F(OverlaysGLTest, CrossHairIsCentredAtItsPixelInBlack) {
     doc.renderer->addPostRenderer(crossHair);
     const int x = 30, y = 20;

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "qrn/IDocument.h"
+#include "qrngl/CameraHelper.h"
+#include "qrngl/GL.h"
+#include "qrngl/ICanvas.h"
+#include "qrngl/IRenderContext.h"
+#include "qrngl/SCRenderer.h"
+
+#include <memory>
+
+namespace qrngl {
+
+// What every canvas has in common, whatever interface it implements (ICanvas, IPickCanvas):
+// the context it draws on, the document it draws, copying, creation and destruction that need
+// nothing, a new window size that sets the viewport and the camera's, and an Invalidate that
+// asks for the next frame. A template so that a canvas of any canvas interface derives from it
+// without a second ICanvas base.
+template <class Interface = ICanvas>
+class CanvasBase : public Interface {
+public:
+    CanvasBase(std::shared_ptr<IRenderContext> context, std::shared_ptr<qrn::IDocument> document)
+        : m_context(std::move(context)), m_document(std::move(document)) {}
+
+    bool OnCreate() override { return true; }
+    void OnDestroy() override {}
+    // Nothing for a zero width or height (a minimised window).
+    void OnSize(unsigned int, unsigned int, unsigned int width, unsigned int height) override {
+        if (!m_document || width == 0 || height == 0)
+            return;
+        auto renderer =
+            std::dynamic_pointer_cast<SCRenderer>(m_document->getSchema(qrnsg::SCHEMA_RENDERER));
+        if (!renderer)
+            return;
+        glViewport(0, 0, static_cast<GLsizei>(width), static_cast<GLsizei>(height));
+        CameraHelper::setViewport(width, height, renderer->camera);
+    }
+    void Invalidate() override { m_invalidated = true; }
+
+protected:
+    // The component of that number cast to its class; empty when absent or of another class.
+    template <class T>
+    std::shared_ptr<T> component(short type) const {
+        return m_document ? std::dynamic_pointer_cast<T>(m_document->getSchema(type)) : nullptr;
+    }
+
+    std::shared_ptr<IRenderContext> m_context;
+    std::shared_ptr<qrn::IDocument> m_document;
+    // Set by Invalidate; a canvas that draws one frame per invalidation clears it.
+    mutable bool m_invalidated = false;
+};
+
+} // namespace qrngl
