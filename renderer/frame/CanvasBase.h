@@ -1,11 +1,9 @@
 #pragma once
 
 #include "qrn/IDocument.h"
-#include "qrngl/CameraHelper.h"
-#include "qrngl/GL.h"
 #include "qrngl/ICanvas.h"
 #include "qrngl/IRenderContext.h"
-#include "qrngl/SCRenderer.h"
+#include "qrngl/frame/Viewport.h"
 
 #include <memory>
 
@@ -26,14 +24,8 @@ public:
     void OnDestroy() override {}
     // Nothing for a zero width or height (a minimised window).
     void OnSize(unsigned int, unsigned int, unsigned int width, unsigned int height) override {
-        if (!m_document || width == 0 || height == 0)
-            return;
-        auto renderer =
-            std::dynamic_pointer_cast<SCRenderer>(m_document->getSchema(qrnsg::SCHEMA_RENDERER));
-        if (!renderer)
-            return;
-        glViewport(0, 0, static_cast<GLsizei>(width), static_cast<GLsizei>(height));
-        CameraHelper::setViewport(width, height, renderer->camera);
+        if (m_document)
+            Viewport::resize(*m_document, width, height);
     }
     void Invalidate() override { m_invalidated = true; }
 

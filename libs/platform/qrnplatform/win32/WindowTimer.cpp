@@ -1,4 +1,5 @@
 #include "qrnplatform/WindowTimer.h"
+#include "qrnplatform/TimerTable.h"
 
 #include <windows.h>
 
@@ -6,42 +7,18 @@
 
 namespace qrnplatform {
 
-namespace {
-
-// The system runs the timers; these only remember what was asked of it, so that the library
-// and tests can tell what runs (Windows has no call that says).
-struct Timer {
-    void* window;
-    unsigned int id;
-    unsigned int interval;
-};
-std::vector<Timer> g_timers;
-std::vector<void*> g_invalidated;
-
-std::vector<Timer>::iterator findTimer(void* window, unsigned int id) {
-    return std::find_if(g_timers.begin(), g_timers.end(),
-                        [&](const Timer& t) { return t.window == window && t.id == id; });
-}
-
-} // namespace
-
 bool WindowTimer::setTimer(void* window, unsigned int id, unsigned int milliseconds) {
     // A null window would make a thread timer with an id of the system's choosing.
     if (!window || !::SetTimer(static_cast<HWND>(window), id, milliseconds, nullptr))
         return false;
-    const unsigned int interval = std::max<unsigned int>(milliseconds, USER_TIMER_MINIMUM);
-    auto it = findTimer(window, id);
-    if (it == g_timers.end())
-        g_timers.push_back(Timer{window, id, interval});
-    else
-        it->interval = interval;
+    // The system runs the timer; the table only remembers it, as Windows has no call that
+    // says what runs.
+    TimerTable::start(window, id, std::max<unsigned int>(milliseconds, USER_TIMER_MINIMUM), 0);
     return true;
 }
 
 bool WindowTimer::killTimer(void* window, unsigned int id) {
-    auto it = findTimer(window, id);
-    if (it != g_timers.end())
-        g_timers.erase(it);
+    TimerTable::stop(window, id);
     return ::KillTimer(static_cast<HWND>(window), id) != FALSE;
 }
 
@@ -49,20 +26,8 @@ bool WindowTimer::invalidate(void* window) {
     // A null window would repaint every window of the desktop.
     if (!window || !::InvalidateRect(static_cast<HWND>(window), NULL, TRUE))
         return false;
-    if (std::find(g_invalidated.begin(), g_invalidated.end(), window) == g_invalidated.end())
-        g_invalidated.push_back(window);
+    TimerTable::invalidated(window);
     return true;
-}
-
-unsigned int WindowTimer::interval(void* window, unsigned int id) {
-    auto it = findTimer(window, id);
-    return it == g_timers.end() ? 0u : it->interval;
-}
-
-std::vector<void*> WindowTimer::takeInvalidated() {
-    std::vector<void*> taken;
-    taken.swap(g_invalidated);
-    return taken;
 }
 
 void WindowTimer::setClock(Clock) {}
