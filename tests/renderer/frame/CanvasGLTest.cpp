@@ -50,10 +50,13 @@ TEST_F(CanvasGLTest, DrawsOneFramePerInvalidate) {
     context->activate();
     EXPECT_TRUE(near(pixel(30, 30), kGrey));
 
-    // A second paint without Invalidate leaves the window's last image alone.
+    // A second paint without Invalidate leaves the window's last image alone, and the host
+    // is not told of a frame.
     fill(1.0f, 0.0f, 0.0f);
+    canvas->setFlag(1);
     paint();
     EXPECT_EQ(pixel(5, 5), kRed);
+    EXPECT_EQ(canvas->flag(), 1);
     EXPECT_NO_GL_ERROR();
 }
 
