@@ -27,7 +27,11 @@ enum SchemaType : short {
     SCHEMA_TRIAD = 21,
     SCHEMA_MARKUP = 23,
     SCHEMA_MARKUP_VIEW = 26,
-    SCHEMA_SCENE_2D = 30
+    // The clip data of the sectioning are made through the factory chain as types 30 and 31.
+    SCHEMA_PLANE_CLIP_DATA = 30,
+    SCHEMA_NODE_CLIP_DATA = 31,
+    // Not one of the renderer's: past the numbers it knows.
+    SCHEMA_SCENE_2D = 32
 };
 
 // Base of every document component: a typed piece of the document, fetched by its number.
