@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "GlxTestApi.h"
+#include "SlantedEdge.h"
 #include "qrngl/GL.h"
 #include "qrngl/frame/RCBuffer.h"
 #include "qrngl/frame/RCTemp.h"
@@ -31,33 +32,6 @@ bool endsWith(const std::vector<std::string>& calls, const std::vector<std::stri
 
 bool contains(const std::vector<std::string>& calls, const std::string& name) {
     return std::find(calls.begin(), calls.end(), name) != calls.end();
-}
-
-// A white triangle on black whose long edge is slanted.
-void drawEdge(unsigned int size) {
-    glViewport(0, 0, static_cast<GLsizei>(size), static_cast<GLsizei>(size));
-    glClearColor(0, 0, 0, 1);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    glMatrixMode(GL_PROJECTION);
-    glLoadIdentity();
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
-    glDisable(GL_DEPTH_TEST);
-    glColor3f(1, 1, 1);
-    glBegin(GL_TRIANGLES);
-    glVertex2f(-1, -1);
-    glVertex2f(1, -1);
-    glVertex2f(-1, 0.7f);
-    glEnd();
-}
-
-// The distinct grey levels of the frame.
-std::set<int> readLevels(unsigned int size) {
-    std::vector<unsigned char> red(static_cast<std::size_t>(size) * size);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, static_cast<GLsizei>(size), static_cast<GLsizei>(size), GL_RED,
-                 GL_UNSIGNED_BYTE, red.data());
-    return std::set<int>(red.begin(), red.end());
 }
 
 class RCBufferGLXTest : public ::testing::Test {
@@ -96,11 +70,11 @@ TEST_F(RCBufferGLXTest, DrawsOffScreenMultisampledOnRequestAndStaysCurrent) {
         EXPECT_EQ(samples > 1, multisample);
         // deactivate finishes the frame but neither presents nor releases: the context stays
         // current. Multisampling shows as in-between greys along the slanted edge.
-        drawEdge(40);
+        drawSlantedEdge(40);
         buffer.deactivate();
         EXPECT_EQ(glx.take(), std::vector<std::string>{});
         EXPECT_EQ(glXGetCurrentContext(), reinterpret_cast<GLXContext>(buffer.currentGLRC()));
-        const std::set<int> levels = readLevels(40);
+        const std::set<int> levels = greyLevels(40);
         if (multisample)
             EXPECT_GT(levels.size(), 2u);
         else

@@ -2,6 +2,7 @@
 // shares, and every call of both contexts and every failure path through the recording table.
 #include "qrngl/frame/RCBuffer.h"
 #include "MemoryLogger.h"
+#include "SlantedEdge.h"
 #include "WglTestApi.h"
 #include "qrngl/GL.h"
 #include "qrngl/frame/RCBitmap.h"
@@ -30,24 +31,6 @@ const Calls kTearDown = {
 
 bool endsWith(const Calls& calls, const Calls& tail) {
     return calls.size() >= tail.size() && std::equal(tail.rbegin(), tail.rend(), calls.rbegin());
-}
-
-// The grey levels of a white triangle with a slanted edge drawn on black.
-std::set<int> edgeLevels(int size) {
-    glViewport(0, 0, size, size);
-    glClearColor(0, 0, 0, 1);
-    glClear(GL_COLOR_BUFFER_BIT);
-    glColor3f(1, 1, 1);
-    glBegin(GL_TRIANGLES);
-    glVertex2f(-1, -1);
-    glVertex2f(1, -1);
-    glVertex2f(-1, 0.7f);
-    glEnd();
-    glFinish();
-    std::vector<unsigned char> red(static_cast<std::size_t>(size * size));
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, size, size, GL_RED, GL_UNSIGNED_BYTE, red.data());
-    return std::set<int>(red.begin(), red.end());
 }
 
 class RCBufferTest : public ::testing::Test {
@@ -94,7 +77,9 @@ TEST_F(RCBufferTest, DrawsIntoAPixelBufferThatStaysCurrent) {
         GLint samples = 0;
         glGetIntegerv(GL_SAMPLES, &samples);
         EXPECT_EQ(samples > 1, multisample);
-        const std::set<int> levels = edgeLevels(40);
+        drawSlantedEdge(40);
+        glFinish();
+        const std::set<int> levels = greyLevels(40);
         EXPECT_TRUE(levels.count(0) && levels.count(255));
         // Wine on Mesa reports the samples but draws with one: only a real driver smooths.
         if (multisample)
