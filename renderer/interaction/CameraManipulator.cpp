@@ -16,6 +16,7 @@
 #include "qrnmath/MatrixUtils.h"
 #include "qrnmath/QuatUtils.h"
 #include "qrnplatform/Input.h"
+#include "qrnplatform/WindowTimer.h"
 #include "qrnsg/SCInfo.h"
 #include "qrnui/IFrame.h"
 
@@ -44,6 +45,8 @@ const float kArrowAngle = 10.0f;
 const float kArrowFraction = 0.068f;
 
 const unsigned int kButtons = KEY_LBUTTON | KEY_MBUTTON | KEY_RBUTTON;
+// How long the mouse may rest before the release for a spin to go on (ms).
+const std::uint64_t kSpinPause = 100;
 
 bool isRegistered(const SCRenderer& renderer, const std::shared_ptr<IPostRenderer>& item) {
     return std::any_of(renderer.postRenderers.begin(), renderer.postRenderers.end(),
@@ -140,6 +143,9 @@ FrameStatus CameraManipulator::mouseButtonDown(FrameStatus status, unsigned int 
     if (m_viewState)
         m_viewState->reset();
     stopSpin();
+    // A second button joins a drag that has changed the camera: that much is one undo step.
+    if (m_dragging && m_changed)
+        recordUndoStep();
     m_pressX = m_lastX = x;
     m_pressY = m_lastY = y;
     // A state from an earlier press must not become this drag's undo record.
@@ -193,6 +199,7 @@ FrameStatus CameraManipulator::mouseMotion(unsigned int flags, int x, int y) {
         m_lastStepSpin = result == IEventInterpreter::SPIN;
         m_spinDx = dx;
         m_spinDy = dy;
+        m_lastStepTime = qrnplatform::WindowTimer::now();
         break;
     case IEventInterpreter::PAN:
         doSizeCulling();
@@ -228,17 +235,20 @@ FrameStatus CameraManipulator::mouseMotion(unsigned int flags, int x, int y) {
 
 FrameStatus CameraManipulator::mouseButtonUp(FrameStatus incoming, unsigned int flags,
                                              MouseButton button, int x, int y) {
+    // A predecessor that consumed the release ends the drag as well (see the press).
     FrameStatus status = IManipulator::mouseButtonUp(incoming, flags, button, x, y);
+    if (incoming == CHANGED)
+        status = CHANGED;
     const bool moved = x != m_pressX || y != m_pressY;
 
     // The zoom box records its own step below.
-    if ((m_changed || button == MIDDLE) && m_requested != IEventInterpreter::ZOOMBOX &&
-        m_savedState && moved) {
-        std::shared_ptr<qrn::IState> current;
-        if (getCameraState(current))
-            setState(m_savedState, current);
-        m_savedState.reset();
-    }
+    if ((m_changed || button == MIDDLE) && m_requested != IEventInterpreter::ZOOMBOX && moved)
+        recordUndoStep();
+    // The drag goes on while another button is held (a chord, CATIAEventInterpreter's zoom
+    // latch): what it changes from here is a step of its own.
+    const bool dragEnds = (flags & kButtons) == 0;
+    if (!dragEnds && m_dragging && !m_savedState)
+        getCameraState(m_savedState);
     if (qrnplatform::Input::isTouchMessage())
         return status;
 
@@ -250,11 +260,10 @@ FrameStatus CameraManipulator::mouseButtonUp(FrameStatus incoming, unsigned int 
 
     if (auto r = renderer())
         r->motion = false;
-    // The drag goes on while another button is held: CATIAEventInterpreter's zoom is a middle
-    // drag after a right click.
-    const bool dragEnds = (flags & kButtons) == 0;
+    // A release after a pause lets the model rest; released in motion, it spins on.
+    const bool stillMoving = qrnplatform::WindowTimer::now() - m_lastStepTime <= kSpinPause;
     const bool keepSpinning = dragEnds && m_dragging && m_spinMode && m_lastStepSpin && moved &&
-                              (m_spinDx != 0 || m_spinDy != 0);
+                              (m_spinDx != 0 || m_spinDy != 0) && stillMoving;
     m_chord = false;
     if (dragEnds) {
         m_dragging = false;
@@ -408,6 +417,13 @@ bool CameraManipulator::getCameraState(std::shared_ptr<qrn::IState>& state) cons
         return false;
     state = std::make_shared<qrnglutils::CameraState>(r->camera);
     return true;
+}
+
+void CameraManipulator::recordUndoStep() {
+    std::shared_ptr<qrn::IState> current;
+    if (m_savedState && getCameraState(current))
+        setState(m_savedState, current);
+    m_savedState.reset();
 }
 
 bool CameraManipulator::setState(std::shared_ptr<qrn::IState> before,

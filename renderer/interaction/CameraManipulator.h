@@ -97,6 +97,8 @@ public:
     const qrnsg::Polyline& getZoomboxOutline() const { return m_boxOutline; }
 
 private:
+    // The camera change since the saved state, as one undo step; the saved state is dropped.
+    void recordUndoStep();
     std::shared_ptr<SCRenderer> renderer() const;
     bool createEventInterpreter();
     void setOperationFromRegistry();
@@ -144,6 +146,9 @@ private:
     bool m_lastStepSpin;
     int m_spinDx, m_spinDy;
     bool m_spinning;
+    // When the last drag step was taken (WindowTimer's clock, ms): a spin goes on only when the
+    // button is released while the mouse still moves.
+    std::uint64_t m_lastStepTime = 0;
 };
 
 } // namespace qrngl

@@ -235,6 +235,8 @@ void ViewState::zoomFit() {
             CameraHelper::lookAt(camera, centre, radius);
         }
     }
+    for (void* view : info->views)
+        qrnplatform::WindowTimer::invalidate(view);
     qrnplatform::WindowTimer::invalidate(m_window);
 }
 

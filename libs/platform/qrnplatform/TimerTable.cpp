@@ -1,6 +1,7 @@
 #include "qrnplatform/TimerTable.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace qrnplatform {
 
@@ -9,6 +10,7 @@ namespace {
 std::vector<TimerTable::Timer> g_timers;
 std::vector<void*> g_invalidated;
 std::uint64_t g_started = 0;
+std::uint64_t (*g_clock)() = nullptr;
 
 std::vector<TimerTable::Timer>::iterator findTimer(void* window, unsigned int id) {
     return std::find_if(g_timers.begin(), g_timers.end(), [&](const TimerTable::Timer& t) {
@@ -42,6 +44,18 @@ unsigned int TimerTable::interval(void* window, unsigned int id) {
 
 std::vector<TimerTable::Timer>& TimerTable::timers() {
     return g_timers;
+}
+
+void TimerTable::setClock(std::uint64_t (*clock)()) {
+    g_clock = clock;
+}
+
+std::uint64_t TimerTable::now() {
+    if (g_clock)
+        return g_clock();
+    return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(
+                                          std::chrono::steady_clock::now().time_since_epoch())
+                                          .count());
 }
 
 void TimerTable::invalidated(void* window) {

@@ -27,6 +27,10 @@ public:
     static unsigned int interval(void* window, unsigned int id);
     static std::vector<Timer>& timers();
 
+    // Milliseconds on the clock that was set, or on the steady clock.
+    static void setClock(std::uint64_t (*clock)());
+    static std::uint64_t now();
+
     // Records the window once, in the order of first invalidation.
     static void invalidated(void* window);
     static std::vector<void*> takeInvalidated();

@@ -12,4 +12,12 @@ std::vector<void*> WindowTimer::takeInvalidated() {
     return TimerTable::takeInvalidated();
 }
 
+void WindowTimer::setClock(Clock clock) {
+    TimerTable::setClock(clock);
+}
+
+std::uint64_t WindowTimer::now() {
+    return TimerTable::now();
+}
+
 } // namespace qrnplatform

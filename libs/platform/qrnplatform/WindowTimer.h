@@ -48,8 +48,11 @@ public:
     };
     // Milliseconds on a monotonic clock.
     using Clock = std::uint64_t (*)();
-    // The clock the host-driven timers are scheduled by; nullptr restores the steady clock.
+    // The clock the host-driven timers are scheduled by and now() reads (on every platform);
+    // nullptr restores the steady clock.
     static void setClock(Clock clock);
+    // The time on that clock, for what must tell how long ago something happened.
+    static std::uint64_t now();
     // Milliseconds until the next host-driven tick is due (0: one is due now), -1 when none
     // runs. Always -1 on Windows.
     static long long timeToNextTick();

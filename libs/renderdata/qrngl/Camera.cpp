@@ -36,7 +36,49 @@ void Camera::setSphere(const Vec3& centre, float radius) {
 
 void Camera::setZoomFactor(float zoom) {
     if (positive(zoom))
-        m_zoom = zoom;
+        m_zoom = std::min(maxZoomFactor(), std::max(minZoomFactor(), zoom));
+}
+
+// A million times in or out of the fitted view: far past any use, and float depth and pan
+// arithmetic stay well inside their precision.
+float Camera::minZoomFactor() {
+    return 1e-6f;
+}
+
+float Camera::maxZoomFactor() {
+    return 1e6f;
+}
+
+void Camera::setModelRotation(const Mat4& rotation) {
+    // A rotation as good as float holds is kept to the bit (a restored view is exact).
+    const Vec3 rx = row(rotation, 0), ry = row(rotation, 1), rz = row(rotation, 2);
+    const float e = 2e-6f;
+    if (std::abs(rx.length() - 1.0f) < e && std::abs(ry.length() - 1.0f) < e &&
+        std::abs(rz.length() - 1.0f) < e && std::abs(rx.dot(ry)) < e && std::abs(rx.dot(rz)) < e &&
+        std::abs(ry.dot(rz)) < e && qrnmath::cross(rx, ry).dot(rz) > 0.0f) {
+        m_rotation = rotation;
+        return;
+    }
+    // Gram-Schmidt on the rows (the view axes in world space), z first: the view direction
+    // keeps its way, x is made square to it, y completes a right-handed frame.
+    Vec3 z = row(rotation, 2), x = row(rotation, 0);
+    const float zLength = z.length();
+    if (!positive(zLength))
+        return;
+    z = z * (1.0f / zLength);
+    x = x - z * x.dot(z);
+    const float xLength = x.length();
+    if (!positive(xLength))
+        return;
+    x = x * (1.0f / xLength);
+    const Vec3 y = qrnmath::cross(z, x);
+    Mat4 r = qrnmath::MatrixUtils::identity();
+    for (int i = 0; i < 3; ++i) {
+        r[4 * i + 0] = x[i];
+        r[4 * i + 1] = y[i];
+        r[4 * i + 2] = z[i];
+    }
+    m_rotation = r;
 }
 
 void Camera::setFieldOfView(float degrees) {

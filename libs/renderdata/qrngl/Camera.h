@@ -28,16 +28,21 @@ public:
     const qrnmath::Vec3& sphereCentre() const { return m_centre; }
     float sphereRadius() const { return m_radius; }
 
-    // World to view rotation about the sphere's centre: column-major, rotation only.
-    void setModelRotation(const qrnmath::Mat4& rotation) { m_rotation = rotation; }
+    // World to view rotation about the sphere's centre: column-major, rotation only. Made
+    // orthonormal again as it is set, so that thousands of small turns never skew or scale
+    // the view; a matrix that is not a rotation (degenerate, not finite) is ignored.
+    void setModelRotation(const qrnmath::Mat4& rotation);
     const qrnmath::Mat4& modelRotation() const { return m_rotation; }
     // The pan in view space, world units at the sphere's centre. Its z is kept but takes no
     // part in the view: depth is the sphere's business.
     void setModelTranslation(const qrnmath::Vec3& t) { m_translation = t; }
     const qrnmath::Vec3& modelTranslation() const { return m_translation; }
     // 1 shows the sphere, smaller values zoom in. Sizes in world units scaled by it keep their
-    // size on screen. A value that is not a positive number is ignored.
+    // size on screen. A value that is not a positive number is ignored; others are kept within
+    // minZoomFactor() and maxZoomFactor(), where the projection stays finite and exact enough.
     void setZoomFactor(float zoom);
+    static float minZoomFactor();
+    static float maxZoomFactor();
     float zoomFactor() const { return m_zoom; }
 
     void setProjection(Projection p) { m_projection = p; }

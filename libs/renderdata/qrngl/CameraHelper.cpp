@@ -77,7 +77,13 @@ void CameraHelper::translate(const CameraPtr& camera, int dx, int dy) {
 void CameraHelper::zoom(const CameraPtr& camera, int x, int y, float factor, bool in) {
     if (!camera || !std::isfinite(factor) || factor <= 0.0f)
         return;
-    const float ratio = in ? 1.0f / factor : factor;
+    // At the zoom's bounds a notch changes nothing, the pan included.
+    const float zoom = camera->zoomFactor();
+    const float wanted = zoom * (in ? 1.0f / factor : factor);
+    const float ratio =
+        std::min(Camera::maxZoomFactor(), std::max(Camera::minZoomFactor(), wanted)) / zoom;
+    if (ratio == 1.0f)
+        return;
     float ox = 0.0f, oy = 0.0f;
     windowOffset(*camera, static_cast<float>(x), static_cast<float>(y), ox, oy);
     // The point under the cursor sits at offset o; with every offset scaled by 1 / ratio on

@@ -4,6 +4,7 @@
 #include "qrnsg/qrnsg_export.h"
 
 #include <cstdint>
+#include <vector>
 
 namespace qrnsg {
 
@@ -28,6 +29,9 @@ public:
 
     std::int32_t documentType = MODEL;
     UNITS lengthUnit = MILLIMETRE;
+    // Further windows showing the document besides the main one (split views): whatever
+    // refreshes the main window refreshes them too.
+    std::vector<void*> views;
 };
 
 } // namespace qrnsg

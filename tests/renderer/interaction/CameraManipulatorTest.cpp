@@ -6,6 +6,7 @@
 #include "qrnplatform/Environment.h"
 #include "qrnplatform/Settings.h"
 #include "qrnplatform/Text.h"
+#include "qrnplatform/WindowTimer.h"
 #include "qrnsg/SCInfo.h"
 
 #include <cmath>
@@ -96,16 +97,125 @@ TEST_F(CameraManipulatorTest, DragsMoveTheCameraAndRecordOneUndoStepEach) {
     qrntest::expectShownAt(camera, grabbed, 300.0f, 100.0f);
     EXPECT_EQ(frame->undo->size(), 2u);
 
-    // No step for a drag back to its press point, a consumed press or a touch press.
+    // No step for a drag back to its press point, a consumed press or a touch press; the
+    // last two leave the pan, which a PAN drag would change, alone.
     drag(*m, qrngl::LEFT, L, {{50, 50}, {90, 60}, {50, 50}});
-    const qrnmath::Mat4 rotation = camera->modelRotation();
+    const Vec3 pan = camera->modelTranslation();
     EXPECT_EQ(m->mouseButtonDown(CHANGED, L, qrngl::LEFT, 10, 10), CHANGED);
     EXPECT_EQ(m->mouseMotion(L, 40, 40), UNCHANGED);
     m->mouseButtonUp(UNCHANGED, 0, qrngl::LEFT, 40, 40);
     qrntest::setTouchInput(true);
     EXPECT_EQ(drag(*m, qrngl::LEFT, L, {{10, 10}, {40, 40}}), UNCHANGED);
-    EXPECT_EQ(camera->modelRotation(), rotation);
+    EXPECT_EQ(camera->modelTranslation(), pan);
     EXPECT_EQ(frame->undo->size(), 2u);
+}
+
+TEST_F(CameraManipulatorTest, EveryChangeOfAChordDragIsUndoable) {
+    auto m = make();
+    const qrngl::Camera start = *camera;
+    m->mouseButtonDown(UNCHANGED, L, qrngl::LEFT, 100, 100);
+    m->mouseMotion(L, 130, 100); // rotates
+    m->mouseButtonDown(UNCHANGED, L | R, qrngl::RIGHT, 130, 100);
+    EXPECT_EQ(m->mouseMotion(L | R, 150, 120), CHANGED); // left and right pan
+    m->mouseButtonUp(UNCHANGED, L, qrngl::RIGHT, 150, 120);
+    const qrngl::Camera afterChord = *camera;
+    EXPECT_EQ(m->mouseMotion(L, 180, 120), CHANGED); // the left drag goes on
+    m->mouseButtonUp(UNCHANGED, 0, qrngl::LEFT, 180, 120);
+    // The turn before the chord, the chord's pan, the turn after it.
+    ASSERT_EQ(frame->undo->size(), 3u);
+    frame->undo->undo();
+    EXPECT_EQ(camera->modelRotation(), afterChord.modelRotation());
+    frame->undo->undo();
+    frame->undo->undo();
+    EXPECT_EQ(camera->modelRotation(), start.modelRotation());
+    EXPECT_EQ(camera->modelTranslation(), start.modelTranslation());
+
+    // A release that a predecessor consumed ends the drag all the same.
+    m->mouseButtonDown(UNCHANGED, L, qrngl::LEFT, 10, 10);
+    EXPECT_EQ(m->mouseButtonUp(CHANGED, 0, qrngl::LEFT, 20, 20), CHANGED);
+    EXPECT_EQ(m->mouseMotion(0, 40, 40), UNCHANGED);
+    // init forgets a drag in progress and every masked operation.
+    m->setAvailOperations(0);
+    m->mouseButtonDown(UNCHANGED, L, qrngl::LEFT, 10, 10);
+    m->init();
+    EXPECT_EQ(m->getAvailOperations(), static_cast<unsigned int>(IE::ALL_OPERATIONS));
+    EXPECT_EQ(m->mouseMotion(L, 40, 40), UNCHANGED);
+}
+
+TEST_F(CameraManipulatorTest, CameraStaysSoundUnderAnyInput) {
+    auto m = make();
+    m->mouseMotion(0, 300, 100);
+    auto finite = [&] {
+        for (const auto& matrix : {camera->getProjectionMatrix(), camera->getViewMatrix()})
+            for (int i = 0; i < 16; ++i)
+                if (!std::isfinite(matrix[i]))
+                    return false;
+        return std::isfinite(camera->modelTranslation().length());
+    };
+    // Thousands of notches either way: the zoom stops at its bounds with a finite view, and a
+    // notch that changes nothing records nothing.
+    for (const int delta : {120, -120}) {
+        for (int i = 0; i < 3000; ++i)
+            m->mouseWheel(0, delta, 1.25f);
+        EXPECT_FLOAT_EQ(camera->zoomFactor(), delta > 0 ? qrngl::Camera::minZoomFactor()
+                                                        : qrngl::Camera::maxZoomFactor());
+        EXPECT_TRUE(finite());
+        const std::size_t steps = frame->undo->size();
+        m->mouseWheel(0, delta, 1.25f);
+        EXPECT_EQ(frame->undo->size(), steps);
+    }
+    // Five thousand small turns keep the rotation a rotation.
+    Path path;
+    for (int i = 0; i < 5000; ++i)
+        path.emplace_back(100 + (i % 7) * 3, 100 + (i % 5) * 2);
+    drag(*m, qrngl::LEFT, L, path);
+    const qrnmath::Mat4& r = camera->modelRotation();
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j) {
+            float d = 0.0f;
+            for (int k = 0; k < 3; ++k)
+                d += r[4 * k + i] * r[4 * k + j];
+            EXPECT_NEAR(d, i == j ? 1.0f : 0.0f, 1e-5f) << i << j;
+        }
+}
+
+std::uint64_t g_clock = 0;
+
+TEST_F(CameraManipulatorTest, SpinGoesOnOnlyWhenReleasedInMotion) {
+    qrnplatform::WindowTimer::setClock([] { return g_clock; });
+    auto m = make();
+    m->setOperation(IE::SPIN);
+    for (const std::uint64_t rest : {20u, 200u}) {
+        g_clock = 1000;
+        m->mouseButtonDown(UNCHANGED, L, qrngl::LEFT, 50, 50);
+        for (int x = 55; x <= 70; x += 5) {
+            g_clock += 10;
+            m->mouseMotion(L, x, 50);
+        }
+        g_clock += rest;
+        m->mouseButtonUp(UNCHANGED, 0, qrngl::LEFT, 70, 50);
+        EXPECT_EQ(m->isSpinning(), rest < 100) << rest << " ms at rest";
+    }
+    qrnplatform::WindowTimer::setClock(nullptr);
+}
+
+TEST_F(CameraManipulatorTest, BoxSelectShowsTheRectangleAndHandsItOverAtRelease) {
+    auto m = make();
+    std::vector<int> selected;
+    m->setBoxSelectHandler([&](int x0, int y0, int x1, int y1, unsigned int flags) {
+        selected = {x0, y0, x1, y1, static_cast<int>(flags)};
+    });
+    m->setOperation(IE::BOXSELECT);
+    const qrngl::Camera before = *camera;
+    m->mouseButtonDown(UNCHANGED, L, qrngl::LEFT, 40, 30);
+    EXPECT_EQ(m->mouseMotion(L, 90, 70), CHANGED);
+    EXPECT_TRUE(hasZoombox());
+    EXPECT_TRUE(selected.empty());
+    EXPECT_EQ(m->mouseButtonUp(UNCHANGED, qrngl::KEY_SHIFT, qrngl::LEFT, 90, 70), UNCHANGED);
+    EXPECT_EQ(selected, (std::vector<int>{40, 30, 90, 70, static_cast<int>(qrngl::KEY_SHIFT)}));
+    EXPECT_FALSE(hasZoombox());
+    EXPECT_EQ(camera->modelRotation(), before.modelRotation());
+    EXPECT_EQ(camera->zoomFactor(), before.zoomFactor());
 }
 
 TEST_F(CameraManipulatorTest, RubberBandZoomsToTheBoxAtRelease) {

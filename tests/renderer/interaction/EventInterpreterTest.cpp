@@ -290,6 +290,7 @@ TEST(EventInterpreter, InventorRotatesWithTheLeftButtonWhileF4IsHeld) {
         EXPECT_EQ(step(*inventor, L, PAN, 0, 0), ROTATE) << "no motion test";
         EXPECT_EQ(step(*inventor, L, ZOOMBOX, 0, 0), ROTATE) << "replaces the zoom box rule";
         EXPECT_EQ(step(*inventor, M, ROTATE, 3, 1), PAN) << "the middle button comes first";
+        EXPECT_EQ(step(*inventor, L | R, ROTATE, 3, 1), PAN) << "left and right pan";
         EXPECT_EQ(step(*make(INVENTOR, true), L, PAN, 3, 1), ROTATE) << "no 2D test";
         EXPECT_EQ(step(*make(INVENTOR, false, ALL & ~ROTATE), L, PAN, 3, 1), PAN);
         EXPECT_EQ(fresh(QRN, L, PAN, 3, 1), PAN) << "other conventions ignore F4";

@@ -246,6 +246,7 @@ TEST_F(ViewStateTest, ALoopingSequenceAlternatesWithPausesUntilReset) {
         // Ten ticks of motion, then 50 at rest, over and over.
         ASSERT_EQ(tick(), (t - 1) % 60 < 10) << "tick " << t;
         ASSERT_EQ(timer(), 30u) << t;
+        ASSERT_TRUE(viewState->isPlaying()) << "in motion and at rest alike, tick " << t;
         if (t % 60 == 10) {
             EXPECT_NEAR(angleTo(camera->modelRotation(), views->rotation(expected[(t / 60) % 2])),
                         0.0f, 1e-3f)
@@ -317,9 +318,14 @@ TEST_F(ViewStateTest, SetAndZoomFit) {
     EXPECT_EQ(camera->modelRotation(), views->rotation(SCView::LEFT));
     CameraHelper::translate(camera, 40, 40);
     CameraHelper::zoom(camera, 0, 0, 3.0f, true);
+    // Further views of the document are refreshed with the main window.
+    int split = 0;
+    std::dynamic_pointer_cast<qrnsg::SCInfo>(document->getSchema(qrnsg::SCHEMA_INFO))->views = {
+        &split};
     viewState->zoomFit();
     EXPECT_TRUE(poseOf(*camera) == fitted(SCView::LEFT));
-    EXPECT_EQ(WindowTimer::takeInvalidated(), std::vector<void*>{window.handle()});
+    EXPECT_EQ(WindowTimer::takeInvalidated(),
+              (std::vector<void*>{static_cast<void*>(&split), window.handle()}));
 
     // Geometry held as resources is fitted the same way.
     auto resources =

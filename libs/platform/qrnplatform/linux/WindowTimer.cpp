@@ -2,23 +2,8 @@
 #include "qrnplatform/TimerTable.h"
 
 #include <algorithm>
-#include <chrono>
 
 namespace qrnplatform {
-
-namespace {
-
-WindowTimer::Clock g_clock = nullptr;
-
-std::uint64_t now() {
-    if (g_clock)
-        return g_clock();
-    return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(
-                                          std::chrono::steady_clock::now().time_since_epoch())
-                                          .count());
-}
-
-} // namespace
 
 bool WindowTimer::setTimer(void* window, unsigned int id, unsigned int milliseconds) {
     if (!window)
@@ -37,10 +22,6 @@ bool WindowTimer::invalidate(void* window) {
         return false;
     TimerTable::invalidated(window);
     return true;
-}
-
-void WindowTimer::setClock(Clock clock) {
-    g_clock = clock;
 }
 
 long long WindowTimer::timeToNextTick() {

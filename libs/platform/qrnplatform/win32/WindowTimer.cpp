@@ -30,8 +30,6 @@ bool WindowTimer::invalidate(void* window) {
     return true;
 }
 
-void WindowTimer::setClock(Clock) {}
-
 long long WindowTimer::timeToNextTick() {
     return -1;
 }
