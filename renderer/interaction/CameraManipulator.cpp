@@ -247,7 +247,8 @@ FrameStatus CameraManipulator::mouseButtonUp(FrameStatus incoming, unsigned int 
     // The drag goes on while another button is held (a chord, CATIAEventInterpreter's zoom
     // latch): what it changes from here is a step of its own.
     const bool dragEnds = (flags & kButtons) == 0;
-    if (!dragEnds && m_dragging && !m_savedState)
+    const bool dragGoesOn = !dragEnds && m_dragging;
+    if (dragGoesOn && !m_savedState)
         getCameraState(m_savedState);
     if (qrnplatform::Input::isTouchMessage())
         return status;
@@ -274,11 +275,8 @@ FrameStatus CameraManipulator::mouseButtonUp(FrameStatus incoming, unsigned int 
     else
         removeCrossHair();
 
-    if (status == CHANGED) {
-        resetSizeCulling();
-        return CHANGED;
-    }
-    if (button == LEFT) {
+    // A consumed release does nothing of its own.
+    if (status != CHANGED && button == LEFT) {
         if (m_requested == IEventInterpreter::BOXSELECT && moved) {
             setCameraStateBoxSelect(flags, x, y);
         } else if (m_requested == IEventInterpreter::ZOOMBOX && moved) {
@@ -290,11 +288,16 @@ FrameStatus CameraManipulator::mouseButtonUp(FrameStatus incoming, unsigned int 
         }
         if (moved && m_requested != IEventInterpreter::BOXSELECT)
             status = m_changed ? CHANGED : UNCHANGED;
-    }
-    // Ends CATIAEventInterpreter's zoom latch, whatever the drag did.
-    if (button == MIDDLE && m_interpreter)
+    } else if (status != CHANGED && button == MIDDLE && m_interpreter) {
+        // Ends CATIAEventInterpreter's zoom latch, whatever the drag did.
         m_interpreter->post(flags, m_requested, x, y);
-
+    }
+    // The rest of the drag is a step that starts here: one that comes back to this point
+    // records nothing, one that ends anywhere else is recorded.
+    if (dragGoesOn) {
+        m_pressX = x;
+        m_pressY = y;
+    }
     m_changed = false;
     resetSizeCulling();
     return status;
@@ -339,7 +342,9 @@ FrameStatus CameraManipulator::keyDown(FrameStatus, unsigned int key, unsigned i
     if (key < kLeft || key > kDown)
         return UNCHANGED;
 
-    getCameraState(m_savedState);
+    // Each press is a step of its own, as a wheel notch is; a drag's saved state stays.
+    std::shared_ptr<qrn::IState> before, after;
+    getCameraState(before);
     Vec3 eye, target, direction, up;
     CameraHelper::getEyeTargetUp(camera, eye, target, direction, up, false);
     // Up and Down tilt about the view's horizontal, Left and Right turn about its up.
@@ -348,6 +353,8 @@ FrameStatus CameraManipulator::keyDown(FrameStatus, unsigned int key, unsigned i
     const Vec3 axis = tilt ? qrnmath::cross(direction, up) : up;
     CameraHelper::rotateBy(camera,
                            QuatUtils::interpolate(QuatUtils::create(axis, angle), kArrowFraction));
+    getCameraState(after);
+    setState(before, after);
     r->motion = true;
     return CHANGED;
 }

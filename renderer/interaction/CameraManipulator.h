@@ -27,7 +27,8 @@ class ZoomboxRenderer;
 // Turns mouse, wheel and key input into camera motion. Which operation a drag performs is the
 // event interpreter's choice (the mouse style of the renderer settings); the left button's
 // operation is the one requested (from the user's settings, or setOperation). Every camera
-// change goes through CameraHelper, and a finished drag is recorded on the frame's undo stack.
+// change goes through CameraHelper, and each finished one is a step on the frame's undo stack:
+// a drag (split where a second button joins or leaves it), a wheel notch, an arrow key.
 //
 // The host hands it every mouse, wheel and key event in chain order, with the key-state flags
 // of the Windows mouse messages (at a release, the buttons still held), and while isSpinning()

@@ -142,4 +142,36 @@ TEST(Camera, RejectsValuesThatWouldBreakTheView) {
     EXPECT_EQ(c.viewportWidth(), 1u);
     EXPECT_EQ(c.viewportHeight(), 1u);
     EXPECT_EQ(int(Camera::ORTHOGRAPHIC), 5);
+
+    // The zoom stays where the projection is finite.
+    c.setZoomFactor(1e-30f);
+    EXPECT_EQ(c.zoomFactor(), Camera::minZoomFactor());
+    c.setZoomFactor(1e30f);
+    EXPECT_EQ(c.zoomFactor(), Camera::maxZoomFactor());
+
+    // A rotation is kept to the bit; a drifted one (scaled, skewed) is made a rotation again
+    // that looks the same way; one that is none at all is ignored.
+    using M = qrnmath::MatrixUtils;
+    const qrnmath::Mat4 turn = M::rotation(Vec3(1.0f, 2.0f, 0.5f), 0.7f);
+    c.setModelRotation(turn);
+    EXPECT_EQ(c.modelRotation(), turn);
+    const Vec3 direction = c.direction();
+    qrnmath::Mat4 drifted = turn;
+    for (int k = 0; k < 3; ++k) {
+        drifted[4 * k] += 0.05f * turn[4 * k + 2];
+        for (int i = 0; i < 3; ++i)
+            drifted[4 * k + i] *= 1.01f;
+    }
+    c.setModelRotation(drifted);
+    const qrnmath::Mat4 product = M::multiply(c.modelRotation(), M::transpose(c.modelRotation()));
+    for (int i = 0; i < 16; ++i)
+        EXPECT_NEAR(product[i], M::identity()[i], 1e-6f) << i;
+    EXPECT_NEAR(qrnmath::cross(c.right(), c.up()).dot(c.direction()), -1.0f, 1e-6f);
+    EXPECT_TRUE(qrnmath::nearlyEqual(c.direction(), direction, 1e-6f));
+    const qrnmath::Mat4 repaired = c.modelRotation();
+    qrnmath::Mat4 broken = M::identity();
+    broken[0] = nan;
+    c.setModelRotation(broken);
+    c.setModelRotation(qrnmath::Mat4());
+    EXPECT_EQ(c.modelRotation(), repaired);
 }

@@ -119,8 +119,9 @@ TEST_F(CameraManipulatorTest, EveryChangeOfAChordDragIsUndoable) {
     EXPECT_EQ(m->mouseMotion(L | R, 150, 120), CHANGED); // left and right pan
     m->mouseButtonUp(UNCHANGED, L, qrngl::RIGHT, 150, 120);
     const qrngl::Camera afterChord = *camera;
-    EXPECT_EQ(m->mouseMotion(L, 180, 120), CHANGED); // the left drag goes on
-    m->mouseButtonUp(UNCHANGED, 0, qrngl::LEFT, 180, 120);
+    // The left drag goes on, back to where the right button was pressed.
+    EXPECT_EQ(m->mouseMotion(L, 130, 100), CHANGED);
+    m->mouseButtonUp(UNCHANGED, 0, qrngl::LEFT, 130, 100);
     // The turn before the chord, the chord's pan, the turn after it.
     ASSERT_EQ(frame->undo->size(), 3u);
     frame->undo->undo();
@@ -130,10 +131,17 @@ TEST_F(CameraManipulatorTest, EveryChangeOfAChordDragIsUndoable) {
     EXPECT_EQ(camera->modelRotation(), start.modelRotation());
     EXPECT_EQ(camera->modelTranslation(), start.modelTranslation());
 
-    // A release that a predecessor consumed ends the drag all the same.
+    // A release that a predecessor consumed ends the drag all the same, with its undo step;
+    // a consumed click does not use up the one-shot normal view.
     m->mouseButtonDown(UNCHANGED, L, qrngl::LEFT, 10, 10);
+    m->mouseMotion(L, 20, 20);
     EXPECT_EQ(m->mouseButtonUp(CHANGED, 0, qrngl::LEFT, 20, 20), CHANGED);
-    EXPECT_EQ(m->mouseMotion(0, 40, 40), UNCHANGED);
+    EXPECT_TRUE(frame->undo->canUndo());
+    EXPECT_EQ(m->mouseMotion(L, 40, 40), UNCHANGED);
+    m->setOperation(IE::NORMALVIEW);
+    m->mouseButtonDown(UNCHANGED, L, qrngl::LEFT, 40, 40);
+    EXPECT_EQ(m->mouseButtonUp(CHANGED, 0, qrngl::LEFT, 40, 40), CHANGED);
+    EXPECT_EQ(m->getOperation(), IE::NORMALVIEW);
     // init forgets a drag in progress and every masked operation.
     m->setAvailOperations(0);
     m->mouseButtonDown(UNCHANGED, L, qrngl::LEFT, 10, 10);
@@ -304,6 +312,7 @@ TEST_F(CameraManipulatorTest, WheelZoomsAboutThePointerAndArrowKeysTurnTheView) 
     // 0.068 of 10 degrees: Up about the view's right, Left about its up, Down and Right back.
     const std::pair<unsigned int, Vec3> keys[] = {
         {38, camera->right()}, {40, -camera->right()}, {37, camera->up()}, {39, -camera->up()}};
+    const qrnmath::Mat4 unturned = camera->modelRotation();
     for (const auto& k : keys) {
         const qrnmath::Vec4 before = Q::create(camera->modelRotation());
         EXPECT_EQ(m->keyDown(UNCHANGED, k.first, 0, 0), CHANGED);
@@ -315,6 +324,11 @@ TEST_F(CameraManipulatorTest, WheelZoomsAboutThePointerAndArrowKeysTurnTheView) 
         EXPECT_TRUE(qrnmath::nearlyEqual(axis, k.second, 1e-3f)) << k.first;
     }
     EXPECT_TRUE(renderer->motion);
+    // Each press is an undo step.
+    EXPECT_EQ(frame->undo->size(), 4u);
+    for (int i = 0; i < 4; ++i)
+        frame->undo->undo();
+    EXPECT_EQ(camera->modelRotation(), unturned);
 }
 
 TEST_F(CameraManipulatorTest, EscapeStopsTheAnimationAndEndsZooming) {

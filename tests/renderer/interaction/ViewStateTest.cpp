@@ -319,13 +319,13 @@ TEST_F(ViewStateTest, SetAndZoomFit) {
     CameraHelper::translate(camera, 40, 40);
     CameraHelper::zoom(camera, 0, 0, 3.0f, true);
     // Further views of the document are refreshed with the main window.
-    int split = 0;
+    TestWindow split;
     std::dynamic_pointer_cast<qrnsg::SCInfo>(document->getSchema(qrnsg::SCHEMA_INFO))->views = {
-        &split};
+        split.handle()};
     viewState->zoomFit();
     EXPECT_TRUE(poseOf(*camera) == fitted(SCView::LEFT));
     EXPECT_EQ(WindowTimer::takeInvalidated(),
-              (std::vector<void*>{static_cast<void*>(&split), window.handle()}));
+              (std::vector<void*>{split.handle(), window.handle()}));
 
     // Geometry held as resources is fitted the same way.
     auto resources =
