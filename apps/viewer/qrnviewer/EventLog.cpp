@@ -1,21 +1,49 @@
 #include "qrnviewer/EventLog.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 namespace qrnviewer {
 
 namespace {
 
-const char* const kKinds[] = {"down", "up", "move", "wheel", "keydown", "keyup", "wait"};
+struct KindName {
+    const char* name;
+    InputEvent::Kind kind;
+    bool touch;
+};
+const KindName kKinds[] = {
+    {"down", InputEvent::BUTTON_DOWN, false}, {"up", InputEvent::BUTTON_UP, false},
+    {"move", InputEvent::MOTION, false},      {"wheel", InputEvent::WHEEL, false},
+    {"keydown", InputEvent::KEY_DOWN, false}, {"keyup", InputEvent::KEY_UP, false},
+    {"wait", InputEvent::WAIT, false},        {"touchdown", InputEvent::BUTTON_DOWN, true},
+    {"touchup", InputEvent::BUTTON_UP, true}, {"touchmove", InputEvent::MOTION, true},
+    {"pan", InputEvent::PAN, false},          {"zoom", InputEvent::ZOOM, false},
+    {"rotate", InputEvent::ROTATE, false},    {"twofingertap", InputEvent::TWO_FINGER_TAP, false},
+};
 const char* const kButtons[] = {"left", "middle", "right"};
 
 bool isButtonEvent(InputEvent::Kind kind) {
     return kind == InputEvent::BUTTON_DOWN || kind == InputEvent::BUTTON_UP;
+}
+
+// Only button and motion messages come from touch.
+bool canBeTouch(InputEvent::Kind kind) {
+    return isButtonEvent(kind) || kind == InputEvent::MOTION;
+}
+
+const char* kindName(const InputEvent& e) {
+    const bool touch = e.touch && canBeTouch(e.kind);
+    for (const auto& k : kKinds)
+        if (k.kind == e.kind && k.touch == touch)
+            return k.name;
+    return "?";
 }
 
 // Whole-token integers only: "12x" is a mistake, not 12.
@@ -41,7 +69,7 @@ std::string EventLog::format(const InputEvent& e) {
     const bool button = isButtonEvent(e.kind);
     char line[160];
     std::snprintf(line, sizeof line, "%llu %s %s 0x%02x %d %d %d %u",
-                  static_cast<unsigned long long>(e.time), kKinds[e.kind],
+                  static_cast<unsigned long long>(e.time), kindName(e),
                   button ? kButtons[e.button] : "-", e.flags, e.x, e.y, e.delta, e.key);
     return line;
 }
@@ -64,14 +92,14 @@ bool EventLog::parseLine(const std::string& line, InputEvent& e, std::string& er
         return false;
     }
     e.time = static_cast<std::uint64_t>(v);
-    int kind = 0;
-    while (kind < 7 && f[1] != kKinds[kind])
-        ++kind;
-    if (kind == 7) {
+    const KindName* kind = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                        [&](const KindName& k) { return f[1] == k.name; });
+    if (kind == std::end(kKinds)) {
         error = "unknown kind '" + f[1] + "'";
         return false;
     }
-    e.kind = static_cast<InputEvent::Kind>(kind);
+    e.kind = kind->kind;
+    e.touch = kind->touch;
     int button = 0;
     while (button < 3 && f[2] != kButtons[button])
         ++button;

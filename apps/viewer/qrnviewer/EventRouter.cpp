@@ -38,6 +38,8 @@ const SCView::ORIENTATION kKeyViews[] = {SCView::FRONT,    SCView::BACK, SCView:
                                          SCView::ISOMETRIC};
 const char* const kKeyViewNames[] = {"front", "back", "left", "right", "top", "bottom", "iso"};
 
+const double kPi = 3.14159265358979323846;
+
 struct OperationKey {
     unsigned int key;
     EventRouter::Operation operation;
@@ -50,6 +52,34 @@ const OperationKey kOperationKeys[] = {
     {'B', qrngl::IEventInterpreter::ZOOMBOX, "zoom box"},
     {'S', qrngl::IEventInterpreter::SPIN, "spin"},
 };
+
+bool isMouseEvent(InputEvent::Kind kind) {
+    return kind == InputEvent::BUTTON_DOWN || kind == InputEvent::BUTTON_UP ||
+           kind == InputEvent::MOTION;
+}
+
+// Gestures go to the manipulators that take touch; the others pass the status on.
+FrameStatus routeGesture(qrngl::IManipulator& m, FrameStatus status, const InputEvent& e, int panX,
+                         int panY) {
+    auto* touch = dynamic_cast<qrngl::ITouchManipulator*>(&m);
+    if (!touch)
+        return status;
+    switch (e.kind) {
+    case InputEvent::PAN:
+        return touch->OnGesturePan(status, panX, panY, e.x, e.y);
+    case InputEvent::ZOOM:
+        return touch->OnGestureZoom(status, e.x, e.y, e.delta);
+    case InputEvent::TWO_FINGER_TAP:
+        return touch->OnGestureTwoFingerTap(status, e.x, e.y);
+    case InputEvent::ROTATE:
+        // Not part of the touch interface: only the gesture manipulator has it, in radians.
+        if (auto* gesture = dynamic_cast<qrngl::GestureManipulator*>(touch))
+            return gesture->OnGestureRotate(status, e.x, e.y, e.delta * (kPi / 18000.0));
+        return status;
+    default:
+        return status;
+    }
+}
 
 } // namespace
 
@@ -128,8 +158,8 @@ void EventRouter::updateCursor() {
 }
 
 void EventRouter::route(const InputEvent& e) {
-    // A desktop's mouse and keyboard: no message here comes from touch.
-    Input::setTouchMessage(false);
+    // The camera manipulator leaves mouse messages made from touch to the gesture manipulator.
+    Input::setTouchMessage(e.touch && isMouseEvent(e.kind));
     bool repeat = false;
     if (e.kind == InputEvent::KEY_DOWN) {
         repeat = Input::isKeyDown(static_cast<int>(e.key));
@@ -139,13 +169,25 @@ void EventRouter::route(const InputEvent& e) {
     }
     if (e.kind == InputEvent::WAIT)
         return;
+    // A pan moves from where the one before it ended, or where it begins.
+    if (e.kind == InputEvent::PAN && (!m_panning || (e.flags & InputEvent::GESTURE_BEGIN))) {
+        m_panX = e.x;
+        m_panY = e.y;
+    }
 
     const FrameStatus status = routeToChain(e, repeat);
+    Input::setTouchMessage(false);
+    if (e.kind == InputEvent::PAN) {
+        m_panX = e.x;
+        m_panY = e.y;
+        m_panning = (e.flags & InputEvent::GESTURE_END) == 0;
+    }
     if (status == qrngl::CHANGED)
         m_repaint = true;
     if (e.kind == InputEvent::KEY_DOWN && status == qrngl::UNCHANGED)
         command(e.key, repeat);
-    if (e.kind != InputEvent::MOTION && e.kind != InputEvent::WHEEL)
+    if (e.kind == InputEvent::BUTTON_DOWN || e.kind == InputEvent::BUTTON_UP ||
+        e.kind == InputEvent::KEY_DOWN || e.kind == InputEvent::KEY_UP)
         updateCursor();
     if (m_camera->isSpinning() && WindowTimer::interval(m_window, SPIN_TIMER) == 0)
         WindowTimer::setTimer(m_window, SPIN_TIMER, qrngl::ViewState::TIMER_INTERVAL);
@@ -184,6 +226,12 @@ FrameStatus EventRouter::routeToChain(const InputEvent& e, bool repeat) const {
             break;
         case InputEvent::KEY_UP:
             status = m->keyUp(status, e.key, 1, keyFlags);
+            break;
+        case InputEvent::PAN:
+        case InputEvent::ZOOM:
+        case InputEvent::ROTATE:
+        case InputEvent::TWO_FINGER_TAP:
+            status = routeGesture(*m, status, e, m_panX, m_panY);
             break;
         case InputEvent::WAIT:
             break;

@@ -19,10 +19,10 @@ namespace qrnviewer {
 // The host's side of interaction, apart from any window system: it sets up the tools of a
 // document (view state, camera and gesture manipulators in the renderer component's chain),
 // hands every input event down the chain in order, each handler getting its predecessor's
-// status, runs the viewer's own key commands, and drives the timers that the window system
-// does not (view animation, spin). Whoever owns the window feeds it events, calls pump() after
-// waiting for input and draws a frame whenever takeRepaint() says so. One router a document:
-// it takes the renderer component's update notifier.
+// status (gestures to the manipulators that take touch), runs the viewer's own key commands, and
+// drives the timers that the window system does not (view animation, spin). Whoever owns the window
+// feeds it events, calls pump() after waiting for input and draws a frame whenever takeRepaint()
+// says so. One router a document: it takes the renderer component's update notifier.
 class EventRouter {
 public:
     using Operation = qrngl::CameraManipulator::Operation;
@@ -85,6 +85,9 @@ private:
     std::shared_ptr<qrn::IState> m_beforeAnimation;
     bool m_repaint = true; // the first frame
     bool m_quit = false;
+    // Where the pan gesture in progress was last.
+    bool m_panning = false;
+    int m_panX = 0, m_panY = 0;
     std::function<void(const std::string&)> m_say;
 };
 

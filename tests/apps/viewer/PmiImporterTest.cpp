@@ -8,6 +8,7 @@
 #include "qrnsg/SCView.h"
 #include "qrnviewer/DocumentBuilder.h"
 #include "qrnviewer/occt/DemoAssembly.h"
+#include "qrnviewer/occt/ModelReader.h"
 
 #include <BRepBndLib.hxx>
 #include <BRepBuilderAPI_MakeEdge.hxx>
@@ -16,6 +17,7 @@
 #include <Interface_Static.hxx>
 #include <STEPCAFControl_Reader.hxx>
 #include <STEPCAFControl_Writer.hxx>
+#include <Standard_ProgramError.hxx>
 #include <XCAFApp_Application.hxx>
 #include <XCAFDimTolObjects_DatumObject.hxx>
 #include <XCAFDimTolObjects_DimensionObject.hxx>
@@ -33,7 +35,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
+#include <functional>
 #include <set>
 
 namespace {
@@ -248,6 +252,60 @@ TEST_F(PmiImporterWritten, PmiFreeModelsYieldNoItems) {
         ModelData model;
         EXPECT_EQ(PmiImporter::import(doc, model), 0);
         EXPECT_TRUE(model.pmi.empty() && model.views.empty());
+    }
+}
+
+TEST_F(PmiImporterWritten, PmiTheReaderFailsOnCostsThePmiNotTheModel) {
+    MemoryDocument m;
+    auto d = m.addDimension(m.topFace());
+    d->SetType(XCAFDimTolObjects_DimensionType_Size_Diameter);
+    d->SetValue(35.0);
+    m.commit();
+    const std::string file = path("pmi.stp");
+    ASSERT_TRUE(writeStep(m.doc, file));
+
+    struct Status : qrn::IStatusManager {
+        void setStatus(const std::wstring& text) override { said.push_back(text); }
+        void setProgress(const std::wstring&, int) override {}
+        void endProgress() override {}
+        Texts said;
+    };
+    // A failure in the transfer that reads PMI, as an exception and as a crash.
+    const struct {
+        const char* name;
+        std::function<void()> fail;
+        const wchar_t* said;
+    } cases[] = {
+        {"sound", [] {}, nullptr},
+        {"exception", [] { throw Standard_ProgramError("datum 3 has no target"); },
+         L"(Standard_ProgramError: datum 3 has no target)"},
+#ifndef _WIN32
+        {"signal", [] { std::raise(SIGSEGV); }, L"SIGSEGV"},
+#endif
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        int calls = 0;
+        qrnviewer::ModelReader::Options options;
+        options.pmiTransferHook = [&] { ++calls, c.fail(); };
+        ModelData model;
+        std::string error;
+        Status status;
+        ASSERT_TRUE(qrnviewer::ModelReader::read(file, options, model, error, &status)) << error;
+        EXPECT_EQ(calls, 1) << "read again without PMI";
+        EXPECT_TRUE(qrnmath::nearlyEqual(model.bbox().max(), Vec3(100, 50, 20), 1e-3f));
+        EXPECT_EQ(model.pmi.size(), c.said ? 0u : 1u);
+        Texts warnings;
+        for (const auto& text : status.said)
+            if (text.find(L"PMI") != std::wstring::npos)
+                warnings.push_back(text);
+        ASSERT_EQ(warnings.size(), c.said ? 1u : 0u);
+        if (c.said) {
+            const std::wstring& w = warnings[0];
+            EXPECT_EQ(w.rfind(fs::path(file).wstring() + L": PMI and saved views left out", 0), 0u)
+                << std::string(w.begin(), w.end());
+            EXPECT_NE(w.find(c.said), std::wstring::npos) << std::string(w.begin(), w.end());
+        }
     }
 }
 

@@ -260,18 +260,12 @@ private:
 
 class DocumentGuard {
 public:
-    DocumentGuard() {
-        m_app = XCAFApp_Application::GetApplication();
-        m_app->NewDocument("MDTV-XCAF", doc);
-        // Everything comes in in millimetres.
-        XCAFDoc_DocumentTool::SetLengthUnit(doc, 0.001);
-    }
-    ~DocumentGuard() {
-        try {
-            if (!doc.IsNull() && doc->IsOpened())
-                m_app->Close(doc);
-        } catch (const Standard_Failure&) {
-        }
+    DocumentGuard() : m_app(XCAFApp_Application::GetApplication()) { open(); }
+    ~DocumentGuard() { close(); }
+    // An empty document in place of one a failed transfer left half filled.
+    void renew() {
+        close();
+        open();
     }
     DocumentGuard(const DocumentGuard&) = delete;
     DocumentGuard& operator=(const DocumentGuard&) = delete;
@@ -279,6 +273,20 @@ public:
     Handle(TDocStd_Document) doc;
 
 private:
+    void open() {
+        doc.Nullify();
+        m_app->NewDocument("MDTV-XCAF", doc);
+        // Everything comes in in millimetres.
+        XCAFDoc_DocumentTool::SetLengthUnit(doc, 0.001);
+    }
+    void close() {
+        try {
+            if (!doc.IsNull() && doc->IsOpened())
+                m_app->Close(doc);
+        } catch (const Standard_Failure&) {
+        }
+    }
+
     Handle(XCAFApp_Application) m_app;
 };
 
@@ -287,11 +295,16 @@ void nameLabel(const TDF_Label& label, const std::string& name) {
         TDataStd_Name::Set(label, TCollection_ExtendedString(name.c_str(), Standard_True));
 }
 
-// Reads a file with an XCAF reader (STEP or IGES) and transfers it into the document.
+std::string describe(const Standard_Failure& e) {
+    const char* message = e.GetMessageString();
+    return std::string(e.DynamicType()->Name()) +
+           (message && *message ? std::string(": ") + message : std::string());
+}
+
+// Reads a file with an XCAF reader (STEP or IGES), ready for its transfer.
 template <class Reader>
-bool transferXcaf(Reader& reader, const std::string& kind, const std::string& path,
-                  const Handle(TDocStd_Document) & doc, qrn::IStatusManager* status,
-                  std::string& error) {
+bool readXcafFile(Reader& reader, const std::string& kind, const std::string& path,
+                  qrn::IStatusManager* status, std::string& error) {
     if (status)
         status->setProgress(L"reading", 0);
     if (reader.ReadFile(path.c_str()) != IFSelect_RetDone) {
@@ -303,6 +316,13 @@ bool transferXcaf(Reader& reader, const std::string& kind, const std::string& pa
         error = path + " contains no geometry the viewer can show";
         return false;
     }
+    return true;
+}
+
+template <class Reader>
+bool transferXcaf(Reader& reader, const std::string& kind, const std::string& path,
+                  const Handle(TDocStd_Document) & doc, qrn::IStatusManager* status,
+                  std::string& error) {
     Handle(ProgressBridge) progress = new ProgressBridge(status, L"reading", 30, 100);
     Handle(TDocStd_Document) target = doc;
     if (!reader.Transfer(target, progress->Start())) {
@@ -312,17 +332,53 @@ bool transferXcaf(Reader& reader, const std::string& kind, const std::string& pa
     return true;
 }
 
-bool readStep(const std::string& path, const Handle(TDocStd_Document) & doc,
-              qrn::IStatusManager* status, std::string& error) {
-    STEPCAFControl_Reader reader;
+void setStepModes(STEPCAFControl_Reader& reader, bool pmi) {
     reader.SetColorMode(true);
     reader.SetNameMode(true);
     reader.SetLayerMode(true);
     reader.SetPropsMode(true);
     reader.SetMatMode(true);
-    reader.SetGDTMode(true);
-    reader.SetViewMode(true);
-    return transferXcaf(reader, "STEP", path, doc, status, error);
+    reader.SetGDTMode(pmi);
+    reader.SetViewMode(pmi);
+}
+
+// PMI that the reader throws or crashes on costs the PMI, not the model: the file is read
+// again without PMI and saved views.
+bool readStep(const std::string& path, DocumentGuard& document, const ModelReader::Options& options,
+              qrn::IStatusManager* status, std::string& error) {
+    std::string failure;
+    {
+        STEPCAFControl_Reader reader;
+        setStepModes(reader, options.pmi);
+        if (!readXcafFile(reader, "STEP", path, status, error))
+            return false;
+        if (!options.pmi)
+            return transferXcaf(reader, "STEP", path, document.doc, status, error);
+        try {
+            OCC_CATCH_SIGNALS
+            if (options.pmiTransferHook)
+                options.pmiTransferHook();
+            return transferXcaf(reader, "STEP", path, document.doc, status, error);
+        } catch (const Standard_Failure& e) {
+            failure = describe(e);
+        } catch (const std::exception& e) {
+            failure = e.what();
+        } catch (...) {
+            failure = "an unknown exception";
+        }
+    }
+    document.renew();
+    STEPCAFControl_Reader reader;
+    setStepModes(reader, false);
+    if (!readXcafFile(reader, "STEP", path, status, error) ||
+        !transferXcaf(reader, "STEP", path, document.doc, status, error))
+        return false;
+    // Said only now: a reader that fails without PMI as well failed on something else.
+    if (status)
+        status->setStatus(qrnplatform::Text::fromUtf8(
+            path + ": PMI and saved views left out: the STEP reader failed on them (" + failure +
+            ")"));
+    return true;
 }
 
 bool readIges(const std::string& path, const Handle(TDocStd_Document) & doc,
@@ -331,7 +387,8 @@ bool readIges(const std::string& path, const Handle(TDocStd_Document) & doc,
     reader.SetColorMode(true);
     reader.SetNameMode(true);
     reader.SetLayerMode(true);
-    return transferXcaf(reader, "IGES", path, doc, status, error);
+    return readXcafFile(reader, "IGES", path, status, error) &&
+           transferXcaf(reader, "IGES", path, doc, status, error);
 }
 
 bool readBrep(const std::string& path, const Handle(TDocStd_Document) & doc,
@@ -403,7 +460,7 @@ bool protectedRead(Kind kind, const std::string& path, const ModelReader::Option
         }
         switch (kind) {
         case Kind::STEP:
-            ok = readStep(path, document.doc, status, error);
+            ok = readStep(path, document, options, status, error);
             break;
         case Kind::IGES:
             ok = readIges(path, document.doc, status, error);
@@ -441,9 +498,7 @@ bool protectedRead(Kind kind, const std::string& path, const ModelReader::Option
         }
         return true;
     } catch (const Standard_Failure& e) {
-        const char* message = e.GetMessageString();
-        error = "cannot read " + path + ": the reader failed (" + e.DynamicType()->Name() +
-                (message && *message ? std::string(": ") + message : std::string()) + ")";
+        error = "cannot read " + path + ": the reader failed (" + describe(e) + ")";
     } catch (const std::exception& e) {
         error = "cannot read " + path + ": the reader failed (" + e.what() + ")";
     } catch (...) {

@@ -3,6 +3,7 @@
 #include "qrn/IStatusManager.h"
 #include "qrnviewer/ModelData.h"
 
+#include <functional>
 #include <string>
 
 namespace qrnviewer {
@@ -19,10 +20,15 @@ public:
         double angularDeflection = 0.5;
         bool edges = true; // B-rep edges as polylines
         bool pmi = true;   // PMI presentations and saved views
+        // Runs inside the STEP transfer that reads PMI, where a fault stands for one of the
+        // reader's own: tests throw or raise a signal from it.
+        std::function<void()> pmiTransferHook;
     };
 
     // False with a message fit for the user in error: a missing or unreadable file, a file
-    // of no known kind, a reader that failed or crashed, a file with no geometry.
+    // of no known kind, a reader that failed or crashed, a file with no geometry. A STEP file
+    // whose PMI the reader fails on is read again without PMI and saved views, with a warning
+    // to the status manager.
     static bool read(const std::string& path, ModelData& model, std::string& error,
                      qrn::IStatusManager* status = nullptr);
     static bool read(const std::string& path, const Options& options, ModelData& model,

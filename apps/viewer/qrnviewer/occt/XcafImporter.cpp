@@ -1,3 +1,8 @@
+// Open CASCADE turns signals into exceptions only where this is defined, as its own build does.
+#if !defined(_WIN32) && !defined(OCC_CONVERT_SIGNALS)
+#define OCC_CONVERT_SIGNALS
+#endif
+
 #include "qrnviewer/occt/XcafImporter.h"
 
 #include "qrnmath/MatrixUtils.h"
@@ -19,6 +24,7 @@
 #include <Poly_Triangulation.hxx>
 #include <Precision.hxx>
 #include <Quantity_ColorRGBA.hxx>
+#include <Standard_ErrorHandler.hxx>
 #include <Standard_Failure.hxx>
 #include <TDF_Label.hxx>
 #include <TDF_LabelMapHasher.hxx>
@@ -665,6 +671,8 @@ bool XcafImporter::import(const Handle(TDocStd_Document) & document,
     }
     if (options.pmi) {
         try {
+            // A crash in the PMI costs the PMI, not the model.
+            OCC_CATCH_SIGNALS
             PmiImporter::import(document, model);
         } catch (const Standard_Failure& e) {
             if (status)
