@@ -4,14 +4,17 @@
 // plug-in's "create" and "destroy" are one line each.
 #include "qrngl/ICanvasFactory.h"
 
+#include <new>
+
 namespace qrnplugins {
 
 template <class Factory>
 long createFactory(void** object) {
     if (!object)
         return -1;
-    *object = static_cast<qrngl::ICanvasFactory*>(new Factory);
-    return 0;
+    // No exception may cross the plain entry point.
+    *object = static_cast<qrngl::ICanvasFactory*>(new (std::nothrow) Factory);
+    return *object ? 0 : -1;
 }
 
 inline long destroyFactory(void** object) {

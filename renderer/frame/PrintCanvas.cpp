@@ -37,9 +37,14 @@ bool PrintCanvas::drawOn(float background, std::vector<unsigned char>& rgba) con
     const auto own = renderer->background;
     if (background >= 0.0f)
         renderer->background = {{background, background, background}};
+    // A canvas clears its flag when it draws a frame: a frame it could not draw (a renderer
+    // that is not ready, components missing) is no picture.
+    m_frame->setFlag(1);
     m_frame->Invalidate();
     m_frame->OnDraw();
     renderer->background = own;
+    if (m_frame->flag() != 0)
+        return false;
 
     // Off-screen contexts keep the frame after deactivate(): read it with the context current.
     m_context->activate();

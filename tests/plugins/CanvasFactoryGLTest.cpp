@@ -64,6 +64,7 @@ TEST(CanvasFactories, OnlyLibrariesWithBothEntriesAreLoadedAndTheFirstThatAccept
     load(text.wstring());
     load(text.wstring() + L".missing");
     load(path(QRNTEST_NOT_A_PLUGIN));
+    load(L""); // would name the program itself
     std::filesystem::remove(text);
     EXPECT_EQ(count(*manager), 0u);
 

@@ -14,7 +14,8 @@ namespace qrnviewer {
 // first those in the folder that the "Plugins" value of the "Settings\Renderer" key names,
 // then those beside the executable; within a folder by file name. The first plug-in that can
 // draw a document draws it. Plug-ins stay loaded while this object lives: canvases made by
-// them must be released first.
+// them, and documents that hold renderers they made (a drawing's sheet view), must be
+// released first.
 class RendererPlugins {
 public:
     // Loads from the folders named above.

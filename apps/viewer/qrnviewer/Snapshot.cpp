@@ -27,6 +27,7 @@ std::shared_ptr<qrngl::IRenderContext> offScreenContext(unsigned int width, unsi
             pixelBuffer = true;
             if (buffer->create())
                 return buffer;
+            buffer->destroy(); // what a failed create made
             if (!samples)
                 break;
         }
@@ -35,6 +36,7 @@ std::shared_ptr<qrngl::IRenderContext> offScreenContext(unsigned int width, unsi
     auto bitmap = std::make_shared<qrngl::RCBitmap>(width, height);
     if (bitmap->create())
         return bitmap;
+    bitmap->destroy();
     return nullptr;
 }
 

@@ -12,7 +12,8 @@ struct DLLFuncPtrHelper<void>::Library {
 DLLFuncPtrHelper<void>::DLLFuncPtrHelper(const wchar_t* path, const char* createName,
                                          const char* destroyName)
     : m_library(std::make_unique<Library>(path)) {
-    if (!m_library->shared.isLoaded())
+    // An empty path would name the program itself (dlopen's rule), which is no plug-in.
+    if (!path || !*path || !m_library->shared.isLoaded())
         return;
     m_create = m_library->shared.function<Entry>(createName);
     m_destroy = m_library->shared.function<Entry>(destroyName);

@@ -2,6 +2,7 @@
 
 #include "qrngldata/qrngldata_export.h"
 
+#include <utility>
 #include <vector>
 
 namespace qrngl {

@@ -6,41 +6,56 @@
 // one sample, so a multisampled buffer is a single-sampled pbuffer with a 4-sample frame
 // buffer object in front of it. Frames are drawn into the frame buffer object and resolved into
 // the pbuffer by deactivate(); reads see the pbuffer, that is the last finished frame.
+// m_pbuffer holds the GLXPbuffer id, as the header says.
 #include "qrngl/frame/RCBuffer.h"
 
 #include "qrngl/frame/linux/Glx.h"
 
 #include <cstdint>
+#include <map>
 #include <vector>
 
 namespace qrngl {
 
 namespace {
 
-// What m_pbuffer points to.
+// The multisampled frame buffer object in front of a pbuffer.
 struct Surface {
-    GLXPbuffer pbuffer = 0;
-    GLuint framebuffer = 0; // the multisampled frame buffer object, if any
+    GLuint framebuffer = 0;
     GLuint color = 0;
     GLuint depthStencil = 0;
 };
 
-Surface* surfaceOf(void* handle) {
-    return static_cast<Surface*>(handle);
+// By pbuffer: copies of a context share its pbuffer, and the one destroyed first releases
+// what both drew with. Only the user-interface thread uses contexts.
+std::map<GLXPbuffer, Surface>& surfaces() {
+    static std::map<GLXPbuffer, Surface> table;
+    return table;
+}
+
+GLXPbuffer pbufferOf(void* handle) {
+    return static_cast<GLXPbuffer>(reinterpret_cast<std::uintptr_t>(handle));
 }
 
 void* pbufferHandle(GLXPbuffer pbuffer) {
     return reinterpret_cast<void*>(static_cast<std::uintptr_t>(pbuffer));
 }
 
-// A 4-sample colour and depth-stencil frame buffer of the size; 0 where the driver has none.
-GLuint multisampledFramebuffer(Surface& s, unsigned int width, unsigned int height) {
+// The multisampled frame buffer of a pbuffer; null when it has none.
+const Surface* surfaceOf(void* handle) {
+    auto it = surfaces().find(pbufferOf(handle));
+    return it == surfaces().end() ? nullptr : &it->second;
+}
+
+// A 4-sample colour and depth-stencil frame buffer of the size, with the context current;
+// false where the driver has none.
+bool multisampledFramebuffer(Surface& s, unsigned int width, unsigned int height) {
     GLint maxSamples = 0;
     if (!glGenFramebuffers || !glRenderbufferStorageMultisample || !glBlitFramebuffer)
-        return 0;
+        return false;
     glGetIntegerv(GL_MAX_SAMPLES, &maxSamples);
     if (maxSamples < 4)
-        return 0;
+        return false;
     const auto w = static_cast<GLsizei>(width);
     const auto h = static_cast<GLsizei>(height);
     glGenFramebuffers(1, &s.framebuffer);
@@ -61,9 +76,8 @@ GLuint multisampledFramebuffer(Surface& s, unsigned int width, unsigned int heig
         glDeleteFramebuffers(1, &s.framebuffer);
         glDeleteRenderbuffers(1, &s.color);
         glDeleteRenderbuffers(1, &s.depthStencil);
-        s = Surface{s.pbuffer};
     }
-    return s.framebuffer;
+    return complete;
 }
 
 GLXDrawable drawableOf(HDC dc) {
@@ -128,17 +142,17 @@ bool RCBuffer::create() {
         return false;
     }
     const GLXPbuffer pbuffer = glx.createPbuffer(display, format, m_width, m_height);
-    auto* surface = new Surface;
-    surface->pbuffer = pbuffer;
-    m_pbuffer = surface;
+    m_pbuffer = pbufferHandle(pbuffer);
     m_dc = reinterpret_cast<HDC>(pbufferHandle(pbuffer));
     bool shared = false;
     m_rc = Glx::contextHandle(glx.createNewContext(
         display, format, m_parent ? Glx::context(m_parent->currentGLRC()) : nullptr, shared));
     tearDown(temp);
     if (pbuffer && m_rc && glx.makeContextCurrent(display, pbuffer, Glx::context(m_rc))) {
-        if (m_multisample && glx.hasMultisample())
-            multisampledFramebuffer(*surface, m_width, m_height);
+        Surface surface;
+        if (m_multisample && glx.hasMultisample() &&
+            multisampledFramebuffer(surface, m_width, m_height))
+            surfaces()[pbuffer] = surface;
         activate();
         return true;
     }
@@ -151,50 +165,59 @@ bool RCBuffer::create() {
 void RCBuffer::destroy() {
     const GlxApi& glx = GlxApi::get();
     Display* display = Glx::defaultDisplay();
-    Surface* s = surfaceOf(m_pbuffer);
     deactivate();
-    if (s && s->framebuffer && glXGetCurrentContext() == Glx::context(m_rc)) {
-        glBindFramebuffer(GL_FRAMEBUFFER, 0);
-        glDeleteFramebuffers(1, &s->framebuffer);
-        glDeleteRenderbuffers(1, &s->color);
-        glDeleteRenderbuffers(1, &s->depthStencil);
+    // The frame buffer's storage goes with this context, made current for it: shared with a
+    // parent's lists, it would outlive the context otherwise.
+    auto it = surfaces().find(pbufferOf(m_pbuffer));
+    if (it != surfaces().end()) {
+        if (m_rc && glx.makeContextCurrent(display, pbufferOf(m_pbuffer), Glx::context(m_rc))) {
+            glBindFramebuffer(GL_FRAMEBUFFER, 0);
+            glDeleteFramebuffers(1, &it->second.framebuffer);
+            glDeleteRenderbuffers(1, &it->second.color);
+            glDeleteRenderbuffers(1, &it->second.depthStencil);
+        }
+        surfaces().erase(it);
     }
     glx.makeContextCurrent(display, drawableOf(m_dc), nullptr);
     if (m_rc)
         glx.deleteContext(display, Glx::context(m_rc));
     m_rc = nullptr;
     m_dc = nullptr; // the pbuffer is its own drawable: nothing to release
-    if (s && s->pbuffer)
-        glx.destroyPbuffer(display, s->pbuffer);
-    delete s;
+    if (m_pbuffer)
+        glx.destroyPbuffer(display, pbufferOf(m_pbuffer));
     m_pbuffer = nullptr;
 }
 
 void RCBuffer::activate() {
-    Surface* s = surfaceOf(m_pbuffer);
-    if (!s)
+    if (!m_pbuffer)
         return;
     // The drawable is fetched again, as a pbuffer's DC is on Windows.
-    m_dc = reinterpret_cast<HDC>(pbufferHandle(s->pbuffer));
+    m_dc = reinterpret_cast<HDC>(m_pbuffer);
+    const Surface* s = surfaceOf(m_pbuffer);
     if (GlxApi::get().makeContextCurrent(Glx::defaultDisplay(), drawableOf(m_dc),
                                          Glx::context(m_rc)) &&
-        s->framebuffer) {
+        s) {
         glBindFramebuffer(GL_DRAW_FRAMEBUFFER, s->framebuffer);
         glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
     }
 }
 
 void RCBuffer::deactivate() {
-    Surface* s = surfaceOf(m_pbuffer);
-    if (s && s->framebuffer && m_rc && glXGetCurrentContext() == Glx::context(m_rc)) {
-        // The frame's samples resolved into the pbuffer; the context stays current as it is.
+    const Surface* s = surfaceOf(m_pbuffer);
+    if (s && m_rc && glXGetCurrentContext() == Glx::context(m_rc)) {
+        // The frame's samples resolved into the pbuffer, whole whatever scissor the frame left
+        // on; the context stays current as it is.
         const auto w = static_cast<GLint>(m_width);
         const auto h = static_cast<GLint>(m_height);
+        const GLboolean scissor = glIsEnabled(GL_SCISSOR_TEST);
+        glDisable(GL_SCISSOR_TEST);
         glBindFramebuffer(GL_READ_FRAMEBUFFER, s->framebuffer);
         glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
         glBlitFramebuffer(0, 0, w, h, 0, 0, w, h, GL_COLOR_BUFFER_BIT, GL_NEAREST);
         glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
         glBindFramebuffer(GL_DRAW_FRAMEBUFFER, s->framebuffer);
+        if (scissor)
+            glEnable(GL_SCISSOR_TEST);
     }
     glFlush();
 }
