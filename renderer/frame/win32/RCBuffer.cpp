@@ -13,21 +13,12 @@ HPBUFFERARB pbufferOf(void* handle) {
     return static_cast<HPBUFFERARB>(handle);
 }
 
-// Ends the temporary context the same way on every path out of create: present, release
-// twice, delete its context, release its DC, destroy its window.
-void tearDown(const RCTemp& temp) {
-    const WglApi& api = WglApi::get();
-    HDC dc = temp.currentDC();
-    api.swapBuffers(dc);
-    api.makeCurrent(dc, nullptr);
-    api.makeCurrent(dc, nullptr);
-    if (temp.currentGLRC())
-        api.deleteContext(temp.currentGLRC());
-    HWND window = WindowFromDC(dc);
-    if (dc)
-        api.releaseDC(window, dc);
-    if (window)
-        api.destroyWindow(window);
+// Ends the temporary context the same way on every path out of create: SwapBuffers and a
+// release (its deactivate), then a second release, its context deleted, its DC released and
+// its window destroyed (its destroy).
+void tearDown(RCTemp& temp) {
+    temp.deactivate();
+    temp.destroy();
 }
 
 } // namespace
@@ -76,11 +67,14 @@ bool RCBuffer::create() {
     if (m_parent)
         api.shareLists(m_parent->currentGLRC(), m_rc);
     tearDown(temp);
-    if (api.makeCurrent(m_dc, m_rc)) {
+    // A choice that names no format (count 0) leaves no buffer and no context; making nothing
+    // current would succeed, so it is caught here.
+    if (pbuffer && m_rc && api.makeCurrent(m_dc, m_rc)) {
         activate();
         return true;
     }
-    api.deleteContext(m_rc);
+    if (m_rc)
+        api.deleteContext(m_rc);
     m_rc = nullptr;
     return false;
 }
