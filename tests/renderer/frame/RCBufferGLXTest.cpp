@@ -188,19 +188,6 @@ TEST_F(RCBufferGLXTest, MultisamplingNeedsTheDriversMultisampleExtension) {
     GLint samples = -1;
     glGetIntegerv(GL_SAMPLES, &samples);
     EXPECT_EQ(samples, 0);
-    // The configuration asked for: a pbuffer of RGBA with 8 bits a colour, depth 16, stencil
-    // 2, single buffered, no slow configuration; its samples come from a frame buffer object.
-    const std::vector<int> expected = {GLX_DRAWABLE_TYPE, GLX_PBUFFER_BIT,
-                                       GLX_RENDER_TYPE,   GLX_RGBA_BIT,
-                                       GLX_CONFIG_CAVEAT, GLX_NONE,
-                                       GLX_BUFFER_SIZE,   24,
-                                       GLX_DEPTH_SIZE,    16,
-                                       GLX_STENCIL_SIZE,  2,
-                                       GLX_RED_SIZE,      8,
-                                       GLX_GREEN_SIZE,    8,
-                                       GLX_BLUE_SIZE,     8,
-                                       GLX_DOUBLEBUFFER,  False};
-    EXPECT_EQ(g_chosenWith, expected);
     buffer.destroy();
 }
 
