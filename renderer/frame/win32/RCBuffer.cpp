@@ -80,6 +80,10 @@ bool RCBuffer::create() {
 }
 
 void RCBuffer::destroy() {
+    // Once destroyed, nothing more: releasing a null DC would release whatever context is
+    // current by then.
+    if (!m_pbuffer && !m_dc && !m_rc)
+        return;
     const WglApi& api = WglApi::get();
     deactivate();
     api.makeCurrent(m_dc, nullptr);

@@ -125,6 +125,9 @@ BOOL WINAPI deleteObject(HGDIOBJ object) {
 HPBUFFERARB WINAPI createPbufferARB(HDC dc, int format, int width, int height,
                                     const int* attributes) {
     note("wglCreatePbufferARB");
+    record().pbuffer = {width, height, {}};
+    for (const int* p = attributes; p; p = *p ? p + 1 : nullptr)
+        record().pbuffer.attributes.push_back(*p);
     return record().next.createPbufferARB(dc, format, width, height, attributes);
 }
 

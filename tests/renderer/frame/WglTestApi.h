@@ -21,6 +21,10 @@ struct WglRecord {
     std::vector<float> arbFloats;   // its two float words
     UINT arbMaxFormats = 0;
     PIXELFORMATDESCRIPTOR chosenWith = {}; // the descriptor given to ChoosePixelFormat
+    struct Pbuffer {                       // what wglCreatePbufferARB was given
+        int width, height;
+        std::vector<int> attributes; // up to and with the ending 0
+    } pbuffer = {};
     struct Window {
         DWORD exStyle;
         std::wstring className, title;
