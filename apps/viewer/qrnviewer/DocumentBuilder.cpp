@@ -51,6 +51,8 @@ std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model) {
     document->addSchema(qrnsg::SCHEMA_RENDERER);
     document->addSchema(qrnsg::SCHEMA_STRIP_RENDERER);
     document->addSchema(qrnsg::SCHEMA_RENDER_INFRA);
+    // Without it the gesture home view does nothing.
+    document->addSchema(qrnsg::SCHEMA_ANIMATION);
     auto info = std::dynamic_pointer_cast<qrnsg::SCInfo>(document->addSchema(qrnsg::SCHEMA_INFO));
     if (info)
         info->lengthUnit = unitOf(model.lengthUnit);

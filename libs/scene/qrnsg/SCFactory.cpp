@@ -1,5 +1,6 @@
 #include "qrnsg/SCFactory.h"
 
+#include "qrnsg/SCAnimation.h"
 #include "qrnsg/SCInfo.h"
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
@@ -28,6 +29,8 @@ std::shared_ptr<Schema> SCFactory::create(short type) {
         return std::make_shared<SCSceneTopo>();
     case SCHEMA_SCENE_RES:
         return std::make_shared<SCSceneRes>();
+    case SCHEMA_ANIMATION:
+        return std::make_shared<SCAnimation>();
     default:
         return m_next ? m_next->create(type) : nullptr;
     }

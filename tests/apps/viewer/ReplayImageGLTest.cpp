@@ -279,16 +279,6 @@ TEST_F(ReplayRoutingTest, APressTakenEarlierInTheChainStartsNoDrag) {
     EXPECT_EQ(camera->modelTranslation(), start.modelTranslation());
 }
 
-// The data library has no animation component class yet; the home view only needs one there.
-class AnimationComponent : public qrnsg::Schema {
-public:
-    AnimationComponent() : qrnsg::Schema(qrnsg::SCHEMA_ANIMATION) {}
-    std::shared_ptr<qrnsg::Schema> clone() const override {
-        return std::make_shared<AnimationComponent>(*this);
-    }
-    void clear() override {}
-};
-
 TEST_F(ReplayRoutingTest, TouchAndGesturesReachTheGestureManipulatorOnly) {
     // A one-finger drag, a pan gesture, a rotate gesture, a pinch: each moves the camera once,
     // as the camera tools would, although the left button pans (see play).
@@ -316,9 +306,9 @@ TEST_F(ReplayRoutingTest, TouchAndGesturesReachTheGestureManipulatorOnly) {
         EXPECT_TRUE(qrnviewer::EventLog::parse(in, events, error)) << error;
         return events;
     };
+    // The viewer's documents have what the home view needs.
     const auto playHome = [&](const std::string& text) {
         SetUp();
-        document->setSchema(std::make_shared<AnimationComponent>());
         play(parse(text), 0, false);
     };
     playHome(log);

@@ -2,6 +2,7 @@
 
 #include "ManipulatorTestSupport.h"
 #include "qrnmath/QuatUtils.h"
+#include "qrnsg/SCAnimation.h"
 #include "qrnui/Updater.h"
 
 #include <vector>
@@ -15,16 +16,6 @@ using qrnsg::SCView;
 using Q = qrnmath::QuatUtils;
 
 const unsigned int L = qrngl::KEY_LBUTTON;
-
-// The data library has no animation component class yet; the home view only needs one there.
-class AnimationComponent : public qrnsg::Schema {
-public:
-    AnimationComponent() : qrnsg::Schema(qrnsg::SCHEMA_ANIMATION) {}
-    std::shared_ptr<qrnsg::Schema> clone() const override {
-        return std::make_shared<AnimationComponent>(*this);
-    }
-    void clear() override {}
-};
 
 class GestureManipulatorTest : public qrntest::ManipulatorTest {
 protected:
@@ -75,7 +66,7 @@ TEST_F(GestureManipulatorTest, TwoFingerTapAnimatesToTheHomeViewOver32Frames) {
 
     frame->document->addSchema(qrnsg::SCHEMA_SCENE_RT);
     frame->document->addSchema(qrnsg::SCHEMA_SCENE_TOPO);
-    frame->document->setSchema(std::make_shared<AnimationComponent>());
+    frame->document->setSchema(std::make_shared<qrnsg::SCAnimation>());
     qrngl::CameraHelper::setRotation(camera, views->rotation(SCView::TOP));
     const auto left = [&] {
         return Q::angleBetween(Q::create(views->rotation(SCView::ISOMETRIC)),
