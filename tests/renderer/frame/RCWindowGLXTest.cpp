@@ -50,6 +50,8 @@ protected:
         g_xErrors = 0;
     }
     void TearDown() override {
+        if (!display)
+            return;
         glXMakeCurrent(display, None, nullptr);
         for (Window w : windows)
             XDestroyWindow(display, w);
