@@ -134,9 +134,9 @@ void CameraManipulator::setOperation(Operation operation) {
 FrameStatus CameraManipulator::mouseButtonDown(FrameStatus status, unsigned int flags,
                                                MouseButton button, int x, int y) {
     m_zoomed = false;
-    // Touch input is the gesture manipulator's.
+    // Touch input is the gesture manipulator's; what came before goes on.
     if (qrnplatform::Input::isTouchMessage())
-        return UNCHANGED;
+        return status;
     if (m_interpreter)
         m_interpreter->pre(flags, m_requested, x, y);
 
@@ -161,7 +161,7 @@ FrameStatus CameraManipulator::mouseButtonDown(FrameStatus status, unsigned int 
         m_button = static_cast<std::uint32_t>(button);
 
     // A predecessor that consumed the press keeps the drag from starting.
-    if (IManipulator::mouseButtonDown(status, flags, button, x, y) == CHANGED || status == CHANGED)
+    if (IManipulator::mouseButtonDown(status, flags, button, x, y) == CHANGED)
         return CHANGED;
 
     if ((button == LEFT || button == MIDDLE) && m_requested == IEventInterpreter::SPIN)
@@ -237,8 +237,9 @@ FrameStatus CameraManipulator::mouseButtonUp(FrameStatus incoming, unsigned int 
                                              MouseButton button, int x, int y) {
     // A predecessor that consumed the release ends the drag as well (see the press).
     FrameStatus status = IManipulator::mouseButtonUp(incoming, flags, button, x, y);
-    if (incoming == CHANGED)
-        status = CHANGED;
+    // Only a drag this manipulator started acts at its release: after a consumed press the
+    // release belongs to the tool that took the press.
+    const bool ownDrag = m_dragging;
     const bool moved = x != m_pressX || y != m_pressY;
 
     // The zoom box records its own step below.
@@ -276,7 +277,7 @@ FrameStatus CameraManipulator::mouseButtonUp(FrameStatus incoming, unsigned int 
         removeCrossHair();
 
     // A consumed release does nothing of its own.
-    if (status != CHANGED && button == LEFT) {
+    if (status != CHANGED && ownDrag && button == LEFT) {
         if (m_requested == IEventInterpreter::BOXSELECT && moved) {
             setCameraStateBoxSelect(flags, x, y);
         } else if (m_requested == IEventInterpreter::ZOOMBOX && moved) {
@@ -288,7 +289,11 @@ FrameStatus CameraManipulator::mouseButtonUp(FrameStatus incoming, unsigned int 
         }
         if (moved && m_requested != IEventInterpreter::BOXSELECT)
             status = m_changed ? CHANGED : UNCHANGED;
-    } else if (status != CHANGED && button == MIDDLE && m_interpreter) {
+    } else if (status != CHANGED && ownDrag && moved && m_changed) {
+        // Any drag that moved the camera is consumed, so that no later tool takes it for a click.
+        status = CHANGED;
+    }
+    if (incoming != CHANGED && button == MIDDLE && m_interpreter) {
         // Ends CATIAEventInterpreter's zoom latch, whatever the drag did.
         m_interpreter->post(flags, m_requested, x, y);
     }
@@ -323,7 +328,11 @@ FrameStatus CameraManipulator::mouseWheel(unsigned int, int delta, float factor)
     return CHANGED;
 }
 
-FrameStatus CameraManipulator::keyDown(FrameStatus, unsigned int key, unsigned int, unsigned int) {
+FrameStatus CameraManipulator::keyDown(FrameStatus status, unsigned int key, unsigned int count,
+                                       unsigned int keyFlags) {
+    // A key an earlier tool took neither turns the view nor reaches the host's commands.
+    if (IManipulator::keyDown(status, key, count, keyFlags) == CHANGED)
+        return CHANGED;
     auto r = renderer();
     auto camera = r ? r->camera : nullptr;
     if (!camera)

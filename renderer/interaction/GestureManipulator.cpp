@@ -31,23 +31,40 @@ FrameStatus GestureManipulator::mouseButtonDown(FrameStatus status, unsigned int
     // Real mouse input is the camera manipulator's.
     if (!qrnplatform::Input::isTouchMessage())
         return status;
+    // A touch an earlier tool took starts no drag here.
+    if (ITouchManipulator::mouseButtonDown(status, flags, button, x, y) == CHANGED)
+        return CHANGED;
     m_startX = m_lastX = x;
     m_startY = m_lastY = y;
     if (m_viewState)
         m_viewState->reset();
-    return ITouchManipulator::mouseButtonDown(status, flags, button, x, y);
+    m_touchDrag = true;
+    m_turned = false;
+    return UNCHANGED;
+}
+
+FrameStatus GestureManipulator::mouseButtonUp(FrameStatus status, unsigned int flags,
+                                              MouseButton button, int x, int y) {
+    status = ITouchManipulator::mouseButtonUp(status, flags, button, x, y);
+    if (!qrnplatform::Input::isTouchMessage())
+        return status;
+    // A drag that turned the model is no tap for the tools after this one.
+    const bool turned = m_touchDrag && m_turned;
+    m_touchDrag = m_turned = false;
+    return turned ? CHANGED : status;
 }
 
 FrameStatus GestureManipulator::mouseMotion(unsigned int flags, int x, int y) {
     m_noMotion = false;
     const bool buttonDown = (flags & kButtons) != 0;
-    if (buttonDown && flags == KEY_LBUTTON && qrnplatform::Input::isTouchMessage()) {
+    if (m_touchDrag && buttonDown && flags == KEY_LBUTTON && qrnplatform::Input::isTouchMessage()) {
         auto renderer = m_document ? std::dynamic_pointer_cast<SCRenderer>(
                                          m_document->getSchema(qrnsg::SCHEMA_RENDERER))
                                    : nullptr;
         if (renderer) {
             CameraHelper::rotate(renderer->camera, x - m_lastX, y - m_lastY);
             renderer->update();
+            m_turned = m_turned || x != m_lastX || y != m_lastY;
         }
     }
     m_lastX = x;
@@ -63,6 +80,7 @@ void GestureManipulator::init() {
     ITouchManipulator::init();
     m_lastX = m_lastY = 0;
     m_startX = m_startY = 0;
+    m_touchDrag = m_turned = false;
 }
 
 FrameStatus GestureManipulator::OnGesturePan(FrameStatus status, int startX, int startY, int x,

@@ -36,6 +36,8 @@ public:
 
     FrameStatus mouseButtonDown(FrameStatus status, unsigned int flags, MouseButton button, int x,
                                 int y) override;
+    FrameStatus mouseButtonUp(FrameStatus status, unsigned int flags, MouseButton button, int x,
+                              int y) override;
     FrameStatus mouseMotion(unsigned int flags, int x, int y) override;
     void init() override;
     short order() const override { return ORDER; }
@@ -66,6 +68,9 @@ private:
     std::int32_t m_lastX, m_lastY;
     std::int32_t m_startX, m_startY;
     bool m_noMotion;
+    // A touch press this manipulator took, and whether its drag has turned the model since.
+    bool m_touchDrag = false;
+    bool m_turned = false;
 };
 
 } // namespace qrngl

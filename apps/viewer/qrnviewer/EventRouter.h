@@ -18,11 +18,12 @@ namespace qrnviewer {
 
 // The host's side of interaction, apart from any window system: it sets up the tools of a
 // document (view state, camera and gesture manipulators in the renderer component's chain),
-// hands every input event down the chain in order, each handler getting its predecessor's
-// status (gestures to the manipulators that take touch), runs the viewer's own key commands, and
-// drives the timers that the window system does not (view animation, spin). Whoever owns the window
-// feeds it events, calls pump() after waiting for input and draws a frame whenever takeRepaint()
-// says so. One router a document: it takes the renderer component's update notifier.
+// hands every input event down the chain, lowest order() first, each handler getting its
+// predecessor's status (gestures to the manipulators that take touch), runs the viewer's own key
+// commands when no tool took the key, and drives the timers that the window system does not
+// (view animation, spin). Whoever owns the window feeds it events, calls pump() after waiting for
+// input and draws a frame whenever takeRepaint() says so. One router a document: it takes the
+// renderer component's update notifier.
 class EventRouter {
 public:
     using Operation = qrngl::CameraManipulator::Operation;

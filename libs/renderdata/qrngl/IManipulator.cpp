@@ -6,12 +6,12 @@ IManipulator::IManipulator(std::shared_ptr<Cursor> cursor) : m_cursor(std::move(
 
 IManipulator::~IManipulator() = default;
 
-FrameStatus IManipulator::mouseButtonDown(FrameStatus, unsigned int, MouseButton, int, int) {
-    return UNCHANGED;
+FrameStatus IManipulator::mouseButtonDown(FrameStatus status, unsigned int, MouseButton, int, int) {
+    return status;
 }
 
-FrameStatus IManipulator::mouseButtonUp(FrameStatus, unsigned int, MouseButton, int, int) {
-    return UNCHANGED;
+FrameStatus IManipulator::mouseButtonUp(FrameStatus status, unsigned int, MouseButton, int, int) {
+    return status;
 }
 
 FrameStatus IManipulator::mouseMotion(unsigned int, int, int) {
@@ -36,8 +36,9 @@ bool IManipulator::setCursor() {
     return false;
 }
 
-FrameStatus IManipulator::mouseButtonDblClk(FrameStatus, unsigned int, MouseButton, int, int) {
-    return UNCHANGED;
+FrameStatus IManipulator::mouseButtonDblClk(FrameStatus status, unsigned int, MouseButton, int,
+                                            int) {
+    return status;
 }
 
 } // namespace qrngl

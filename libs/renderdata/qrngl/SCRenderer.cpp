@@ -57,7 +57,7 @@ void SCRenderer::addManipulator(const std::shared_ptr<IManipulator>& m) {
     auto at = std::upper_bound(
         manipulators.begin(), manipulators.end(), m,
         [](const std::shared_ptr<IManipulator>& a, const std::shared_ptr<IManipulator>& b) {
-            return a->order() > b->order();
+            return a->order() < b->order();
         });
     manipulators.insert(at, m);
 }

@@ -3,6 +3,7 @@
 #include "qrngl/Camera.h"
 #include "qrngl/ICanvas.h"
 #include "qrngl/IManipulator.h"
+#include "qrngl/IPickCanvas.h"
 #include "qrngl/IPostRenderer.h"
 #include "qrngl/IPreRenderer.h"
 #include "qrngl/IRenderer.h"
@@ -40,8 +41,9 @@ public:
     void addPostRenderer(const std::shared_ptr<IPostRenderer>& r);
     bool removePostRenderer(const std::shared_ptr<IPostRenderer>& r);
 
-    // The registered manipulators, kept sorted by order(), highest first: the order in which
-    // the host hands them each event.
+    // The registered manipulators, kept sorted by order(), lowest first: the order in which
+    // the host hands them each event, so that a tool that consumes a press keeps the camera
+    // (800) from acting on it and a camera drag keeps the selection (1000) from selecting.
     void addManipulator(const std::shared_ptr<IManipulator>& m);
     bool removeManipulator(const std::shared_ptr<IManipulator>& m);
     // Tells the host that the view changed (it invalidates its canvases).
@@ -70,6 +72,8 @@ public:
     std::vector<std::shared_ptr<IManipulator>> manipulators;
     // The canvases showing this document, first the main one.
     std::vector<std::weak_ptr<ICanvas>> canvases;
+    // The canvas every pick of this document draws on; made by the canvas factory.
+    std::shared_ptr<IPickCanvas> pickCanvas;
     // Called by update().
     std::function<void()> updateNotifier;
 };

@@ -258,7 +258,7 @@ TEST_F(ReplayRoutingTest, SpinKeepsTurningUntilEscapeAndMCyclesTheConvention) {
     EXPECT_EQ(router->cameraManipulator()->getOperation(), qrngl::IEventInterpreter::SPIN);
 }
 
-// A tool before the camera in the chain (as selection is) that takes every press.
+// A tool before the camera in the chain (as a grabbed clip plane is) that takes every press.
 class TakesPresses : public qrngl::IManipulator {
 public:
     TakesPresses() : IManipulator(nullptr) {}
@@ -266,7 +266,7 @@ public:
                                        int) override {
         return qrngl::CHANGED;
     }
-    short order() const override { return 900; }
+    short order() const override { return 600; }
 };
 
 TEST_F(ReplayRoutingTest, APressTakenEarlierInTheChainStartsNoDrag) {
