@@ -7,59 +7,40 @@
 #include "qrngl/SCRenderer.h"
 #include "qrngl/SCStripRenderer.h"
 #include "qrngl/frame/FrameSetup.h"
+#include "qrnglutils/ScopedTransform.h"
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
 #include "qrnsgutils/DataUtils.h"
+#include "qrnsgutils/InstanceWalker.h"
 
 namespace qrngl {
 
 using qrnsg::RTState;
+using qrnsgutils::InstanceWalker;
 
 namespace {
-
-int materialOf(const RTState& state, int id) {
-    const int* m = state.materials.find(id);
-    return m ? *m : -1;
-}
 
 template <class T>
 bool inRange(const std::vector<T>& v, int i) {
     return i >= 0 && static_cast<std::size_t>(i) < v.size();
 }
 
-// Draws one primitive's entry when it is visible, under its own transform when it has one.
-void drawIfVisible(const RTState& state, int id,
-                   const std::vector<std::shared_ptr<IStripEntry>>& entries) {
-    const unsigned char* flags = state.flags.find(id);
-    const qrnsg::TransformPair* pair = state.transforms.find(id);
-    if (!flags || !(*flags & RTState::VISIBLE) || !pair || !inRange(entries, pair->second))
-        return;
-    const auto& entry = entries[static_cast<std::size_t>(pair->second)];
-    if (*flags & RTState::HAS_TRANSFORM) {
-        glPushMatrix();
-        glMultMatrixf(pair->first.data());
-        entry->render();
-        glPopMatrix();
-    } else {
-        entry->render();
-    }
-}
-
-// Draws the visible primitives of a line pass (polylines or points), applying the scene's
+// Draws the shown primitives of a line pass (polylines or points), applying the scene's
 // line material whenever the material index changes along the draw order.
 void renderLinePass(const qrnsg::SCScene& scene, const RTState& state,
                     const std::vector<std::shared_ptr<IStripEntry>>& entries) {
     int previous = -1;
-    for (int id : state.drawOrder) {
-        int material = materialOf(state, id);
-        if (material != previous) {
-            previous = material;
-            if (inRange(scene.plMaterials, material))
-                PLMaterialRenderer apply(scene.plMaterials[static_cast<std::size_t>(material)]);
+    InstanceWalker::walk(state, entries.size(), [&](const InstanceWalker::Instance& instance) {
+        if (instance.material != previous) {
+            previous = instance.material;
+            if (inRange(scene.plMaterials, instance.material))
+                PLMaterialRenderer apply(
+                    scene.plMaterials[static_cast<std::size_t>(instance.material)]);
         }
-        drawIfVisible(state, id, entries);
-    }
+        qrnglutils::ScopedTransform place(instance);
+        entries[static_cast<std::size_t>(instance.drawable)]->render();
+    });
 }
 
 } // namespace
@@ -132,34 +113,35 @@ void Canvas::renderMeshes(const Scene& scene, const Pmi&, const SceneRT& rt,
                           const Renderer& renderer, const Strips& strips) const {
     if (strips->meshes.empty())
         return;
-    const RTState& state = rt->meshes;
     int previous = -1;
     bool blending = false;
-    for (int id : state.drawOrder) {
-        int material = materialOf(state, id);
-        if (material != previous) {
-            previous = material;
-            // The draw order puts transparent materials last, so blending stays on once on.
-            if (!blending && inRange(rt->meshMaterialRecords, material) &&
-                rt->meshMaterialRecords[static_cast<std::size_t>(material)].isTransparent()) {
-                glEnable(GL_BLEND);
-                glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-                blending = true;
+    InstanceWalker::walk(
+        rt->meshes, strips->meshes.size(), [&](const InstanceWalker::Instance& instance) {
+            const int material = instance.material;
+            if (material != previous) {
+                previous = material;
+                // The draw order puts transparent materials last, so blending stays on once on.
+                if (!blending && inRange(rt->meshMaterialRecords, material) &&
+                    rt->meshMaterialRecords[static_cast<std::size_t>(material)].isTransparent()) {
+                    glEnable(GL_BLEND);
+                    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+                    blending = true;
+                }
+                if (inRange(rt->meshSceneMaterials, material)) {
+                    int sceneMaterial = rt->meshSceneMaterials[static_cast<std::size_t>(material)];
+                    if (sceneMaterial != -1 && inRange(scene->materials, sceneMaterial))
+                        MMaterialRenderer apply(
+                            scene->materials[static_cast<std::size_t>(sceneMaterial)]);
+                }
+                if (inRange(rt->meshTextures, material)) {
+                    int texture = rt->meshTextures[static_cast<std::size_t>(material)];
+                    if (texture != -1 && inRange(renderer->textures, texture))
+                        renderer->textures[static_cast<std::size_t>(texture)]->bind();
+                }
             }
-            if (inRange(rt->meshSceneMaterials, material)) {
-                int sceneMaterial = rt->meshSceneMaterials[static_cast<std::size_t>(material)];
-                if (sceneMaterial != -1 && inRange(scene->materials, sceneMaterial))
-                    MMaterialRenderer apply(
-                        scene->materials[static_cast<std::size_t>(sceneMaterial)]);
-            }
-            if (inRange(rt->meshTextures, material)) {
-                int texture = rt->meshTextures[static_cast<std::size_t>(material)];
-                if (texture != -1 && inRange(renderer->textures, texture))
-                    renderer->textures[static_cast<std::size_t>(texture)]->bind();
-            }
-        }
-        drawIfVisible(state, id, strips->meshes);
-    }
+            qrnglutils::ScopedTransform place(instance);
+            strips->meshes[static_cast<std::size_t>(instance.drawable)]->render();
+        });
     if (blending)
         glDisable(GL_BLEND);
     glBindTexture(GL_TEXTURE_2D, 0);
@@ -194,37 +176,33 @@ void Canvas::renderTexts(const Scene& scene, const Pmi&, const SceneRT& rt,
 
     const qrnmath::Mat4 billboard = CameraHelper::getBillboardRotation(renderer->camera);
     const float zoom = renderer->camera ? renderer->camera->zoomFactor() : 1.0f;
-    const RTState& state = rt->texts;
     int previous = -1;
-    for (int id : state.drawOrder) {
-        int material = materialOf(state, id);
-        if (material != previous) {
-            previous = material;
-            if (inRange(scene->plMaterials, material))
-                PLMaterialRenderer apply(scene->plMaterials[static_cast<std::size_t>(material)]);
-        }
-        const unsigned char* flags = state.flags.find(id);
-        const qrnsg::TransformPair* pair = state.transforms.find(id);
-        if (!flags || !(*flags & RTState::VISIBLE) || !pair ||
-            !inRange(strips->texts, pair->second))
-            continue;
-        glPushMatrix();
-        if (*flags & RTState::ANCHORED) {
-            // The anchor is the text record's position; a missing record anchors at the origin.
-            if (inRange(scene->texts, pair->second)) {
-                const auto& p = scene->texts[static_cast<std::size_t>(pair->second)].position;
-                glTranslatef(p[0], p[1], p[2]);
+    InstanceWalker::walk(
+        rt->texts, strips->texts.size(), [&](const InstanceWalker::Instance& instance) {
+            if (instance.material != previous) {
+                previous = instance.material;
+                if (inRange(scene->plMaterials, instance.material))
+                    PLMaterialRenderer apply(
+                        scene->plMaterials[static_cast<std::size_t>(instance.material)]);
             }
-        }
-        if (*flags & RTState::CONSTANT_SIZE)
-            glScalef(zoom, zoom, zoom);
-        if (*flags & RTState::HAS_TRANSFORM)
-            glMultMatrixf(pair->first.data());
-        if (*flags & RTState::ANCHORED)
-            glMultMatrixf(billboard.data());
-        strips->texts[static_cast<std::size_t>(pair->second)]->render();
-        glPopMatrix();
-    }
+            glPushMatrix();
+            if (instance.flags & RTState::ANCHORED) {
+                // The anchor is the text record's position; a missing record anchors at the origin.
+                if (inRange(scene->texts, instance.drawable)) {
+                    const auto& p =
+                        scene->texts[static_cast<std::size_t>(instance.drawable)].position;
+                    glTranslatef(p[0], p[1], p[2]);
+                }
+            }
+            if (instance.flags & RTState::CONSTANT_SIZE)
+                glScalef(zoom, zoom, zoom);
+            if (instance.transform)
+                glMultMatrixf(instance.transform->data());
+            if (instance.flags & RTState::ANCHORED)
+                glMultMatrixf(billboard.data());
+            strips->texts[static_cast<std::size_t>(instance.drawable)]->render();
+            glPopMatrix();
+        });
 
     if (cullWasOn) {
         glCullFace(static_cast<GLenum>(cullMode));

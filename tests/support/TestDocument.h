@@ -9,6 +9,7 @@
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCSceneTopo.h"
 
 #include <functional>
 #include <memory>
@@ -41,7 +42,14 @@ public:
     std::shared_ptr<qrnsg::SCSceneRT> rt;
     std::shared_ptr<qrnsg::SCPmi> pmi;
     std::shared_ptr<qrngl::SCRenderer> renderer;
+    // Adds an axis-aligned box as a placed part with its entities, as an import makes one:
+    // faces +x, -x, +y, -y, +z, -z (two triangles each, one mesh), twelve edges (the four of
+    // -z, the four of +z, then the four along z), eight vertices (x fastest, then y, then z).
+    // Adds the topology component on first use; returns the node.
+    int addBoxPart(const std::wstring& name, const qrnmath::Vec3& centre, float half, int material);
+
     std::shared_ptr<qrngl::SCStripRenderer> strips;
+    std::shared_ptr<qrnsg::SCSceneTopo> topology;
 
 private:
     int m_nextId = 100; // ids unrelated to drawable indices, as in real documents

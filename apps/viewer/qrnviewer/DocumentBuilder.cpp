@@ -71,19 +71,44 @@ std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model) {
     edge.color = qrnmath::Vec4(0.1f, 0.1f, 0.1f, 1.0f);
     scene->plMaterials.push_back(edge);
 
-    // Geometry, each part once; remember where each part's drawables start.
-    std::vector<int> firstMesh(model.parts.size(), 0), edgeIndex(model.parts.size(), -1);
+    // Geometry, each part once, with its entities; vertices drawn as a point set.
+    qrnsg::PLMaterial vertexMaterial;
+    vertexMaterial.color = qrnmath::Vec4(0.1f, 0.1f, 0.1f, 1.0f);
+    const int vertexMaterialIndex = static_cast<int>(scene->plMaterials.size());
+    scene->plMaterials.push_back(vertexMaterial);
+    std::vector<qrnsg::SCSceneTopo::Part> parts(model.parts.size());
     for (std::size_t p = 0; p < model.parts.size(); ++p) {
         const auto& part = model.parts[p];
-        firstMesh[p] = static_cast<int>(scene->meshes.size());
-        scene->meshes.insert(scene->meshes.end(), part.meshes.begin(), part.meshes.end());
+        auto& entry = parts[p];
+        entry.name = part.name;
+        for (const auto& mesh : part.meshes) {
+            entry.meshes.push_back(static_cast<int>(scene->meshes.size()));
+            scene->meshes.push_back(mesh);
+        }
         if (part.edges.stripCount() > 0) {
-            edgeIndex[p] = static_cast<int>(scene->polylines.size());
+            entry.polyline = static_cast<int>(scene->polylines.size());
             scene->polylines.push_back(part.edges);
+        }
+        entry.entities = part.entities;
+        if (entry.entities.faces.empty()) {
+            // A part read without entities still picks: each mesh is one face.
+            for (std::size_t m = 0; m < part.meshes.size(); ++m) {
+                qrnsg::PartEntities::Face face;
+                face.mesh = static_cast<int>(m);
+                face.triangleCount = static_cast<unsigned int>(part.meshes[m].triangleCount());
+                entry.entities.faces.push_back(face);
+            }
+        }
+        if (!entry.entities.vertices.empty()) {
+            entry.points = static_cast<int>(scene->points.size());
+            qrnsg::PointSet points;
+            points.points = entry.entities.vertices;
+            points.size = 4.0f;
+            scene->points.push_back(points);
         }
     }
 
-    // One primitive per placed mesh and per placed edge set; the topology lists them by node.
+    // One primitive per placed mesh, edge set and vertex set; the topology lists them by node.
     int nextId = 1;
     for (std::size_t n = 0; n < model.nodes.size(); ++n) {
         qrnsg::SCSceneTopo::Node* node = nullptr;
@@ -92,29 +117,41 @@ std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model) {
             node = &topology->nodes.back();
             node->name = model.nodes[n].name;
             node->parent = model.nodes[n].parent;
+            node->part = model.nodes[n].part;
         }
         int p = model.nodes[n].part;
         if (p < 0)
             continue;
         const auto& part = model.parts[static_cast<std::size_t>(p)];
+        const auto& entry = parts[static_cast<std::size_t>(p)];
         const qrnmath::Mat4 world = model.worldTransform(static_cast<int>(n));
         for (std::size_t m = 0; m < part.meshes.size(); ++m) {
             int id = nextId++;
             int material = m < part.meshMaterials.size() ? part.meshMaterials[m] : -1;
-            rt->meshes.add(id, firstMesh[static_cast<std::size_t>(p)] + static_cast<int>(m),
-                           material, qrnsg::RTState::HAS_TRANSFORM);
+            rt->meshes.add(id, entry.meshes[m], material, qrnsg::RTState::HAS_TRANSFORM);
             rt->meshes.transforms.find(id)->first = world;
             if (node)
                 node->meshIds.push_back(id);
         }
-        if (edgeIndex[static_cast<std::size_t>(p)] >= 0) {
+        if (entry.polyline >= 0) {
             int id = nextId++;
-            rt->polylines.add(id, edgeIndex[static_cast<std::size_t>(p)], 0,
-                              qrnsg::RTState::HAS_TRANSFORM);
+            rt->polylines.add(id, entry.polyline, 0, qrnsg::RTState::HAS_TRANSFORM);
             rt->polylines.transforms.find(id)->first = world;
             if (node)
                 node->polylineIds.push_back(id);
         }
+        if (entry.points >= 0) {
+            // Vertices are there to be picked and highlighted; a frame does not show them.
+            int id = nextId++;
+            rt->points.add(id, entry.points, vertexMaterialIndex, qrnsg::RTState::HAS_TRANSFORM);
+            rt->points.transforms.find(id)->first = world;
+            if (node)
+                node->pointIds.push_back(id);
+        }
+    }
+    if (topology) {
+        topology->parts = std::move(parts);
+        topology->index();
     }
     addPmi(model, *document, nextId);
     rt->sortMeshDrawOrder();

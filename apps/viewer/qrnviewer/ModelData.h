@@ -4,6 +4,7 @@
 #include "qrnsg/BBox.h"
 #include "qrnsg/MMaterial.h"
 #include "qrnsg/Mesh.h"
+#include "qrnsg/PartEntities.h"
 #include "qrnsg/Polyline.h"
 #include "qrnsg/Text.h"
 
@@ -20,6 +21,8 @@ struct ModelData {
         std::vector<qrnsg::Mesh> meshes; // one per material
         std::vector<int> meshMaterials;  // index into materials, per mesh
         qrnsg::Polyline edges;
+        // Faces name meshes by their place in meshes, edges strips of edges.
+        qrnsg::PartEntities entities;
         qrnsg::BBox bbox() const;
     };
     struct Node {

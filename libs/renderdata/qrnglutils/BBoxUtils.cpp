@@ -2,6 +2,7 @@
 
 #include "qrngl/CameraHelper.h"
 #include "qrnmath/MatrixUtils.h"
+#include "qrnsgutils/InstanceWalker.h"
 
 #include <vector>
 
@@ -28,24 +29,18 @@ void addPrimitives(const std::vector<Drawable>& drawables, const RTState& state,
                    BBox& box) {
     std::vector<BBox> local(drawables.size());
     std::vector<bool> known(drawables.size(), false);
-    for (const auto& entry : state.transforms) {
-        const unsigned char* flags = state.flags.find(entry.first);
-        const unsigned char f = flags ? *flags : 0;
-        if (visibleOnly && !(f & RTState::VISIBLE))
-            continue;
-        const int drawable = entry.second.second;
-        if (drawable < 0 || static_cast<std::size_t>(drawable) >= drawables.size())
-            continue;
-        const auto d = static_cast<std::size_t>(drawable);
-        if (!known[d]) {
-            local[d] = drawables[d].bbox();
-            known[d] = true;
-        }
-        if (local[d].isEmpty())
-            continue;
-        box.add((f & RTState::HAS_TRANSFORM) ? transformed(local[d], entry.second.first)
-                                             : local[d]);
-    }
+    qrnsgutils::InstanceWalker::walk(
+        state, drawables.size(),
+        [&](const qrnsgutils::InstanceWalker::Instance& instance) {
+            const auto d = static_cast<std::size_t>(instance.drawable);
+            if (!known[d]) {
+                local[d] = drawables[d].bbox();
+                known[d] = true;
+            }
+            if (!local[d].isEmpty())
+                box.add(instance.transform ? transformed(local[d], *instance.transform) : local[d]);
+        },
+        visibleOnly);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "qrngl/GL.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace qrnglutils {
@@ -78,14 +79,7 @@ void MeshStripEntry::prepare() const {
     std::vector<std::uint32_t>().swap(m_indices);
 }
 
-void MeshStripEntry::render() const {
-    if (m_indexCount == 0)
-        return;
-    prepare();
-    if (m_list) {
-        glCallList(m_list);
-        return;
-    }
+void MeshStripEntry::bind() const {
     const GLsizei stride = static_cast<GLsizei>(m_stride * sizeof(float));
     glBindBuffer(GL_ARRAY_BUFFER, m_vbo);
     glEnableClientState(GL_VERTEX_ARRAY);
@@ -99,8 +93,9 @@ void MeshStripEntry::render() const {
         glTexCoordPointer(2, GL_FLOAT, stride, offset((m_hasNormals ? 6 : 3) * sizeof(float)));
     }
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, m_ibo);
-    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(m_indexCount),
-                   m_shortIndices ? GL_UNSIGNED_SHORT : GL_UNSIGNED_INT, offset(0));
+}
+
+void MeshStripEntry::unbind() const {
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
     if (m_hasTexCoords)
         glDisableClientState(GL_TEXTURE_COORD_ARRAY);
@@ -109,6 +104,47 @@ void MeshStripEntry::render() const {
     glDisableClientState(GL_VERTEX_ARRAY);
     // Unbound again so that later client-side arrays are not read as buffer offsets.
     glBindBuffer(GL_ARRAY_BUFFER, 0);
+}
+
+void MeshStripEntry::render() const {
+    if (m_indexCount == 0)
+        return;
+    prepare();
+    if (m_list) {
+        glCallList(m_list);
+        return;
+    }
+    bind();
+    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(m_indexCount),
+                   m_shortIndices ? GL_UNSIGNED_SHORT : GL_UNSIGNED_INT, offset(0));
+    unbind();
+}
+
+void MeshStripEntry::renderRanges(const std::vector<Range>& ranges,
+                                  const std::function<void(std::size_t)>& before) const {
+    if (m_indexCount == 0 || ranges.empty())
+        return;
+    prepare();
+    if (m_list) {
+        // A display list holds the whole mesh only.
+        IStripEntry::renderRanges(ranges, before);
+        return;
+    }
+    bind();
+    const std::size_t triangles = m_indexCount / 3;
+    const std::size_t indexBytes = m_shortIndices ? sizeof(std::uint16_t) : sizeof(std::uint32_t);
+    for (std::size_t i = 0; i < ranges.size(); ++i) {
+        const std::size_t first = ranges[i].first;
+        if (first >= triangles)
+            continue;
+        const std::size_t count = std::min<std::size_t>(ranges[i].count, triangles - first);
+        if (before)
+            before(i);
+        glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(count * 3),
+                       m_shortIndices ? GL_UNSIGNED_SHORT : GL_UNSIGNED_INT,
+                       offset(first * 3 * indexBytes));
+    }
+    unbind();
 }
 
 void MeshStripEntry::release() {

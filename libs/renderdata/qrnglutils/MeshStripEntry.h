@@ -19,6 +19,9 @@ public:
     MeshStripEntry& operator=(const MeshStripEntry&) = delete;
 
     void render() const override;
+    // Ranges of triangles.
+    void renderRanges(const std::vector<Range>& ranges,
+                      const std::function<void(std::size_t)>& before) const override;
     // Uploads the geometry now; needs a current context.
     void prepare() const;
     // Frees the GPU objects; needs the context they were made in (or one sharing with it).
@@ -26,6 +29,9 @@ public:
     std::size_t triangleCount() const { return m_indexCount / 3; }
 
 private:
+    void bind() const;
+    void unbind() const;
+
     mutable std::vector<float> m_vertices; // position, normal, optional texture coordinate
     mutable std::vector<std::uint32_t> m_indices;
     std::size_t m_indexCount;

@@ -20,13 +20,21 @@ public:
     PolylineStripEntry& operator=(const PolylineStripEntry&) = delete;
 
     void render() const override;
+    // Ranges of strips (of points for a point set).
+    void renderRanges(const std::vector<Range>& ranges,
+                      const std::function<void(std::size_t)>& before) const override;
     void prepare() const;
     void release();
 
 private:
+    void bind() const;
+    void unbind() const;
+
     mutable std::vector<float> m_points;
-    std::vector<int> m_firsts;
+    std::vector<int> m_firsts; // per strip, short ones included, so that strip indices hold
     std::vector<int> m_counts;
+    std::size_t m_pointCount = 0;
+    bool m_hasStrips = false;
     bool m_isPoints;
     float m_pointSize;
     mutable unsigned int m_vbo = 0;

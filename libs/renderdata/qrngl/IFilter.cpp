@@ -1,0 +1,7 @@
+#include "qrngl/IFilter.h"
+
+namespace qrngl {
+
+IFilter::~IFilter() = default;
+
+} // namespace qrngl

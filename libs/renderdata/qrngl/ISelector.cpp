@@ -1,0 +1,7 @@
+#include "qrngl/ISelector.h"
+
+namespace qrngl {
+
+ISelector::~ISelector() = default;
+
+} // namespace qrngl

@@ -1,0 +1,27 @@
+#include "qrngl/NamesInitializer.h"
+
+#include "qrngl/GL.h"
+
+namespace qrngl {
+
+NamesInitializer::NamesInitializer(Mode mode) : m_mode(mode) {
+    if (m_mode != SELECTION)
+        return;
+    glInitNames();
+    glPushName(0);
+}
+
+void NamesInitializer::load(unsigned int name) const {
+    if (m_mode == SELECTION)
+        glLoadName(name);
+    else
+        glColor4ub(static_cast<GLubyte>(name >> 24), static_cast<GLubyte>(name >> 16),
+                   static_cast<GLubyte>(name >> 8), static_cast<GLubyte>(name));
+}
+
+unsigned int NamesInitializer::fromColour(const unsigned char rgba[4]) {
+    return (static_cast<unsigned int>(rgba[0]) << 24) | (static_cast<unsigned int>(rgba[1]) << 16) |
+           (static_cast<unsigned int>(rgba[2]) << 8) | rgba[3];
+}
+
+} // namespace qrngl

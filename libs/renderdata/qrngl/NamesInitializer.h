@@ -1,0 +1,24 @@
+#pragma once
+
+#include "qrngldata/qrngldata_export.h"
+
+namespace qrngl {
+
+// Prepares the names of one pick pass and loads each entity's name before it is drawn: onto
+// the name stack in selection mode, or as the drawing colour in an id pass (the 32-bit name
+// as red, green, blue and alpha bytes, most significant first).
+class QRNGLDATA_EXPORT NamesInitializer {
+public:
+    enum Mode { SELECTION, COLOUR };
+    // Selection mode resets the name stack and pushes the slot that load() replaces.
+    explicit NamesInitializer(Mode mode = SELECTION);
+    Mode mode() const { return m_mode; }
+    void load(unsigned int name) const;
+    // The name an id pass wrote as a pixel's bytes.
+    static unsigned int fromColour(const unsigned char rgba[4]);
+
+private:
+    Mode m_mode;
+};
+
+} // namespace qrngl

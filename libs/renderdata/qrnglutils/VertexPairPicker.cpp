@@ -1,0 +1,36 @@
+#include "qrnglutils/VertexPairPicker.h"
+
+#include "qrnglutils/ScopedTransform.h"
+#include "qrnsgutils/InstanceWalker.h"
+
+namespace qrnglutils {
+
+using qrnsg::EntityNames;
+using qrnsgutils::InstanceWalker;
+
+void VertexPairPicker::draw(const PickVisitor& visitor, const qrngl::NamesInitializer& names) {
+    const auto& entries = visitor.strips().points;
+    const auto* topology = visitor.topology();
+    if (!topology)
+        return;
+    std::vector<qrngl::IStripEntry::Range> ranges;
+    InstanceWalker::walk(
+        visitor.rt().points, entries.size(), [&](const InstanceWalker::Instance& instance) {
+            const auto* owner = topology->owner(instance.id);
+            const auto* part = owner ? topology->partOf(owner->node) : nullptr;
+            if (!part)
+                return;
+            const auto count = static_cast<unsigned int>(part->entities.vertices.size());
+            ranges.resize(count);
+            for (unsigned int v = 0; v < count; ++v)
+                ranges[v] = {v, 1};
+            ScopedTransform place(instance);
+            entries[static_cast<std::size_t>(instance.drawable)]->renderRanges(
+                ranges, [&](std::size_t i) {
+                    names.load(
+                        topology->name(owner->node, EntityNames::POINT, static_cast<int>(i)));
+                });
+        });
+}
+
+} // namespace qrnglutils

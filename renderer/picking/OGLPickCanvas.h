@@ -1,0 +1,39 @@
+#pragma once
+
+#include "qrngl/IPickCanvas.h"
+#include "qrngl/frame/CanvasBase.h"
+#include "qrngl/qrngl_export.h"
+
+#include <array>
+#include <vector>
+
+namespace qrngl {
+
+// The selection-mode pick canvas's state and its reading of the selection buffer. A pass
+// returns every named entity drawn inside the pick region, hidden or not, with its depths.
+class QRNGL_EXPORT OGLPickCanvas : public CanvasBase<IPickCanvas> {
+public:
+    enum : int { BUFFER_SIZE = 512 };
+
+    OGLPickCanvas(std::shared_ptr<IRenderContext> context,
+                  std::shared_ptr<qrn::IDocument> document);
+    ~OGLPickCanvas() override;
+
+    void Set(int x, int y, int size, unsigned short type) override;
+    const std::vector<PickResult>& Get() const override;
+    void SetPickBox(int width, int height, int size, unsigned short type) override;
+    void GetPickBox(int width, int height, std::vector<PickResult>& hits) override;
+
+    // Turns the hit records of the last pass into hits; records without names are skipped.
+    void processHits(int count) const;
+
+protected:
+    mutable std::array<unsigned int, BUFFER_SIZE> m_buffer{};
+    int m_x = 0;
+    int m_y = 0;
+    int m_size = 0;
+    unsigned short m_type = 0;
+    mutable std::vector<PickResult> m_hits;
+};
+
+} // namespace qrngl

@@ -1,0 +1,125 @@
+#include "qrngl/picking/PBOPickCanvas.h"
+
+#include "qrngl/Camera.h"
+#include "qrngl/GL.h"
+#include "qrngl/NamesInitializer.h"
+#include "qrngl/picking/PickPass.h"
+
+#include <algorithm>
+
+namespace qrngl {
+
+PBOPickCanvas::PBOPickCanvas(std::shared_ptr<IRenderContext> context,
+                             std::shared_ptr<qrn::IDocument> document)
+    : UCPickCanvas(std::move(context), std::move(document)) {}
+
+PBOPickCanvas::~PBOPickCanvas() = default;
+
+// The frame and pixel buffers are made on the first pass.
+bool PBOPickCanvas::OnCreate() {
+    return true;
+}
+
+void PBOPickCanvas::OnDestroy() {
+    releaseFrameBuffer();
+    if (m_pbo && glDeleteBuffers)
+        glDeleteBuffers(1, &m_pbo);
+    m_pbo = 0;
+    m_names.clear();
+    m_stale = true;
+}
+
+void PBOPickCanvas::OnSize(unsigned int x, unsigned int y, unsigned int width,
+                           unsigned int height) {
+    UCPickCanvas::OnSize(x, y, width, height);
+    m_stale = true;
+}
+
+bool PBOPickCanvas::refresh() const {
+    PickPass pass(m_document);
+    if (!pass.ready())
+        return false;
+    const auto& camera = *pass.camera();
+    std::array<float, 35> view{};
+    const qrnmath::Mat4 projection = camera.getProjectionMatrix();
+    const qrnmath::Mat4 modelView = camera.getViewMatrix();
+    std::copy(projection.data(), projection.data() + 16, view.begin());
+    std::copy(modelView.data(), modelView.data() + 16, view.begin() + 16);
+    view[32] = static_cast<float>(camera.viewportWidth());
+    view[33] = static_cast<float>(camera.viewportHeight());
+    // Vertices are drawn only for a mask that asks for them.
+    view[34] = (m_type & 4) ? 1.0f : 0.0f;
+    if (!m_stale && view == m_view && !m_names.empty())
+        return true;
+    const bool drawn = idPass(nullptr, [&] {
+        m_width = static_cast<int>(camera.viewportWidth());
+        m_height = static_cast<int>(camera.viewportHeight());
+        const auto bytes = static_cast<GLsizeiptr>(m_width) * m_height * 4;
+        if (!m_pbo)
+            glGenBuffers(1, &m_pbo);
+        glBindBuffer(GL_PIXEL_PACK_BUFFER, m_pbo);
+        glBufferData(GL_PIXEL_PACK_BUFFER, bytes, nullptr, GL_STREAM_READ);
+        glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
+        glPixelStorei(GL_PACK_ALIGNMENT, 1);
+        glPixelStorei(GL_PACK_ROW_LENGTH, 0);
+        glReadPixels(0, 0, m_width, m_height, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+        glPopClientAttrib();
+        m_names.assign(static_cast<std::size_t>(m_width) * static_cast<std::size_t>(m_height), 0u);
+        if (const auto* pixels = static_cast<const unsigned char*>(
+                glMapBuffer(GL_PIXEL_PACK_BUFFER, GL_READ_ONLY))) {
+            for (std::size_t i = 0; i < m_names.size(); ++i)
+                m_names[i] = NamesInitializer::fromColour(pixels + 4 * i);
+            glUnmapBuffer(GL_PIXEL_PACK_BUFFER);
+        }
+        glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+    });
+    if (!drawn) {
+        m_names.clear();
+        return false;
+    }
+    m_view = view;
+    m_stale = false;
+    return true;
+}
+
+void PBOPickCanvas::copy(int x, int y, int width, int height,
+                         std::vector<std::uint32_t>& out) const {
+    out.assign(static_cast<std::size_t>(std::max(width, 0)) *
+                   static_cast<std::size_t>(std::max(height, 0)),
+               0u);
+    for (int row = std::max(y, 0); row < std::min(y + height, m_height); ++row)
+        for (int col = std::max(x, 0); col < std::min(x + width, m_width); ++col)
+            out[static_cast<std::size_t>(row - y) * static_cast<std::size_t>(width) +
+                static_cast<std::size_t>(col - x)] =
+                m_names[static_cast<std::size_t>(row) * static_cast<std::size_t>(m_width) +
+                        static_cast<std::size_t>(col)];
+}
+
+void PBOPickCanvas::OnDraw() const {
+    if (m_size <= 0 || !refresh())
+        return;
+    const int a = m_size;
+    copy(m_x - a, m_height - m_y - a, 2 * a, 2 * a, m_square);
+}
+
+void PBOPickCanvas::OnDrawPickBox(int x, int y, int width, int height) {
+    if (width <= 0 || height <= 0 || !refresh())
+        return;
+    copy(x, y, width, height, m_boxNames);
+}
+
+bool PBOPickCanvas::isAdvancePointFilterSupported() const {
+    return true;
+}
+
+void PBOPickCanvas::GetPoints(int x, int y, std::vector<PickResult>& hits) const {
+    hits.clear();
+    if (m_size <= 0 || m_names.empty() || m_stale)
+        return;
+    std::vector<std::uint32_t> square;
+    const int a = m_size;
+    copy(x - a, m_height - y - a, 2 * a, 2 * a, square);
+    walk(square, a, hits);
+}
+
+} // namespace qrngl

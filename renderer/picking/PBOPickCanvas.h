@@ -1,0 +1,42 @@
+#pragma once
+
+#include "qrngl/picking/UCPickCanvas.h"
+#include "qrngl/qrngl_export.h"
+
+#include <array>
+
+namespace qrngl {
+
+// A colour-id canvas that reads the whole viewport through a pixel-pack buffer and keeps the
+// names: later picks in an unchanged view (hovering) read them without drawing again. A new
+// view, size or Invalidate draws afresh.
+class QRNGL_EXPORT PBOPickCanvas : public UCPickCanvas {
+public:
+    PBOPickCanvas(std::shared_ptr<IRenderContext> context,
+                  std::shared_ptr<qrn::IDocument> document);
+    ~PBOPickCanvas() override;
+
+    bool OnCreate() override;
+    // Frees the frame buffer and the pixel buffer; the context they were made in must be
+    // current.
+    void OnDestroy() override;
+    void OnDraw() const override;
+    void OnSize(unsigned int x, unsigned int y, unsigned int width, unsigned int height) override;
+    void OnDrawPickBox(int x, int y, int width, int height) override;
+    // Point queries come from the kept names.
+    bool isAdvancePointFilterSupported() const override;
+    void GetPoints(int x, int y, std::vector<PickResult>& hits) const override;
+
+private:
+    // Draws and reads the viewport when the kept names are stale; false without names.
+    bool refresh() const;
+    void copy(int x, int y, int width, int height, std::vector<std::uint32_t>& out) const;
+
+    mutable unsigned int m_pbo = 0;
+    mutable std::vector<std::uint32_t> m_names; // the viewport, bottom row first
+    mutable int m_width = 0;
+    mutable int m_height = 0;
+    mutable std::array<float, 35> m_view{}; // the camera and mask the names were drawn with
+};
+
+} // namespace qrngl

@@ -1,0 +1,64 @@
+#include "qrngl/picking/PickPass.h"
+
+#include "qrngl/GL.h"
+#include "qrngl/SCRenderer.h"
+#include "qrngl/SCStripRenderer.h"
+#include "qrnglutils/MeshPairPicker.h"
+#include "qrnglutils/PolylinePairPicker.h"
+#include "qrnglutils/VertexPairPicker.h"
+#include "qrnsg/SCPmi.h"
+#include "qrnsg/SCScene.h"
+#include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCSceneTopo.h"
+
+namespace qrngl {
+
+namespace {
+template <class T>
+std::shared_ptr<T> fetch(const std::shared_ptr<qrn::IDocument>& document, short type) {
+    return std::dynamic_pointer_cast<T>(document->getSchema(type));
+}
+} // namespace
+
+PickPass::PickPass(const std::shared_ptr<qrn::IDocument>& document) : m_document(document) {
+    if (!document)
+        return;
+    auto renderer = fetch<SCRenderer>(document, qrnsg::SCHEMA_RENDERER);
+    m_ready = fetch<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE) &&
+              fetch<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT) && renderer &&
+              renderer->camera && fetch<qrnsg::SCPmi>(document, qrnsg::SCHEMA_PMI) &&
+              fetch<SCStripRenderer>(document, qrnsg::SCHEMA_STRIP_RENDERER);
+    if (m_ready)
+        m_camera = renderer->camera;
+}
+
+void PickPass::loadMatrices(double cx, double cy, double w, double h) const {
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    if (w > 0.0 && h > 0.0) {
+        GLint viewport[4];
+        glGetIntegerv(GL_VIEWPORT, viewport);
+        gluPickMatrix(cx, cy, w, h, viewport);
+    }
+    glMultMatrixf(m_camera->getProjectionMatrix().data());
+    glMatrixMode(GL_MODELVIEW);
+    glLoadMatrixf(m_camera->getViewMatrix().data());
+}
+
+void PickPass::draw(NamesInitializer::Mode mode, unsigned short type) const {
+    auto rt = fetch<qrnsg::SCSceneRT>(m_document, qrnsg::SCHEMA_SCENE_RT);
+    auto strips = fetch<SCStripRenderer>(m_document, qrnsg::SCHEMA_STRIP_RENDERER);
+    auto topology = fetch<qrnsg::SCSceneTopo>(m_document, qrnsg::SCHEMA_SCENE_TOPO);
+    NamesInitializer names(mode);
+    qrnglutils::PickVisitor visitor(*rt, topology.get(), *strips);
+    visitor.setEntityType(type);
+    const bool selection = mode == NamesInitializer::SELECTION;
+    if (!selection || (type & 6))
+        qrnglutils::PolylinePairPicker::draw(visitor, names);
+    if (!selection || (type & 5))
+        qrnglutils::MeshPairPicker::draw(visitor, names);
+    if (type & 4)
+        qrnglutils::VertexPairPicker::draw(visitor, names);
+}
+
+} // namespace qrngl

@@ -1,0 +1,200 @@
+#include "GLTest.h"
+#include "TestDocument.h"
+
+#include "qrngl/CameraHelper.h"
+#include "qrngl/GL.h"
+#include "qrngl/frame/Canvas.h"
+#include "qrngl/picking/EntityFilter.h"
+#include "qrngl/picking/PBOPickCanvas.h"
+#include "qrngl/picking/PickCanvas.h"
+#include "qrngl/picking/PickingHelper.h"
+#include "qrngl/picking/RBOPickCanvas.h"
+#include "qrnglutils/ViewRenderer.h"
+
+#include <functional>
+#include <set>
+
+namespace qrntest {
+namespace {
+
+using qrnsg::EntityNames;
+
+enum Kind { SELECTION, RBO, PBO };
+
+// Records what a pick chose.
+struct Recorder : qrngl::ISelector {
+    void select(unsigned int flags, const qrngl::FilterResult& result) override {
+        ++calls;
+        lastFlags = flags;
+        names = result.names();
+    }
+    int calls = 0;
+    unsigned int lastFlags = 0;
+    std::vector<unsigned int> names;
+};
+
+// Box A (node 0) in front at the origin, box B (node 1) behind it and to the right, seen
+// straight along -z, orthographic: 1.5 pixels a unit, the origin at pixel (80, 60).
+// A covers pixels 65 to 95 across and 45 to 75 down; B 83 to 113 across, behind A where they
+// overlap.
+class PickingGLTest : public GLTest, public ::testing::WithParamInterface<Kind> {
+protected:
+    unsigned int width() const override { return 160; }
+    unsigned int height() const override { return 120; }
+
+    void SetUp() override {
+        GLTest::SetUp();
+        qrnsg::MMaterial grey = qrnsg::MMaterial::fromColor(0.6f, 0.6f, 0.6f, 0.0f);
+        const int material = doc.addMeshMaterial(grey, false);
+        qrnsg::PLMaterial black;
+        doc.addLineMaterial(black);
+        a = doc.addBoxPart(L"A", qrnmath::Vec3(0, 0, 0), 10.0f, material);
+        b = doc.addBoxPart(L"B", qrnmath::Vec3(12, 0, -30), 10.0f, material);
+        auto camera = doc.renderer->camera;
+        camera->setProjection(qrngl::Camera::ORTHOGRAPHIC);
+        qrngl::CameraHelper::lookAt(camera, qrnmath::Vec3(0, 0, 100), qrnmath::Vec3(0, 0, 0),
+                                    qrnmath::Vec3(0, 1, 0));
+        qrngl::CameraHelper::lookAt(camera, qrnmath::Vec3(0, 0, 0), 40.0f);
+        doc.renderer->viewRenderer = std::make_shared<qrnglutils::ViewRenderer>(camera);
+        canvas = make(GetParam());
+        ASSERT_TRUE(canvas->OnCreate());
+        canvas->OnSize(0, 0, width(), height());
+        doc.renderer->pickCanvas = canvas;
+    }
+    void TearDown() override {
+        context->activate();
+        canvas->OnDestroy();
+        GLTest::TearDown();
+    }
+    std::shared_ptr<qrngl::IPickCanvas> make(Kind kind) {
+        switch (kind) {
+        case SELECTION:
+            return std::make_shared<qrngl::PickCanvas>(context, doc.document);
+        case RBO:
+            return std::make_shared<qrngl::RBOPickCanvas>(context, doc.document);
+        default:
+            return std::make_shared<qrngl::PBOPickCanvas>(context, doc.document);
+        }
+    }
+    // The entity picked nearest at a window point, as (node, kind, index); kind 0 for none.
+    EntityNames::Entity pickAt(int x, int y, unsigned short type, int size = 4) {
+        auto filter = std::make_shared<qrngl::EntityFilter>(type, qrngl::EntityFilter::NEAREST);
+        auto recorder = std::make_shared<Recorder>();
+        qrngl::PickingHelper::pick(canvas, filter, recorder, 0, x, y, size);
+        EXPECT_EQ(recorder->calls, 1);
+        return recorder->names.empty() ? EntityNames::Entity()
+                                       : doc.topology->resolve(recorder->names.front());
+    }
+    std::set<unsigned int> boxPick(int x0, int y0, int x1, int y1, unsigned short type) {
+        auto filter = std::make_shared<qrngl::EntityFilter>(type, qrngl::EntityFilter::ALL);
+        auto recorder = std::make_shared<Recorder>();
+        qrngl::PickingHelper::pickbox(doc.renderer, filter, recorder, 0, x0, y0, x1, y1);
+        return std::set<unsigned int>(recorder->names.begin(), recorder->names.end());
+    }
+    unsigned int name(int node, unsigned kind, int index) const {
+        return doc.topology->name(node, kind, index);
+    }
+
+    TestDocument doc;
+    int a = -1, b = -1;
+    std::shared_ptr<qrngl::IPickCanvas> canvas;
+};
+
+void expectEntity(const EntityNames::Entity& e, int node, unsigned kind, int index) {
+    EXPECT_EQ(e.node, node);
+    EXPECT_EQ(e.kind, kind);
+    EXPECT_EQ(e.index, index);
+}
+
+TEST_P(PickingGLTest, APixelGivesTheFaceEdgeOrVertexDrawnThere) {
+    // Front faces (+z is face 4), the nearer one where they overlap, nothing beside them.
+    expectEntity(pickAt(80, 60, 1), a, EntityNames::FACE, 4);
+    expectEntity(pickAt(110, 60, 1), b, EntityNames::FACE, 4);
+    expectEntity(pickAt(92, 60, 1), a, EntityNames::FACE, 4);
+    EXPECT_FALSE(pickAt(150, 10, 7).valid());
+    EXPECT_FALSE(pickAt(80, 60, 2).valid()) << "no edge within reach of the middle of A";
+
+    // Edges and vertices when asked for: A's top front edge (+z, from corner 6 to 7: edge 6),
+    // its top-left front corner (vertex 6).
+    expectEntity(pickAt(80, 46, 2), a, EntityNames::EDGE, 6);
+    expectEntity(pickAt(66, 46, 4), a, EntityNames::POINT, 6);
+    EXPECT_NO_GL_ERROR();
+}
+
+TEST_P(PickingGLTest, AnEdgeNearTheCursorWinsOverTheFaceUnderIt) {
+    if (GetParam() == SELECTION)
+        GTEST_SKIP() << "the preference belongs to the colour-id canvases";
+    expectEntity(pickAt(80, 47, 3), a, EntityNames::EDGE, 6);
+    expectEntity(pickAt(80, 60, 3), a, EntityNames::FACE, 4);
+    // The vertex of B hidden behind A is not seen; A's face is.
+    expectEntity(pickAt(88, 56, 1), a, EntityNames::FACE, 4);
+}
+
+TEST_P(PickingGLTest, ABoxPickReturnsTheEntitiesInside) {
+    // Left part of A: its face and its top, bottom and left front edges; not its right edge,
+    // not B, which lies hidden behind A up to x = 95.
+    const std::set<unsigned int> visible{
+        name(a, EntityNames::FACE, 4), name(a, EntityNames::EDGE, 4), name(a, EntityNames::EDGE, 6),
+        name(a, EntityNames::EDGE, 7)};
+    auto got = boxPick(60, 40, 93, 80, 3);
+    if (GetParam() == SELECTION) {
+        // The selection buffer sees through: hidden B and A's back are in it as well.
+        for (unsigned int n : visible)
+            EXPECT_TRUE(got.count(n)) << std::hex << n;
+        EXPECT_TRUE(got.count(name(b, EntityNames::FACE, 4)));
+    } else {
+        EXPECT_EQ(got, visible);
+        // The same rectangle dragged the other way round.
+        EXPECT_EQ(boxPick(93, 80, 60, 40, 3), visible);
+    }
+    EXPECT_NO_GL_ERROR();
+}
+
+TEST_P(PickingGLTest, APickLeavesTheFrameAndTheStateAsTheyWere) {
+    auto frame = std::make_shared<qrngl::Canvas>(context, doc.document);
+    frame->OnSize(0, 0, width(), height());
+    auto draw = [&] {
+        frame->Invalidate();
+        frame->OnDraw();
+        context->activate();
+        std::vector<Rgba> pixels;
+        for (unsigned y = 0; y < height(); y += 3)
+            for (unsigned x = 0; x < width(); x += 3)
+                pixels.push_back(pixel(x, y));
+        return pixels;
+    };
+    const auto before = draw();
+    glEnable(GL_BLEND);
+    glEnable(GL_LIGHTING);
+    glClearColor(0.25f, 0.5f, 0.75f, 1.0f);
+    GLint binding = -1, viewport[4] = {0, 0, 0, 0};
+    glGetIntegerv(GL_FRAMEBUFFER_BINDING, &binding);
+
+    expectEntity(pickAt(80, 60, 1), a, EntityNames::FACE, 4);
+    boxPick(10, 10, 150, 110, 7);
+    context->activate();
+    EXPECT_TRUE(glIsEnabled(GL_BLEND));
+    EXPECT_TRUE(glIsEnabled(GL_LIGHTING));
+    GLfloat clear[4];
+    glGetFloatv(GL_COLOR_CLEAR_VALUE, clear);
+    EXPECT_FLOAT_EQ(clear[2], 0.75f);
+    GLint after = -2;
+    glGetIntegerv(GL_FRAMEBUFFER_BINDING, &after);
+    EXPECT_EQ(after, binding);
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    EXPECT_EQ(viewport[2], static_cast<GLint>(width()));
+    glDisable(GL_BLEND);
+    glDisable(GL_LIGHTING);
+    EXPECT_NO_GL_ERROR();
+    EXPECT_TRUE(draw() == before) << "the frame after the pick differs";
+}
+
+INSTANTIATE_TEST_SUITE_P(Canvases, PickingGLTest, ::testing::Values(SELECTION, RBO, PBO),
+                         [](const ::testing::TestParamInfo<Kind>& info) {
+                             return std::string(info.param == SELECTION ? "Selection"
+                                                : info.param == RBO     ? "RenderBuffer"
+                                                                        : "PixelBuffer");
+                         });
+
+} // namespace
+} // namespace qrntest
