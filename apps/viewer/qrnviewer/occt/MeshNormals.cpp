@@ -1,6 +1,11 @@
 #include "qrnviewer/occt/MeshNormals.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <unordered_map>
 
 namespace qrnviewer {
 
@@ -23,7 +28,132 @@ Vec3 unitOr(const Vec3& v, const Vec3& fallback) {
     return l > 0.0f && std::isfinite(l) ? v / l : fallback;
 }
 
+// Disjoint sets of triangles.
+struct Sets {
+    explicit Sets(std::size_t n) : parent(n) {
+        for (std::size_t i = 0; i < n; ++i)
+            parent[i] = static_cast<unsigned int>(i);
+    }
+    unsigned int find(unsigned int i) {
+        while (parent[i] != i)
+            i = parent[i] = parent[parent[i]];
+        return i;
+    }
+    void join(unsigned int a, unsigned int b) { parent[find(a)] = find(b); }
+    std::vector<unsigned int> parent;
+};
+
+struct PointKeyHash {
+    std::size_t operator()(const std::array<std::uint32_t, 3>& k) const {
+        return (k[0] * 73856093u) ^ (k[1] * 19349663u) ^ (k[2] * 83492791u);
+    }
+};
+
+// One id per place: mesh formats repeat a point where its normal or texture coordinate
+// changes, which must not cut a region.
+std::vector<unsigned int> weld(const std::vector<Vec3>& points) {
+    std::unordered_map<std::array<std::uint32_t, 3>, unsigned int, PointKeyHash> ids;
+    ids.reserve(points.size());
+    std::vector<unsigned int> out(points.size());
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        std::array<std::uint32_t, 3> key{};
+        for (int c = 0; c < 3; ++c) {
+            const float v = points[i][c] + 0.0f; // -0 as 0
+            std::memcpy(&key[static_cast<std::size_t>(c)], &v, sizeof v);
+        }
+        out[i] = ids.emplace(key, static_cast<unsigned int>(ids.size())).first->second;
+    }
+    return out;
+}
+
 } // namespace
+
+MeshNormals::Regions MeshNormals::regions(const std::vector<Vec3>& points,
+                                          const std::vector<unsigned int>& indices,
+                                          float creaseAngle) {
+    std::vector<unsigned int> triangles; // valid ones, by their first index
+    for (std::size_t t = 0; t + 2 < indices.size(); t += 3)
+        if (valid(points, &indices[t]))
+            triangles.push_back(static_cast<unsigned int>(t));
+    const std::size_t n = triangles.size();
+    std::vector<Vec3> unit(n);
+    for (std::size_t i = 0; i < n; ++i)
+        unit[i] = unitOr(areaNormal(points, &indices[triangles[i]]), Vec3());
+
+    // Triangles by the edges they have, an edge named by its two welded ends.
+    const std::vector<unsigned int> place = weld(points);
+    std::vector<std::pair<std::uint64_t, unsigned int>> edges;
+    edges.reserve(n * 3);
+    for (std::size_t i = 0; i < n; ++i)
+        for (unsigned int c = 0; c < 3; ++c) {
+            std::uint64_t a = place[indices[triangles[i] + c]];
+            std::uint64_t b = place[indices[triangles[i] + (c + 1) % 3]];
+            if (a != b)
+                edges.emplace_back(std::min(a, b) << 32 | std::max(a, b),
+                                   static_cast<unsigned int>(i));
+        }
+    std::sort(edges.begin(), edges.end());
+
+    // Across flat enough edges; triangles without area take a neighbour's region, as they have
+    // no normal to judge by, and only then one another's.
+    const float cosCrease = std::cos(creaseAngle);
+    const auto flat = [&](unsigned int a) { return unit[a].lengthSquared() > 0.5f; };
+    Sets sets(n);
+    std::vector<char> placed(n);
+    for (std::size_t i = 0; i < n; ++i)
+        placed[i] = flat(static_cast<unsigned int>(i)) ? 1 : 0;
+    const auto eachShared = [&](auto&& visit) {
+        for (std::size_t r = 0; r < edges.size();) {
+            std::size_t end = r + 1;
+            while (end < edges.size() && edges[end].first == edges[r].first)
+                ++end;
+            for (std::size_t i = r; i < end; ++i)
+                for (std::size_t j = i + 1; j < end; ++j)
+                    visit(edges[i].second, edges[j].second);
+            r = end;
+        }
+    };
+    eachShared([&](unsigned int a, unsigned int b) {
+        if (flat(a) && flat(b) && unit[a].dot(unit[b]) >= cosCrease)
+            sets.join(a, b);
+    });
+    for (bool changed = true; changed;) {
+        changed = false;
+        eachShared([&](unsigned int a, unsigned int b) {
+            if (placed[a] != placed[b]) {
+                sets.join(placed[a] ? b : a, placed[a] ? a : b);
+                placed[a] = placed[b] = 1;
+                changed = true;
+            }
+        });
+    }
+    eachShared([&](unsigned int a, unsigned int b) {
+        if (!placed[a] && !placed[b])
+            sets.join(a, b);
+    });
+
+    // Regions in order of their first triangle, each keeping its triangles' order.
+    std::vector<unsigned int> regionOf(n), regionIndex(n, ~0u);
+    Regions out;
+    for (std::size_t i = 0; i < n; ++i) {
+        unsigned int& r = regionIndex[sets.find(static_cast<unsigned int>(i))];
+        if (r == ~0u) {
+            r = static_cast<unsigned int>(out.sizes.size());
+            out.sizes.push_back(0);
+        }
+        regionOf[i] = r;
+        ++out.sizes[r];
+    }
+    std::vector<unsigned int> next(out.sizes.size(), 0);
+    for (std::size_t r = 1; r < next.size(); ++r)
+        next[r] = next[r - 1] + out.sizes[r - 1];
+    out.indices.resize(n * 3);
+    for (std::size_t i = 0; i < n; ++i) {
+        const std::size_t to = std::size_t(next[regionOf[i]]++) * 3;
+        std::copy_n(&indices[triangles[i]], 3, &out.indices[to]);
+    }
+    return out;
+}
 
 std::vector<Vec3> MeshNormals::smooth(const std::vector<Vec3>& points,
                                       const std::vector<unsigned int>& indices) {

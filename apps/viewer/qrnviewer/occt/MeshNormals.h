@@ -10,6 +10,17 @@ namespace qrnviewer {
 // Vertex normals for triangles that come without them (mesh formats, faces with no surface).
 class MeshNormals {
 public:
+    static constexpr float kCreaseAngle = 0.7f; // radians
+
+    // Triangles in smooth regions: those meeting across an edge flatter than the crease angle
+    // share one, points at the same place counting as one.
+    struct Regions {
+        std::vector<unsigned int> indices; // the valid triangles, region by region
+        std::vector<unsigned int> sizes;   // triangles per region, regions in order of first use
+    };
+    static Regions regions(const std::vector<qrnmath::Vec3>& points,
+                           const std::vector<unsigned int>& indices,
+                           float creaseAngle = kCreaseAngle);
     // Per vertex, the area-weighted mean of the normals of the triangles around it.
     static std::vector<qrnmath::Vec3> smooth(const std::vector<qrnmath::Vec3>& points,
                                              const std::vector<unsigned int>& indices);
@@ -18,7 +29,7 @@ public:
     // repeated once per side.
     static void appendWithCreases(const std::vector<qrnmath::Vec3>& points,
                                   const std::vector<unsigned int>& indices, qrnsg::Mesh& mesh,
-                                  float creaseAngle = 0.7f);
+                                  float creaseAngle = kCreaseAngle);
 };
 
 } // namespace qrnviewer

@@ -11,10 +11,12 @@
 #include "qrnviewer/occt/PmiImporter.h"
 
 #include <BRepAdaptor_Curve.hxx>
+#include <BRepAdaptor_Surface.hxx>
 #include <BRepBndLib.hxx>
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRep_Tool.hxx>
 #include <Bnd_Box.hxx>
+#include <GCPnts_AbscissaPoint.hxx>
 #include <GCPnts_TangentialDeflection.hxx>
 #include <GeomLProp_SLProps.hxx>
 #include <Geom_Surface.hxx>
@@ -38,6 +40,7 @@
 #include <TopoDS.hxx>
 #include <TopoDS_Edge.hxx>
 #include <TopoDS_Face.hxx>
+#include <TopoDS_Vertex.hxx>
 #include <XCAFDoc_ColorTool.hxx>
 #include <XCAFDoc_DocumentTool.hxx>
 #include <XCAFDoc_ShapeTool.hxx>
@@ -60,6 +63,7 @@ namespace {
 using qrnmath::Mat4;
 using qrnmath::MatrixUtils;
 using qrnmath::Vec3;
+using qrnsg::PartEntities;
 
 // A surface colour as the viewer draws it (display RGB), with alpha.
 struct Colour {
@@ -143,6 +147,87 @@ Vec3 toVec3(const gp_XYZ& p) {
     return Vec3(static_cast<float>(p.X()), static_cast<float>(p.Y()), static_cast<float>(p.Z()));
 }
 
+// Kept faces by their index among the part's face entities.
+using FaceIndex = NCollection_DataMap<TopoDS_Shape, int, TopTools_ShapeMapHasher>;
+
+// The analytic surface under a face, in the frame of its triangulation, facing outwards.
+PartEntities::Surface surfaceOf(const TopoDS_Face& face) {
+    PartEntities::Surface out;
+    TopLoc_Location loc;
+    if (BRep_Tool::Surface(face, loc).IsNull())
+        return out;
+    out.type = PartEntities::Surface::OTHER;
+    const BRepAdaptor_Surface s(face, Standard_False);
+    const auto axis = [&out](const gp_Ax1& a) {
+        out.origin = toVec3(a.Location().XYZ());
+        out.axis = toVec3(a.Direction().XYZ());
+    };
+    switch (s.GetType()) {
+    case GeomAbs_Plane: {
+        const gp_Ax3 p = s.Plane().Position();
+        // The parametric normal flips with the face and with a mirroring placement.
+        gp_Dir n = p.XDirection().Crossed(p.YDirection());
+        if ((face.Orientation() == TopAbs_REVERSED) !=
+            (loc.Transformation().VectorialPart().Determinant() < 0.0))
+            n.Reverse();
+        out.type = PartEntities::Surface::PLANE;
+        out.origin = toVec3(p.Location().XYZ());
+        out.axis = toVec3(n.XYZ());
+        break;
+    }
+    case GeomAbs_Cylinder:
+        out.type = PartEntities::Surface::CYLINDER;
+        axis(s.Cylinder().Axis());
+        out.radius = static_cast<float>(s.Cylinder().Radius());
+        break;
+    case GeomAbs_Cone:
+        out.type = PartEntities::Surface::CONE;
+        axis(s.Cone().Axis());
+        out.radius = static_cast<float>(s.Cone().RefRadius());
+        out.halfAngle = static_cast<float>(s.Cone().SemiAngle());
+        break;
+    case GeomAbs_Sphere:
+        out.type = PartEntities::Surface::SPHERE;
+        axis(s.Sphere().Position().Axis());
+        out.radius = static_cast<float>(s.Sphere().Radius());
+        break;
+    case GeomAbs_Torus:
+        out.type = PartEntities::Surface::TORUS;
+        axis(s.Torus().Axis());
+        out.radius = static_cast<float>(s.Torus().MajorRadius());
+        out.minorRadius = static_cast<float>(s.Torus().MinorRadius());
+        break;
+    default:
+        break;
+    }
+    return out;
+}
+
+// The edge's curve in the part's frame; from the strip drawn where it has none.
+PartEntities::Curve curveOf(const TopoDS_Edge& edge, const std::vector<Vec3>& strip) {
+    PartEntities::Curve out;
+    for (std::size_t i = 1; i < strip.size(); ++i)
+        out.length += strip[i].distance(strip[i - 1]);
+    if (!BRep_Tool::IsGeometric(edge))
+        return out;
+    const BRepAdaptor_Curve c(edge);
+    out.type = PartEntities::Curve::OTHER;
+    out.length = static_cast<float>(GCPnts_AbscissaPoint::Length(c));
+    if (c.GetType() == GeomAbs_Line) {
+        out.type = PartEntities::Curve::LINE;
+        out.origin = toVec3(c.Value(c.FirstParameter()).XYZ());
+        out.axis = toVec3(c.Line().Direction().XYZ());
+    } else if (c.GetType() == GeomAbs_Circle) {
+        const gp_Circ circle = c.Circle();
+        const bool full = c.LastParameter() - c.FirstParameter() >= c.Period() - 1e-9;
+        out.type = full ? PartEntities::Curve::CIRCLE : PartEntities::Curve::ARC;
+        out.origin = toVec3(circle.Location().XYZ());
+        out.axis = toVec3(circle.Axis().Direction().XYZ());
+        out.radius = static_cast<float>(circle.Radius());
+    }
+    return out;
+}
+
 struct FaceInfo {
     TopoDS_Face face;
     Colour colour; // its own, or of a sub-shape holding it; unset takes the instance's colour
@@ -157,7 +242,11 @@ struct ShapeInfo {
     bool inherits = false;       // some face takes its colour from the instance
     bool triangulated = true;    // every face already holds a triangulation
     Bnd_Box box;
+    // Made with the first part of the shape: the same for every colouring of it.
+    bool topologyMade = false;
     qrnsg::Polyline edges;
+    std::vector<PartEntities::Edge> edgeEntities;
+    std::vector<Vec3> vertices;
 };
 
 struct PendingNode {
@@ -438,6 +527,7 @@ private:
         part.name =
             info.name.empty() ? L"Part " + std::to_wstring(m_model.parts.size() + 1) : info.name;
         std::map<int, std::size_t> meshOf; // material to mesh
+        FaceIndex faceIndex;
         for (const FaceInfo& face : info.faces) {
             const int material = materialIndex(face.colour.set ? face.colour : instanceColour);
             auto found = meshOf.find(material);
@@ -446,33 +536,63 @@ private:
                 part.meshes.emplace_back();
                 part.meshMaterials.push_back(material);
             }
+            qrnsg::Mesh& mesh = part.meshes[found->second];
+            auto first = static_cast<unsigned int>(mesh.triangleCount());
+            std::vector<unsigned int> sizes;
             try {
-                appendFace(face.face, part.meshes[found->second]);
+                sizes = appendFace(face.face, mesh);
             } catch (const Standard_Failure&) {
                 // a face that cannot be tessellated is left out
             }
+            PartEntities::Surface surface;
+            if (sizes.size() == 1) {
+                if (!faceIndex.IsBound(face.face))
+                    faceIndex.Bind(face.face, static_cast<int>(part.entities.faces.size()));
+                try {
+                    surface = surfaceOf(face.face);
+                } catch (const Standard_Failure&) {
+                    surface.type = PartEntities::Surface::OTHER;
+                }
+            }
+            for (unsigned int size : sizes) {
+                part.entities.faces.push_back(
+                    {static_cast<int>(found->second), first, size, surface});
+                first += size;
+            }
         }
         // Materials whose faces gave no triangles are dropped again.
+        std::vector<int> meshIndex(part.meshes.size());
         for (std::size_t m = part.meshes.size(); m-- > 0;) {
+            meshIndex[m] = static_cast<int>(m);
             if (part.meshes[m].indices.empty()) {
                 part.meshes.erase(part.meshes.begin() + static_cast<std::ptrdiff_t>(m));
                 part.meshMaterials.erase(part.meshMaterials.begin() +
                                          static_cast<std::ptrdiff_t>(m));
+                for (std::size_t later = m + 1; later < meshIndex.size(); ++later)
+                    --meshIndex[later];
             }
         }
+        for (PartEntities::Face& face : part.entities.faces)
+            face.mesh = meshIndex[static_cast<std::size_t>(face.mesh)];
+        if (!info.topologyMade) {
+            makeTopology(info, faceIndex);
+            info.topologyMade = true;
+        }
+        part.entities.vertices = info.vertices;
         if (m_options.edges) {
-            if (info.edges.points.empty())
-                info.edges = makeEdges(info.shape);
             part.edges = info.edges;
+            part.entities.edges = info.edgeEntities;
         }
         return part;
     }
 
-    void appendFace(const TopoDS_Face& face, qrnsg::Mesh& mesh) const {
+    // Triangles per face entity appended: one for a face with a surface; one per smooth
+    // region for bare triangles, which have no faces of their own to tell them apart.
+    std::vector<unsigned int> appendFace(const TopoDS_Face& face, qrnsg::Mesh& mesh) const {
         TopLoc_Location loc;
         const Handle(Poly_Triangulation)& tri = BRep_Tool::Triangulation(face, loc);
         if (tri.IsNull() || tri->NbNodes() < 3 || tri->NbTriangles() < 1)
-            return;
+            return {};
         const gp_Trsf trsf = loc.Transformation();
         const bool reversed = face.Orientation() == TopAbs_REVERSED;
         const bool mirrored = trsf.VectorialPart().Determinant() < 0.0;
@@ -495,7 +615,15 @@ private:
             indices.push_back(static_cast<unsigned int>(c - 1));
         }
         if (indices.empty())
-            return;
+            return {};
+        TopLoc_Location surfaceLoc;
+        const Handle(Geom_Surface) surface = BRep_Tool::Surface(face, surfaceLoc);
+        std::vector<unsigned int> sizes{static_cast<unsigned int>(indices.size() / 3)};
+        if (surface.IsNull()) {
+            MeshNormals::Regions regions = MeshNormals::regions(points, indices);
+            indices = std::move(regions.indices);
+            sizes = std::move(regions.sizes);
+        }
 
         std::vector<Vec3> normals;
         if (tri->HasNormals()) {
@@ -507,14 +635,10 @@ private:
                 normals[static_cast<std::size_t>(i - 1)] = toVec3(n.XYZ());
             }
         } else {
-            TopLoc_Location surfaceLoc;
-            Handle(Geom_Surface) surface;
-            if (tri->HasUVNodes())
-                surface = BRep_Tool::Surface(face, surfaceLoc);
-            if (surface.IsNull()) {
+            if (surface.IsNull() || !tri->HasUVNodes()) {
                 // Only triangles (a mesh format): sharp edges stay sharp.
                 MeshNormals::appendWithCreases(points, indices, mesh);
-                return;
+                return sizes;
             }
             // From the surface, where it has a normal; else from the triangles around.
             normals = MeshNormals::smooth(points, indices);
@@ -536,12 +660,21 @@ private:
         mesh.normals.insert(mesh.normals.end(), normals.begin(), normals.end());
         for (unsigned int i : indices)
             mesh.indices.push_back(base + i);
+        return sizes;
     }
 
-    // One strip per edge: from the edge's own polygon, the polygon on a face's triangulation,
-    // or else its curve discretised with the meshing tolerances.
-    qrnsg::Polyline makeEdges(const TopoDS_Shape& shape) const {
-        qrnsg::Polyline out;
+    // The shape's vertices, and with edges asked for, one strip per edge: from the edge's own
+    // polygon, the polygon on a face's triangulation, or else its curve discretised with the
+    // meshing tolerances.
+    void makeTopology(ShapeInfo& info, const FaceIndex& faceIndex) const {
+        const TopoDS_Shape& shape = info.shape;
+        TopTools_IndexedMapOfShape vertices;
+        TopExp::MapShapes(shape, TopAbs_VERTEX, vertices);
+        for (int v = 1; v <= vertices.Extent(); ++v)
+            info.vertices.push_back(toVec3(BRep_Tool::Pnt(TopoDS::Vertex(vertices(v))).XYZ()));
+        if (!m_options.edges)
+            return;
+        qrnsg::Polyline& out = info.edges;
         TopTools_IndexedMapOfShape edges;
         TopExp::MapShapes(shape, TopAbs_EDGE, edges);
         TopTools_IndexedDataMapOfShapeListOfShape faces;
@@ -592,9 +725,28 @@ private:
             } catch (const Standard_Failure&) {
                 strip.clear(); // an edge without usable geometry is left out
             }
+            if (strip.size() < 2)
+                continue;
+            PartEntities::Edge entity;
+            entity.strip = static_cast<unsigned int>(out.stripCount());
             out.addStrip(strip);
+            try {
+                entity.curve = curveOf(edge, strip);
+            } catch (const Standard_Failure&) {
+                entity.curve = PartEntities::Curve(); // drawn, but of no known curve
+            }
+            TopoDS_Vertex first, last;
+            TopExp::Vertices(edge, first, last);
+            entity.vertices[0] = first.IsNull() ? -1 : vertices.FindIndex(first) - 1;
+            entity.vertices[1] = last.IsNull() ? -1 : vertices.FindIndex(last) - 1;
+            int bounded = 0;
+            if (const TopTools_ListOfShape* owners = faces.Seek(edge))
+                for (TopTools_ListOfShape::Iterator f(*owners); f.More() && bounded < 2; f.Next())
+                    if (const int* index = faceIndex.Seek(f.Value()))
+                        if (bounded == 0 || entity.faces[0] != *index)
+                            entity.faces[bounded++] = *index;
+            info.edgeEntities.push_back(entity);
         }
-        return out;
     }
 
     // Each percentage once: a model of many parts would flood the status otherwise.
