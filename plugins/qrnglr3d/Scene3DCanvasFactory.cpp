@@ -3,6 +3,7 @@
 #include "qrngl/SCRenderer.h"
 #include "qrngl/frame/Canvas.h"
 #include "qrngl/frame/PrintCanvas.h"
+#include "qrngl/picking/PBOPickCanvas.h"
 #include "qrnglr3d/SceneOptimizer.h"
 #include "qrnsg/SCInfo.h"
 #include "qrnsg/SCScene.h"
@@ -25,9 +26,10 @@ Scene3DCanvasFactory::createCanvas(std::shared_ptr<qrngl::IRenderContext> contex
 }
 
 std::shared_ptr<qrngl::IPickCanvas>
-Scene3DCanvasFactory::createPickCanvas(std::shared_ptr<qrngl::IRenderContext>,
-                                       std::shared_ptr<qrn::IDocument>) {
-    return nullptr;
+Scene3DCanvasFactory::createPickCanvas(std::shared_ptr<qrngl::IRenderContext> context,
+                                       std::shared_ptr<qrn::IDocument> document) {
+    // Reads the whole view once and answers hover picks from it until the view changes.
+    return std::make_shared<qrngl::PBOPickCanvas>(std::move(context), std::move(document));
 }
 
 std::shared_ptr<qrnsg::IActionFunctor>

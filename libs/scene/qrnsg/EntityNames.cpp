@@ -48,6 +48,13 @@ EntityNames::Entity EntityNames::resolve(unsigned name) const {
         entity.index = static_cast<int>(number);
         return entity;
     }
+    if (kind == PART) {
+        if (number < m_counts.size()) {
+            entity.kind = kind;
+            entity.node = static_cast<int>(number);
+        }
+        return entity;
+    }
     if (kind < POINT || kind > FACE)
         return entity;
     const auto& owners = m_blockOwner[kind];

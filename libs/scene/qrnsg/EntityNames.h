@@ -14,23 +14,28 @@ namespace qrnsg {
 // colour buffer reads 0).
 //
 // Kinds: 2 a vertex, 3 an edge, 4 a face, 1 an edge-like polyline that belongs to no part
-// (a PMI item's lines), whose low bits are its primitive id.
+// (a PMI item's lines), whose low bits are its primitive id, and 5 a whole placed part,
+// whose low bits are its node.
 class QRNSG_EXPORT EntityNames {
 public:
-    enum Kind : unsigned { NONE = 0, EDGE_LIKE = 1, POINT = 2, EDGE = 3, FACE = 4 };
+    enum Kind : unsigned { NONE = 0, EDGE_LIKE = 1, POINT = 2, EDGE = 3, FACE = 4, PART = 5 };
     enum : unsigned { KIND_SHIFT = 28, NUMBER_MASK = 0x0FFFFFFFu, BLOCK_SHIFT = 8 };
     using Counts = std::array<unsigned, 5>; // entities per kind, indexed by kind
 
     struct Entity {
         unsigned kind = NONE;
         int node = -1;  // the placed part's node; -1 for an edge-like entity
-        int index = -1; // within the part; the primitive id for an edge-like entity
+        int index = -1; // within the part; the primitive id for an edge-like entity; -1 for
+                        // a whole part
         bool valid() const { return kind != NONE; }
     };
 
     static unsigned kindOf(unsigned name) { return name >> KIND_SHIFT; }
     static unsigned edgeLike(int primitiveId) {
         return (EDGE_LIKE << KIND_SHIFT) | (static_cast<unsigned>(primitiveId) & NUMBER_MASK);
+    }
+    static unsigned part(int node) {
+        return (PART << KIND_SHIFT) | (static_cast<unsigned>(node) & NUMBER_MASK);
     }
 
     // Numbers the entities of every node (counts per kind; zero for a node without a part).

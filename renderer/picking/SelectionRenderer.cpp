@@ -1,0 +1,120 @@
+#include "qrngl/picking/SelectionRenderer.h"
+
+#include "qrngl/GL.h"
+#include "qrngl/SCStripRenderer.h"
+#include "qrnglutils/ScopedTransform.h"
+#include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCSceneTopo.h"
+#include "qrnsgutils/InstanceWalker.h"
+
+namespace qrngl {
+
+using qrnsg::EntityNames;
+using qrnsgutils::InstanceWalker;
+
+namespace {
+const float kSelected[3] = {1.0f, 0.45f, 0.0f};
+const float kHovered[3] = {0.2f, 0.7f, 1.0f};
+} // namespace
+
+SelectionRenderer::SelectionRenderer(std::shared_ptr<qrn::IDocument> document,
+                                     std::shared_ptr<SelectionSet> set)
+    : m_document(std::move(document)), m_set(std::move(set)) {}
+
+void SelectionRenderer::render() const {
+    if (!m_document || !m_set || (m_set->selected().empty() && m_set->hovered() == 0))
+        return;
+    glPushAttrib(GL_ENABLE_BIT | GL_CURRENT_BIT | GL_LINE_BIT | GL_POINT_BIT | GL_POLYGON_BIT |
+                 GL_DEPTH_BUFFER_BIT | GL_COLOR_BUFFER_BIT);
+    glDisable(GL_LIGHTING);
+    glDisable(GL_TEXTURE_2D);
+    glEnable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LEQUAL);
+    glDepthMask(GL_FALSE);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    // Tints lie on the faces they mark, edges and dots on top of them.
+    glEnable(GL_POLYGON_OFFSET_FILL);
+    glPolygonOffset(-1.0f, -1.0f);
+    glLineWidth(3.0f);
+    for (unsigned int name : m_set->selected())
+        if (name != m_set->hovered())
+            draw(name, kSelected);
+    if (m_set->hovered() != 0)
+        draw(m_set->hovered(), kHovered);
+    glPopAttrib();
+}
+
+void SelectionRenderer::draw(unsigned int name, const float colour[3]) const {
+    auto topology = std::dynamic_pointer_cast<qrnsg::SCSceneTopo>(
+        m_document->getSchema(qrnsg::SCHEMA_SCENE_TOPO));
+    auto rt =
+        std::dynamic_pointer_cast<qrnsg::SCSceneRT>(m_document->getSchema(qrnsg::SCHEMA_SCENE_RT));
+    auto strips = std::dynamic_pointer_cast<SCStripRenderer>(
+        m_document->getSchema(qrnsg::SCHEMA_STRIP_RENDERER));
+    if (!topology || !rt || !strips)
+        return;
+    const EntityNames::Entity entity = topology->resolve(name);
+    const auto* part = topology->partOf(entity.node);
+    if (!part)
+        return;
+    const auto& node = topology->nodes[static_cast<std::size_t>(entity.node)];
+    InstanceWalker::Instance instance;
+    auto shown = [&](const qrnsg::RTState& state, const std::vector<int>& ids, std::size_t at,
+                     std::size_t drawables) {
+        return at < ids.size() && InstanceWalker::visible(state, ids[at], drawables, instance);
+    };
+    using Range = IStripEntry::Range;
+    switch (entity.kind) {
+    case EntityNames::PART:
+        glColor4f(colour[0], colour[1], colour[2], 0.45f);
+        for (std::size_t m = 0; m < node.meshIds.size(); ++m)
+            if (shown(rt->meshes, node.meshIds, m, strips->meshes.size())) {
+                qrnglutils::ScopedTransform place(instance);
+                strips->meshes[static_cast<std::size_t>(instance.drawable)]->render();
+            }
+        glColor4f(colour[0], colour[1], colour[2], 1.0f);
+        if (shown(rt->polylines, node.polylineIds, 0, strips->polylines.size())) {
+            qrnglutils::ScopedTransform place(instance);
+            strips->polylines[static_cast<std::size_t>(instance.drawable)]->render();
+        }
+        break;
+    case EntityNames::FACE: {
+        const auto& face = part->entities.faces[static_cast<std::size_t>(entity.index)];
+        if (!shown(rt->meshes, node.meshIds, static_cast<std::size_t>(face.mesh),
+                   strips->meshes.size()))
+            break;
+        glColor4f(colour[0], colour[1], colour[2], 0.6f);
+        qrnglutils::ScopedTransform place(instance);
+        strips->meshes[static_cast<std::size_t>(instance.drawable)]->renderRanges(
+            {Range{face.firstTriangle, face.triangleCount}}, nullptr);
+        break;
+    }
+    case EntityNames::EDGE: {
+        if (!shown(rt->polylines, node.polylineIds, 0, strips->polylines.size()))
+            break;
+        glColor4f(colour[0], colour[1], colour[2], 1.0f);
+        qrnglutils::ScopedTransform place(instance);
+        strips->polylines[static_cast<std::size_t>(instance.drawable)]->renderRanges(
+            {Range{part->entities.edges[static_cast<std::size_t>(entity.index)].strip, 1}},
+            nullptr);
+        break;
+    }
+    case EntityNames::POINT: {
+        if (!shown(rt->points, node.pointIds, 0, strips->points.size()))
+            break;
+        glColor4f(colour[0], colour[1], colour[2], 1.0f);
+        qrnglutils::ScopedTransform place(instance);
+        glPointSize(9.0f);
+        // The entry sets its own size first; draw the dot at the highlight's size.
+        strips->points[static_cast<std::size_t>(instance.drawable)]->renderRanges(
+            {Range{static_cast<unsigned int>(entity.index), 1}},
+            [](std::size_t) { glPointSize(9.0f); });
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+} // namespace qrngl

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "qrn/IDocument.h"
+#include "qrngl/IPostRenderer.h"
+#include "qrngl/picking/SelectionSet.h"
+#include "qrngl/qrngl_export.h"
+
+#include <memory>
+
+namespace qrngl {
+
+// Draws the selected entities highlighted over the frame (faces tinted in the selection
+// colour, edges thicker, vertices as larger dots) and the hovered one in the pre-highlight
+// colour. Hidden parts show no highlight.
+class QRNGL_EXPORT SelectionRenderer : public IPostRenderer {
+public:
+    enum : short { ORDER = 10 };
+
+    SelectionRenderer(std::shared_ptr<qrn::IDocument> document, std::shared_ptr<SelectionSet> set);
+    void render() const override;
+    short order() const override { return ORDER; }
+
+private:
+    void draw(unsigned int name, const float colour[3]) const;
+
+    std::shared_ptr<qrn::IDocument> m_document;
+    std::shared_ptr<SelectionSet> m_set;
+};
+
+} // namespace qrngl
