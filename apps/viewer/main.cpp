@@ -15,6 +15,9 @@
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
+#include "qrngl/picking/SelectManipulator.h"
+#include "qrngl/picking/SelectionRenderer.h"
+#include "qrnviewer/EntityText.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -30,7 +33,8 @@ int main(int argc, char** argv) {
         std::printf("%s", qrnviewer::Options::usage().c_str());
         return 0;
     }
-    const bool window = options.snapshot.empty();
+    // --pick alone names what is there without a window or a picture.
+    const bool window = options.snapshot.empty() && options.picks.empty();
     std::string reason;
     if (window && !qrnviewer::ViewerWindow::displayAvailable(reason)) {
         std::fprintf(stderr,
@@ -96,11 +100,49 @@ int main(int argc, char** argv) {
     picture.height = options.height;
     picture.multisample = options.samples > 1;
     picture.transparent = options.transparent;
+    // Picks run on the picture's own context, in the initial view; what they take is drawn
+    // highlighted.
+    auto selection = std::make_shared<qrngl::SelectionSet>();
+    bool picked = true;
+    if (!options.picks.empty()) {
+        static const char* const kinds[] = {"part", "face", "edge", "vertex", "any"};
+        for (int k = 0; k < 5; ++k)
+            if (options.select == kinds[k])
+                selection->setMode(static_cast<qrngl::SelectionSet::Mode>(k));
+        renderer->addPostRenderer(std::make_shared<qrngl::SelectionRenderer>(document, selection));
+        picture.beforeFrame = [&](const std::shared_ptr<qrngl::IRenderContext>& context,
+                                  qrngl::ICanvasFactory& factory) {
+            auto canvas = factory.createPickCanvas(context, document);
+            if (!canvas || !canvas->OnCreate()) {
+                std::fprintf(stderr, "qrnview: the renderer plug-in cannot pick this document\n");
+                picked = false;
+                return;
+            }
+            canvas->OnSize(0, 0, options.width, options.height);
+            renderer->pickCanvas = canvas;
+            qrngl::SelectManipulator select(document, selection, nullptr);
+            for (const auto& p : options.picks) {
+                const unsigned int name = select.pickAt(p.first, p.second);
+                std::printf("qrnview: pick %d,%d: %s\n", p.first, p.second,
+                            qrnviewer::EntityText::describe(document, name).c_str());
+                if (name)
+                    selection->add({name});
+            }
+            std::fflush(stdout);
+            context->activate();
+            canvas->OnDestroy();
+            renderer->pickCanvas.reset();
+        };
+    }
     std::string how;
     if (!qrnviewer::Snapshot::write(document, picture, plugins, options.snapshot, error, &how)) {
         std::fprintf(stderr, "qrnview: %s\n", error.c_str());
         return 1;
     }
+    if (!picked)
+        return 1;
+    if (options.snapshot.empty())
+        return 0;
     std::printf("qrnview: wrote %s (%ux%u, %zu triangles in %zu instances; %s)\n",
                 options.snapshot.c_str(), options.width, options.height, model.triangleCount(),
                 model.instanceCount(), how.c_str());

@@ -13,7 +13,7 @@ using qrnsg::EntityNames;
 using qrnsgutils::InstanceWalker;
 
 namespace {
-const float kSelected[3] = {1.0f, 0.45f, 0.0f};
+const float kSelected[3] = {0.9f, 0.1f, 0.8f}; // apart from the usual part colours
 const float kHovered[3] = {0.2f, 0.7f, 1.0f};
 } // namespace
 
@@ -38,9 +38,9 @@ void SelectionRenderer::render() const {
     glPolygonOffset(-1.0f, -1.0f);
     glLineWidth(3.0f);
     for (unsigned int name : m_set->selected())
-        if (name != m_set->hovered())
-            draw(name, kSelected);
-    if (m_set->hovered() != 0)
+        draw(name, kSelected);
+    // What is selected already shows as such.
+    if (m_set->hovered() != 0 && !m_set->isSelected(m_set->hovered()))
         draw(m_set->hovered(), kHovered);
     glPopAttrib();
 }

@@ -3,9 +3,14 @@
 #include "qrngl/SCRenderer.h"
 #include "qrngl/interaction/GestureManipulator.h"
 #include "qrngl/interaction/ViewState.h"
+#include "qrngl/picking/HighlightManipulator.h"
+#include "qrngl/picking/SelectManipulator.h"
+#include "qrngl/picking/SelectionRenderer.h"
+#include "qrngl/picking/SelectionSet.h"
 #include "qrnplatform/Input.h"
 #include "qrnplatform/WindowTimer.h"
 #include "qrnsg/SCView.h"
+#include "qrnviewer/EntityText.h"
 #include "qrnviewer/MouseStyle.h"
 
 #include <algorithm>
@@ -51,7 +56,12 @@ const OperationKey kOperationKeys[] = {
     {'Z', qrngl::IEventInterpreter::ZOOM, "zoom"},
     {'B', qrngl::IEventInterpreter::ZOOMBOX, "zoom box"},
     {'S', qrngl::IEventInterpreter::SPIN, "spin"},
+    {'X', qrngl::IEventInterpreter::BOXSELECT, "box select"},
+    {'N', qrngl::IEventInterpreter::NORMALVIEW, "normal view (click a planar face)"},
 };
+
+const char* const kModeNames[] = {"parts", "faces", "edges", "vertices",
+                                  "faces, edges and vertices"};
 
 bool isMouseEvent(InputEvent::Kind kind) {
     return kind == InputEvent::BUTTON_DOWN || kind == InputEvent::BUTTON_UP ||
@@ -91,12 +101,19 @@ EventRouter::EventRouter(std::shared_ptr<qrn::IDocument> document, void* window,
     m_viewState = std::make_shared<qrngl::ViewState>(static_cast<qrngl::HWND>(m_window), m_document,
                                                      m_frame->getUpdater());
     m_gesture = std::make_shared<qrngl::GestureManipulator>(m_frame, m_viewState, m_cursor);
+    m_selection = std::make_shared<qrngl::SelectionSet>();
+    m_select = std::make_shared<qrngl::SelectManipulator>(m_document, m_selection, m_cursor);
+    m_highlight = std::make_shared<qrngl::HighlightManipulator>(m_select, m_selection, m_cursor);
+    m_selectionRenderer = std::make_shared<qrngl::SelectionRenderer>(m_document, m_selection);
     // Tools report changes they make outside an event (rubber band, spin) and hints.
     m_frame->updater()->addListener([this](const qrnui::Hint&) { m_repaint = true; });
     auto r = renderer();
     if (r) {
         r->updateNotifier = [this] { m_repaint = true; };
         r->addManipulator(m_gesture);
+        r->addManipulator(m_select);
+        r->addManipulator(m_highlight);
+        r->addPostRenderer(m_selectionRenderer);
     }
     setMouseStyle(r ? r->mouseStyle : 0);
 }
@@ -108,6 +125,9 @@ EventRouter::~EventRouter() {
         m_camera->init();
         r->removeManipulator(m_camera);
         r->removeManipulator(m_gesture);
+        r->removeManipulator(m_select);
+        r->removeManipulator(m_highlight);
+        r->removePostRenderer(m_selectionRenderer);
         r->updateNotifier = nullptr;
     }
 }
@@ -135,6 +155,10 @@ void EventRouter::setMouseStyle(int style) {
             r->removeManipulator(m_camera);
     }
     m_camera = std::make_shared<qrngl::CameraManipulator>(m_frame, m_viewState, m_cursor);
+    m_camera->setBoxSelectHandler([this](int x0, int y0, int x1, int y1, unsigned int flags) {
+        if (m_select->selectBox(x0, y0, x1, y1, flags))
+            m_repaint = true;
+    });
     if (keep)
         m_camera->setOperation(operation);
     if (r)
@@ -192,6 +216,21 @@ void EventRouter::route(const InputEvent& e) {
     if (m_camera->isSpinning() && WindowTimer::interval(m_window, SPIN_TIMER) == 0)
         WindowTimer::setTimer(m_window, SPIN_TIMER, qrngl::ViewState::TIMER_INTERVAL);
     recordFinishedAnimation();
+    reportSelection();
+}
+
+void EventRouter::reportSelection() {
+    if (m_selection->selected() == m_reported)
+        return;
+    m_reported = m_selection->selected();
+    if (m_reported.empty()) {
+        say("selection cleared");
+    } else if (m_reported.size() == 1) {
+        say("selected " + EntityText::describe(m_document, m_reported.front()));
+    } else {
+        say(std::to_string(m_reported.size()) + " selected; last " +
+            EntityText::describe(m_document, m_reported.back()));
+    }
 }
 
 FrameStatus EventRouter::routeToChain(const InputEvent& e, bool repeat) const {
@@ -285,6 +324,19 @@ void EventRouter::command(unsigned int key, bool repeat) {
             MouseStyle::bindings(style));
         break;
     }
+    case 'E': {
+        const auto mode = static_cast<qrngl::SelectionSet::Mode>((m_selection->mode() + 1) % 5);
+        m_selection->setMode(mode);
+        m_selection->setHovered(0);
+        m_repaint = true;
+        say(std::string("a click selects ") + kModeNames[mode]);
+        break;
+    }
+    case 'T':
+        m_selection->setSelectThrough(!m_selection->selectThrough());
+        say(m_selection->selectThrough() ? "box selection takes hidden entities too"
+                                         : "box selection takes what is seen");
+        break;
     case 'H':
     case VK_F1:
         say(keyHelp());
@@ -376,7 +428,10 @@ const char* EventRouter::keyHelp() {
     return "keys: 1-7 front, back, left, right, top, bottom, iso view\n"
            "      [ ] or PgUp, PgDn previous, next view; F or Home fit; arrows turn\n"
            "      M, Shift+M next, previous mouse convention\n"
-           "      left button: R rotate, P pan, Z zoom, B zoom box, S spin; Esc cancel\n"
+           "      left button: R rotate, P pan, Z zoom, B zoom box, S spin, X box select,\n"
+           "      N normal view; Esc cancel\n"
+           "      click selects (Shift, Ctrl add and toggle; empty space clears);\n"
+           "      E parts, faces, edges, vertices or all; T box selection through\n"
            "      Ctrl+Z undo, Ctrl+Y redo; H help; Q quit\n";
 }
 

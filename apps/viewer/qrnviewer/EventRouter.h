@@ -7,17 +7,23 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace qrngl {
 class GestureManipulator;
+class HighlightManipulator;
 class SCRenderer;
+class SelectManipulator;
+class SelectionRenderer;
+class SelectionSet;
 class ViewState;
 } // namespace qrngl
 
 namespace qrnviewer {
 
 // The host's side of interaction, apart from any window system: it sets up the tools of a
-// document (view state, camera and gesture manipulators in the renderer component's chain),
+// document (view state, camera, gesture, selection and highlight manipulators in the renderer
+// component's chain, the selection's highlight in the frame),
 // hands every input event down the chain, lowest order() first, each handler getting its
 // predecessor's status (gestures to the manipulators that take touch), runs the viewer's own key
 // commands when no tool took the key, and drives the timers that the window system does not
@@ -60,6 +66,8 @@ public:
     void* window() const { return m_window; }
     const std::shared_ptr<qrngl::CameraManipulator>& cameraManipulator() const { return m_camera; }
     const std::shared_ptr<HostFrame>& frame() const { return m_frame; }
+    const std::shared_ptr<qrngl::SelectionSet>& selection() const { return m_selection; }
+    const std::shared_ptr<qrngl::SelectManipulator>& selectManipulator() const { return m_select; }
 
     static const char* keyHelp();
 
@@ -75,6 +83,8 @@ private:
     // One undo step for a view animation, once it has ended or was stopped.
     void recordFinishedAnimation();
     void say(const std::string& text) const;
+    // Tells the user what is selected when that changed.
+    void reportSelection();
 
     std::shared_ptr<qrn::IDocument> m_document;
     void* m_window;
@@ -83,6 +93,11 @@ private:
     std::shared_ptr<qrngl::ViewState> m_viewState;
     std::shared_ptr<qrngl::GestureManipulator> m_gesture;
     std::shared_ptr<qrngl::CameraManipulator> m_camera;
+    std::shared_ptr<qrngl::SelectionSet> m_selection;
+    std::shared_ptr<qrngl::SelectManipulator> m_select;
+    std::shared_ptr<qrngl::HighlightManipulator> m_highlight;
+    std::shared_ptr<qrngl::SelectionRenderer> m_selectionRenderer;
+    std::vector<unsigned int> m_reported; // the selection last told
     std::shared_ptr<qrn::IState> m_beforeAnimation;
     bool m_repaint = true; // the first frame
     bool m_quit = false;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 namespace qrnviewer {
 
@@ -36,7 +37,7 @@ std::string viewList() {
 std::string Options::usage() {
     return "usage: qrnview [MODEL] [--snapshot OUT.png] [--size WxH] [--view VIEW]\n"
            "               [--samples 1|4] [--transparent] [--mouse CONVENTION]\n"
-           "               [--replay LOG] [--record LOG]\n"
+           "               [--replay LOG] [--record LOG] [--pick X,Y ...] [--select KIND]\n"
            "  MODEL        a STEP, IGES, BREP, glTF, OBJ or STL file; without one, the\n"
            "               built-in demo assembly\n"
            "  --snapshot   draw off screen and write the frame as a PNG; without it the\n"
@@ -53,6 +54,11 @@ std::string Options::usage() {
            " or 0-6 (default Qrn)\n"
            "  --replay     play an event log first (with --snapshot: the frame after it)\n"
            "  --record     write the window's input events as an event log\n"
+           "  --pick       name what lies at window pixel X,Y of the initial view (origin top\n"
+           "               left; repeatable); with --snapshot the picked entities are\n"
+           "               highlighted in the picture\n"
+           "  --select     what --pick takes: part, face, edge, vertex or any (default any:\n"
+           "               edges and vertices near the pixel before the face under it)\n"
            "In the window:\n" +
            EventRouter::keyHelp();
 }
@@ -110,6 +116,27 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
         } else if (arg == "--screenshot") {
             if (!value(o.screenshot))
                 return false;
+        } else if (arg == "--pick") {
+            std::string point;
+            if (!value(point))
+                return false;
+            int x = 0, y = 0;
+            char comma = 0, extra = 0;
+            if (std::sscanf(point.c_str(), "%d%c%d%c", &x, &comma, &y, &extra) != 3 ||
+                comma != ',' || x < 0 || y < 0) {
+                error = "bad pick point '" + point + "' (expected X,Y in pixels, e.g. 512,384)";
+                return false;
+            }
+            o.picks.emplace_back(x, y);
+        } else if (arg == "--select") {
+            if (!value(o.select))
+                return false;
+            static const char* const kinds[] = {"part", "face", "edge", "vertex", "any"};
+            if (std::find(std::begin(kinds), std::end(kinds), o.select) == std::end(kinds)) {
+                error = "unknown selection kind '" + o.select +
+                        "' (known: part, face, edge, vertex, any)";
+                return false;
+            }
         } else if (arg == "--view") {
             if (!value(o.view))
                 return false;
@@ -132,6 +159,13 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
         error = "--samples and --transparent go with --snapshot";
         return false;
     }
+    for (const auto& p : o.picks)
+        if (p.first >= static_cast<int>(o.width) || p.second >= static_cast<int>(o.height)) {
+            error = "pick point " + std::to_string(p.first) + "," + std::to_string(p.second) +
+                    " lies outside the " + std::to_string(o.width) + "x" +
+                    std::to_string(o.height) + " view";
+            return false;
+        }
     if (!o.snapshot.empty() && (!o.record.empty() || !o.screenshot.empty())) {
         error = "--record and --screenshot need the window, not --snapshot";
         return false;

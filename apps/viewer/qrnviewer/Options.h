@@ -1,6 +1,8 @@
 #pragma once
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace qrnviewer {
 
@@ -17,6 +19,8 @@ struct Options {
     std::string replay;       // event log to play before the first frame
     std::string record;       // event log to write (window only)
     std::string screenshot;   // window: write the frame after the replay here, close (tests)
+    std::vector<std::pair<int, int>> picks; // window pixels to name (and highlight), in order
+    std::string select = "any";             // what a --pick names: part, face, edge, vertex, any
     bool help = false;
 
     // False with a message in error for a command line that makes no sense.

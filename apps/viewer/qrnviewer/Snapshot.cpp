@@ -106,6 +106,10 @@ bool Snapshot::write(const std::shared_ptr<qrn::IDocument>& document, const Sett
     // With the context current, so that the drawables are uploaded before the frame.
     if (auto optimize = factory->createOptimizer(nullptr, document))
         (*optimize)();
+    if (settings.beforeFrame) {
+        settings.beforeFrame(context, *factory);
+        context->activate();
+    }
     print->OnDraw();
     qrnimage::Image image(settings.width, settings.height);
     const bool drawn =
@@ -130,7 +134,7 @@ bool Snapshot::write(const std::shared_ptr<qrn::IDocument>& document, const Sett
                                    "without multisampling"
                                  : "multisampling needs a pixel buffer on an X display, of at "
                                    "most the driver's pixel-buffer size; drawn without it");
-    return image.savePng(path, &error);
+    return path.empty() || image.savePng(path, &error);
 }
 
 bool Snapshot::write(const std::shared_ptr<qrn::IDocument>& document, unsigned int width,

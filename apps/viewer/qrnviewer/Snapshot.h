@@ -1,6 +1,10 @@
 #pragma once
 
 #include "qrn/IDocument.h"
+#include "qrngl/ICanvasFactory.h"
+#include "qrngl/IRenderContext.h"
+
+#include <functional>
 
 #include <memory>
 #include <string>
@@ -21,11 +25,14 @@ public:
         bool multisample = false;
         // Alpha 0 where the background shows.
         bool transparent = false;
+        // Runs with the context made and the view sized, before the frame (picks).
+        std::function<void(const std::shared_ptr<qrngl::IRenderContext>&, qrngl::ICanvasFactory&)>
+            beforeFrame;
     };
 
     // False with a reason in error when no plug-in draws the document, no context could be
-    // made or the file not written. how, when given, tells what drew it ("pixel buffer, 4
-    // samples").
+    // made or the file not written. An empty path draws the frame and writes nothing. how, when
+    // given, tells what drew it ("pixel buffer, 4 samples").
     static bool write(const std::shared_ptr<qrn::IDocument>& document, const Settings& settings,
                       const RendererPlugins& plugins, const std::string& path, std::string& error,
                       std::string* how = nullptr);

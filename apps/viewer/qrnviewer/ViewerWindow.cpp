@@ -1,5 +1,8 @@
 #include "qrnviewer/ViewerWindow.h"
 
+#include "qrngl/picking/PickCanvas.h"
+#include "qrngl/picking/SelectManipulator.h"
+
 #include "qrngl/Cursor.h"
 #include "qrngl/ICanvasFactory.h"
 #include "qrngl/SCRenderer.h"
@@ -205,8 +208,13 @@ bool ViewerWindow::open(const Settings& settings, std::string& error) {
     }
     auto renderer =
         std::dynamic_pointer_cast<qrngl::SCRenderer>(m_document->getSchema(qrnsg::SCHEMA_RENDERER));
-    if (renderer)
+    if (renderer) {
         renderer->canvases.push_back(m_canvas);
+        // Picks draw on the window's context, between frames.
+        renderer->pickCanvas = factory->createPickCanvas(m_context, m_document);
+        if (renderer->pickCanvas)
+            renderer->pickCanvas->OnCreate();
+    }
     m_canvas->OnCreate();
     // With the window's context current: the drawables are uploaded before the first frame.
     if (auto optimize = factory->createOptimizer(nullptr, m_document))
@@ -242,6 +250,9 @@ bool ViewerWindow::open(const Settings& settings, std::string& error) {
         std::fflush(stdout);
     });
     m_router->updateCursor();
+    // Box selection through hidden entities reads the selection buffer instead.
+    m_router->selectManipulator()->setSelectThroughCanvas(
+        std::make_shared<qrngl::PickCanvas>(m_context, m_document));
 
     if (!settings.record.empty()) {
         m_record.open(settings.record);
@@ -267,8 +278,16 @@ void ViewerWindow::close() {
     m_router.reset();
     if (m_canvas) {
         if (auto renderer = std::dynamic_pointer_cast<qrngl::SCRenderer>(
-                m_document->getSchema(qrnsg::SCHEMA_RENDERER)))
+                m_document->getSchema(qrnsg::SCHEMA_RENDERER))) {
             renderer->canvases.clear();
+            if (renderer->pickCanvas && m_context) {
+                // Its buffers belong to the window's context.
+                m_context->activate();
+                renderer->pickCanvas->OnDestroy();
+                m_context->deactivate();
+            }
+            renderer->pickCanvas.reset();
+        }
         m_canvas->OnDestroy();
         m_canvas.reset();
     }
@@ -430,6 +449,11 @@ void ViewerWindow::onFramebufferSize(GLFWwindow* window, int width, int height) 
     if (width <= 0 || height <= 0 || !w->m_canvas)
         return;
     w->m_canvas->OnSize(0, 0, static_cast<unsigned int>(width), static_cast<unsigned int>(height));
+    if (auto renderer = std::dynamic_pointer_cast<qrngl::SCRenderer>(
+            w->m_document->getSchema(qrnsg::SCHEMA_RENDERER)))
+        if (renderer->pickCanvas)
+            renderer->pickCanvas->OnSize(0, 0, static_cast<unsigned int>(width),
+                                         static_cast<unsigned int>(height));
     w->m_exposed = true;
 }
 

@@ -187,4 +187,40 @@ TEST_F(QrnviewProcessTest, RefusesAFileWithNoReadableGeometry) {
     EXPECT_FALSE(fs::exists(path("out.png")));
 }
 
+TEST_F(QrnviewProcessTest, PicksNameWhatLiesAtAPixelAndShowItHighlighted) {
+    // In the 320x240 iso view of the demo: a bolt's head, a bearing block's arc edge, nothing.
+    ProcessResult run = qrnview("--size 320x240 --pick 145,145 --pick 5,5 --select part");
+    ASSERT_EQ(run.exitCode, 0) << run.output;
+    EXPECT_NE(run.output.find("pick 145,145: part Bolt 1 (Bolt M8x16): 10 faces, 21 edges"),
+              std::string::npos)
+        << run.output;
+    EXPECT_NE(run.output.find("pick 5,5: nothing"), std::string::npos) << run.output;
+    run = qrnview("--size 320x240 --pick 145,145 --select face");
+    EXPECT_NE(run.output.find("pick 145,145: face "), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find(" of Bolt 1 (Bolt M8x16): planar face"), std::string::npos)
+        << run.output;
+
+    // With a picture, the picked part is drawn in the selection colour.
+    const auto tinted = [&](const std::string& args) {
+        ProcessResult r = qrnview("--size 320x240 --snapshot '" + path("p.png") + "' " + args);
+        EXPECT_EQ(r.exitCode, 0) << r.output;
+        qrnimage::Image image;
+        std::string error;
+        EXPECT_TRUE(qrnimage::Image::loadPng(path("p.png"), image, &error)) << error;
+        std::size_t count = 0;
+        for (unsigned y = 0; y < image.height(); ++y)
+            for (unsigned x = 0; x < image.width(); ++x) {
+                const std::uint8_t* p = image.pixel(x, y);
+                count += (p[0] > p[1] + 60 && p[2] > p[1] + 50) ? 1 : 0;
+            }
+        return count;
+    };
+    EXPECT_GT(tinted("--pick 145,145 --select part"), tinted("") + 40);
+
+    for (const char* bad : {"--pick 5", "--pick 5,x", "--pick 400,10", "--select solid"}) {
+        run = qrnview(std::string("--size 320x240 ") + bad);
+        EXPECT_EQ(run.exitCode, 2) << bad << "\n" << run.output;
+    }
+}
+
 } // namespace

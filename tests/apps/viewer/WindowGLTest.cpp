@@ -218,4 +218,59 @@ TEST_F(WindowGLTest, XInputReachesTheToolsInTheirTerms) {
     EXPECT_GT(differing(replayed, picture("--snapshot", "start.png")), 0.1) << "nothing moved";
 }
 
+// Pixels tinted in the selection colour (magenta: red and blue well above green).
+std::size_t selectionTinted(const qrnimage::Image& image) {
+    std::size_t count = 0;
+    for (unsigned int y = 0; y < image.height(); ++y)
+        for (unsigned int x = 0; x < image.width(); ++x) {
+            const std::uint8_t* p = image.pixel(x, y);
+            count += (p[0] > p[1] + 60 && p[2] > p[1] + 50) ? 1 : 0;
+        }
+    return count;
+}
+
+TEST_F(WindowGLTest, AClickOnTheBoltSelectsItShowsItAndNamesIt) {
+    const fs::path output = dir / "output.txt";
+    const pid_t pid = fork();
+    if (pid == 0) {
+        const int fd = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        dup2(fd, 1);
+        dup2(fd, 2);
+        execl(QRNVIEW_EXE, QRNVIEW_EXE, "--size", "320x240", nullptr);
+        _exit(127);
+    }
+    ASSERT_GT(pid, 0);
+    const Window window = findWindow(pid);
+    std::size_t before = 0, after = 0;
+    if (window) {
+        const int screen = DefaultScreen(display);
+        XMoveWindow(display, window, DisplayWidth(display, screen) - int(kWidth),
+                    DisplayHeight(display, screen) - int(kHeight));
+        XRaiseWindow(display, window);
+        XFlush(display);
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        before = selectionTinted(shown(window));
+        // The head of the first bearing unit's first bolt, in parts mode (the default).
+        send(window, MotionNotify, 0, 145, 145, 0);
+        send(window, ButtonPress, Button1, 145, 145, 0);
+        send(window, ButtonRelease, Button1, 145, 145, Button1Mask);
+        XFlush(display);
+        for (int tries = 0; tries < 100 && (after = selectionTinted(shown(window))) < before + 40;
+             ++tries)
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        send(window, KeyPress, keycode(XK_q), 145, 145, 0);
+        XFlush(display);
+    } else {
+        kill(pid, SIGTERM);
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    std::ifstream in(output);
+    const std::string printed(std::istreambuf_iterator<char>(in), {});
+    ASSERT_TRUE(window) << "qrnview showed no window\n" << printed;
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << printed;
+    EXPECT_NE(printed.find("selected part Bolt 1 (Bolt M8x16)"), std::string::npos) << printed;
+    EXPECT_GE(after, before + 40) << "the bolt was not shown highlighted";
+}
+
 } // namespace
