@@ -46,7 +46,7 @@ std::string surface(const PartEntities::Surface& s, const std::string& unit) {
     case PartEntities::Surface::OTHER:
         return "free-form face";
     default:
-        return "face";
+        return "mesh face"; // read from triangles: no surface known
     }
 }
 
@@ -62,7 +62,7 @@ std::string curve(const PartEntities::Curve& c, const std::string& unit) {
     case PartEntities::Curve::OTHER:
         return "curved edge, length " + number(c.length) + " " + unit;
     default:
-        return "edge";
+        return "mesh edge";
     }
 }
 
