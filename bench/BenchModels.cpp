@@ -2,6 +2,7 @@
 
 #include "qrnmath/MatrixUtils.h"
 #include "qrnviewer/Shapes.h"
+#include "qrnviewer/occt/ModelReader.h"
 
 #include <cmath>
 #include <cstdio>
@@ -53,6 +54,14 @@ std::string BenchModels::sharedModel(const std::string& name) {
     std::fprintf(stderr, "*** shared model %s not found: its benchmarks are skipped ***\n",
                  path.c_str());
     return {};
+}
+
+qrnviewer::ModelData BenchModels::read(const std::string& path) {
+    qrnviewer::ModelData model;
+    std::string error;
+    if (!path.empty() && !qrnviewer::ModelReader::read(path, model, error))
+        std::fprintf(stderr, "cannot read %s: %s\n", path.c_str(), error.c_str());
+    return model;
 }
 
 } // namespace qrnbench

@@ -13,6 +13,8 @@ public:
     static qrnviewer::ModelData generatedAssembly(std::size_t minTriangles);
     // A file of the shared model folder; empty path when the folder or file is missing.
     static std::string sharedModel(const std::string& name);
+    // A model file read through the viewer's reader; empty, saying why, when it cannot be.
+    static qrnviewer::ModelData read(const std::string& path);
 };
 
 } // namespace qrnbench

@@ -2,71 +2,28 @@
 // buffer with one call, in the same context, with the same camera, light and present.
 // Also the time to import the models. Prints the frame-to-floor ratios at the end.
 #include "BenchModels.h"
-#include "FloorDrawable.h"
+#include "BenchScene.h"
 
 #include "qrngl/GL.h"
 #include "qrngl/MMaterialRenderer.h"
 #include "qrngl/SCRenderer.h"
-#include "qrngl/SCStripRenderer.h"
-#include "qrngl/frame/Canvas.h"
-#include "qrngl/frame/RCBitmap.h"
-#include "qrnglutils/SceneBuilder.h"
-#include "qrnviewer/DocumentBuilder.h"
 #include "qrnviewer/occt/DemoAssembly.h"
 #include "qrnviewer/occt/ModelReader.h"
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstdio>
-#include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace {
 
-constexpr unsigned int kWidth = 1024;
-constexpr unsigned int kHeight = 768;
+using qrnbench::BenchScene;
 
-struct Case {
-    std::string name;
-    qrnviewer::ModelData model;
-    std::shared_ptr<qrngl::RCBitmap> context;
-    std::shared_ptr<qrn::Document> document;
-    std::shared_ptr<qrngl::Canvas> canvas;
-    std::unique_ptr<qrnbench::FloorDrawable> floor;
-};
+std::vector<std::unique_ptr<BenchScene>> g_cases;
 
-std::vector<std::unique_ptr<Case>> g_cases;
-
-bool prepare(Case& c) {
-    c.context = std::make_shared<qrngl::RCBitmap>(kWidth, kHeight);
-    if (!c.context->create()) {
-        std::fprintf(stderr, "no OpenGL context for %s\n", c.name.c_str());
-        return false;
-    }
-    c.document = qrnviewer::DocumentBuilder::build(c.model);
-    c.canvas = std::make_shared<qrngl::Canvas>(c.context, c.document);
-    c.canvas->OnCreate();
-    c.canvas->OnSize(0, 0, kWidth, kHeight);
-    qrnglutils::SceneBuilder::prepare(
-        *c.document->get<qrngl::SCStripRenderer>(qrnsg::SCHEMA_STRIP_RENDERER));
-    c.floor = std::make_unique<qrnbench::FloorDrawable>(c.model);
-    c.context->deactivate();
-    return true;
-}
-
-void frame(benchmark::State& state, Case* c) {
-    c->context->activate();
-    for (auto _ : state) {
-        c->canvas->Invalidate();
-        c->canvas->OnDraw(); // presents: the frame is read into the memory image
-    }
-    state.counters["triangles"] = static_cast<double>(c->model.triangleCount());
-    state.counters["instances"] = static_cast<double>(c->model.instanceCount());
-}
-
-void floorFrame(benchmark::State& state, Case* c) {
+void floorFrame(benchmark::State& state, BenchScene* c) {
     auto renderer = c->document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     qrnsg::MMaterial material = qrnsg::MMaterial::fromColor(0.7f, 0.7f, 0.7f);
     for (auto _ : state) {
@@ -88,26 +45,14 @@ void floorFrame(benchmark::State& state, Case* c) {
     state.counters["triangles"] = static_cast<double>(c->floor->triangleCount());
 }
 
-// Keeps the real time of each run, to print the ratios after the console output.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const auto& r : runs)
-            if (r.run_type == Run::RT_Iteration)
-                times[r.run_name.function_name] = r.GetAdjustedRealTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-    std::map<std::string, double> times;
-};
-
 void addCase(const std::string& name, qrnviewer::ModelData model) {
-    auto c = std::make_unique<Case>();
+    auto c = std::make_unique<BenchScene>();
     c->name = name;
     c->model = std::move(model);
-    if (!prepare(*c))
+    if (!c->prepare(true))
         return;
-    Case* raw = c.get();
-    benchmark::RegisterBenchmark(("frame/" + name).c_str(), frame, raw)
+    BenchScene* raw = c.get();
+    benchmark::RegisterBenchmark(("frame/" + name).c_str(), qrnbench::frameTime, raw)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
     benchmark::RegisterBenchmark(("floor/" + name).c_str(), floorFrame, raw)
@@ -134,17 +79,10 @@ void addImport(const std::string& name, const std::string& path) {
         ->UseRealTime();
 }
 
-qrnviewer::ModelData readOrEmpty(const std::string& path) {
-    qrnviewer::ModelData model;
-    std::string error;
-    if (!path.empty() && !qrnviewer::ModelReader::read(path, model, error))
-        std::fprintf(stderr, "cannot read %s: %s\n", path.c_str(), error.c_str());
-    return model;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
+    qrnbench::TimeReporter reporter(argc, argv);
     benchmark::Initialize(&argc, argv);
     {
         qrnviewer::ModelData demo;
@@ -159,31 +97,27 @@ int main(int argc, char** argv) {
         std::string path = qrnbench::BenchModels::sharedModel(file);
         if (path.empty())
             continue;
-        qrnviewer::ModelData model = readOrEmpty(path);
+        qrnviewer::ModelData model = qrnbench::BenchModels::read(path);
         if (model.triangleCount() > 0)
             addCase(file, std::move(model));
         addImport(file, path);
     }
 
-    RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     std::printf("\nframe time / floor time (1024x768, goal at most 1.2 on large models):\n");
     for (const auto& c : g_cases) {
-        auto f = reporter.times.find("frame/" + c->name);
-        auto g = reporter.times.find("floor/" + c->name);
-        if (f == reporter.times.end() || g == reporter.times.end() || g->second <= 0)
+        const double f = reporter.time("frame/" + c->name);
+        const double g = reporter.time("floor/" + c->name);
+        if (f < 0 || g <= 0)
             continue;
         std::printf("  %-22s %9zu triangles %6zu instances  frame %8.2f ms  floor %8.2f ms  "
                     "ratio %.2f\n",
-                    c->name.c_str(), c->model.triangleCount(), c->model.instanceCount(), f->second,
-                    g->second, f->second / g->second);
+                    c->name.c_str(), c->model.triangleCount(), c->model.instanceCount(), f, g,
+                    f / g);
     }
     // GPU objects go with their own context.
-    for (auto& c : g_cases) {
-        c->context->activate();
-        c->floor.reset();
-        c->context->destroy();
-    }
+    for (auto& c : g_cases)
+        c->release();
     g_cases.clear();
     benchmark::Shutdown();
     return 0;
