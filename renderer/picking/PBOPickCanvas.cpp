@@ -35,12 +35,11 @@ void PBOPickCanvas::OnSize(unsigned int x, unsigned int y, unsigned int width,
     m_stale = true;
 }
 
-bool PBOPickCanvas::refresh() const {
+bool PBOPickCanvas::currentView(std::array<float, 35>& view) const {
     PickPass pass(m_document);
     if (!pass.ready())
         return false;
     const auto& camera = *pass.camera();
-    std::array<float, 35> view{};
     const qrnmath::Mat4 projection = camera.getProjectionMatrix();
     const qrnmath::Mat4 modelView = camera.getViewMatrix();
     std::copy(projection.data(), projection.data() + 16, view.begin());
@@ -49,6 +48,15 @@ bool PBOPickCanvas::refresh() const {
     view[33] = static_cast<float>(camera.viewportHeight());
     // Vertices are drawn only for a mask that asks for them.
     view[34] = (m_type & 4) ? 1.0f : 0.0f;
+    return true;
+}
+
+bool PBOPickCanvas::refresh() const {
+    PickPass pass(m_document);
+    std::array<float, 35> view{};
+    if (!currentView(view))
+        return false;
+    const auto& camera = *pass.camera();
     if (!m_stale && view == m_view && !m_names.empty())
         return true;
     const bool drawn = idPass(nullptr, [&] {
@@ -95,10 +103,29 @@ void PBOPickCanvas::copy(int x, int y, int width, int height,
                         static_cast<std::size_t>(col)];
 }
 
+void PBOPickCanvas::Invalidate() {
+    UCPickCanvas::Invalidate();
+    m_squareDrawn = false;
+}
+
 void PBOPickCanvas::OnDraw() const {
-    if (m_size <= 0 || !refresh())
+    std::array<float, 35> view{};
+    if (m_size <= 0 || !currentView(view))
         return;
     const int a = m_size;
+    const bool kept = !m_stale && view == m_view && !m_names.empty();
+    if (!kept && !(m_squareDrawn && view == m_squareView)) {
+        // The first pick in a view draws only its square, as cheap as a render-buffer pick;
+        // a second one there (hovering) has the whole view read and kept.
+        m_squareDrawn = true;
+        m_squareView = view;
+        const int height = static_cast<int>(view[33]);
+        const int square[4] = {m_x - a, height - m_y - a, 2 * a, 2 * a};
+        idPass(square, [&] { readNames(square[0], square[1], square[2], square[3], m_square); });
+        return;
+    }
+    if (!refresh())
+        return;
     copy(m_x - a, m_height - m_y - a, 2 * a, 2 * a, m_square);
 }
 

@@ -8,7 +8,8 @@
 namespace qrngl {
 
 // A colour-id canvas that reads the whole viewport through a pixel-pack buffer and keeps the
-// names: later picks in an unchanged view (hovering) read them without drawing again. A new
+// names: later picks in an unchanged view (hovering) read them without drawing again. The first
+// point pick in a view draws only its square; a second one there reads the whole view. A new
 // view, size or Invalidate draws afresh.
 class QRNGL_EXPORT PBOPickCanvas : public UCPickCanvas {
 public:
@@ -20,6 +21,7 @@ public:
     // Frees the frame buffer and the pixel buffer; the context they were made in must be
     // current.
     void OnDestroy() override;
+    void Invalidate() override;
     void OnDraw() const override;
     void OnSize(unsigned int x, unsigned int y, unsigned int width, unsigned int height) override;
     void OnDrawPickBox(int x, int y, int width, int height) override;
@@ -30,6 +32,8 @@ public:
 private:
     // Draws and reads the viewport when the kept names are stale; false without names.
     bool refresh() const;
+    // The camera and mask the names would be drawn with; false without a scene to pick.
+    bool currentView(std::array<float, 35>& view) const;
     void copy(int x, int y, int width, int height, std::vector<std::uint32_t>& out) const;
 
     mutable unsigned int m_pbo = 0;
@@ -37,6 +41,8 @@ private:
     mutable int m_width = 0;
     mutable int m_height = 0;
     mutable std::array<float, 35> m_view{}; // the camera and mask the names were drawn with
+    mutable std::array<float, 35> m_squareView{};
+    mutable bool m_squareDrawn = false; // a first pick drew its square in m_squareView
 };
 
 } // namespace qrngl

@@ -7,7 +7,7 @@
 #include "qrnsg/EntityNames.h"
 
 #include <algorithm>
-#include <unordered_set>
+#include <unordered_map>
 
 namespace qrngl {
 
@@ -124,22 +124,32 @@ void UCPickCanvas::GetPickBox(int width, int height, std::vector<PickResult>& hi
     hits.clear();
     if (width != m_boxWidth || height != m_boxHeight || m_boxNames.empty())
         return;
-    // Rings around the centre, so that the entity nearest to it comes first.
-    std::unordered_set<std::uint32_t> seen;
+    // Each entity once, the one nearest to the centre (by rings around it) first.
+    std::unordered_map<std::uint32_t, std::pair<int, std::size_t>> nearest; // ring, first pixel
     const int cx = width / 2, cy = height / 2;
-    const int rings = std::max(std::max(cx, width - cx), std::max(cy, height - cy)) + 1;
-    for (int ring = 0; ring < rings; ++ring)
-        for (int row = cy - ring; row <= cy + ring; ++row)
-            for (int col = cx - ring; col <= cx + ring; ++col) {
-                if (row < 0 || col < 0 || row >= height || col >= width ||
-                    (std::abs(row - cy) != ring && std::abs(col - cx) != ring))
-                    continue;
-                const std::uint32_t name =
-                    m_boxNames[static_cast<std::size_t>(row) * static_cast<std::size_t>(width) +
-                               static_cast<std::size_t>(col)];
-                if (accepts(name, true) && seen.insert(name).second)
-                    hits.emplace_back(0.0f, 0.0f, std::vector<unsigned int>{name});
+    for (int row = 0; row < height; ++row)
+        for (int col = 0; col < width; ++col) {
+            const std::size_t at = static_cast<std::size_t>(row) * static_cast<std::size_t>(width) +
+                                   static_cast<std::size_t>(col);
+            const std::uint32_t name = m_boxNames[at];
+            if (name == 0)
+                continue;
+            const int ring = std::max(std::abs(row - cy), std::abs(col - cx));
+            auto found = nearest.find(name);
+            if (found == nearest.end()) {
+                if (accepts(name, true))
+                    nearest.emplace(name, std::make_pair(ring, at));
+            } else if (ring < found->second.first) {
+                found->second = {ring, at};
             }
+        }
+    std::vector<std::pair<std::pair<int, std::size_t>, std::uint32_t>> order;
+    order.reserve(nearest.size());
+    for (const auto& n : nearest)
+        order.push_back({n.second, n.first});
+    std::sort(order.begin(), order.end());
+    for (const auto& o : order)
+        hits.emplace_back(0.0f, 0.0f, std::vector<unsigned int>{o.second});
     m_hits = hits;
 }
 

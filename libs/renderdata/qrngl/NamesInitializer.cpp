@@ -19,9 +19,4 @@ void NamesInitializer::load(unsigned int name) const {
                    static_cast<GLubyte>(name >> 8), static_cast<GLubyte>(name));
 }
 
-unsigned int NamesInitializer::fromColour(const unsigned char rgba[4]) {
-    return (static_cast<unsigned int>(rgba[0]) << 24) | (static_cast<unsigned int>(rgba[1]) << 16) |
-           (static_cast<unsigned int>(rgba[2]) << 8) | rgba[3];
-}
-
 } // namespace qrngl

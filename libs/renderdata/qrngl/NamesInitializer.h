@@ -14,8 +14,19 @@ public:
     explicit NamesInitializer(Mode mode = SELECTION);
     Mode mode() const { return m_mode; }
     void load(unsigned int name) const;
+    // The bytes an id pass writes for a name.
+    static void toColour(unsigned int name, unsigned char rgba[4]) {
+        rgba[0] = static_cast<unsigned char>(name >> 24);
+        rgba[1] = static_cast<unsigned char>(name >> 16);
+        rgba[2] = static_cast<unsigned char>(name >> 8);
+        rgba[3] = static_cast<unsigned char>(name);
+    }
     // The name an id pass wrote as a pixel's bytes.
-    static unsigned int fromColour(const unsigned char rgba[4]);
+    static unsigned int fromColour(const unsigned char rgba[4]) {
+        return (static_cast<unsigned int>(rgba[0]) << 24) |
+               (static_cast<unsigned int>(rgba[1]) << 16) |
+               (static_cast<unsigned int>(rgba[2]) << 8) | rgba[3];
+    }
 
 private:
     Mode m_mode;

@@ -117,6 +117,17 @@ void PolylineStripEntry::renderRanges(const std::vector<Range>& ranges,
         glEnable(GL_LIGHTING);
 }
 
+void PolylineStripEntry::renderColoured(const std::vector<unsigned char>& colours) const {
+    if (colours.size() < 4 * m_pointCount)
+        return;
+    // Set while no buffer is bound, so that the pointer is read as client memory.
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    glColorPointer(4, GL_UNSIGNED_BYTE, 0, colours.data());
+    glEnableClientState(GL_COLOR_ARRAY);
+    render();
+    glDisableClientState(GL_COLOR_ARRAY);
+}
+
 void PolylineStripEntry::release() {
     if (m_vbo)
         glDeleteBuffers(1, &m_vbo);

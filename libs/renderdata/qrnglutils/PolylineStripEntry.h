@@ -25,6 +25,12 @@ public:
                       const std::function<void(std::size_t)>& before) const override;
     void prepare() const;
     void release();
+    // Draws it whole with a colour per point (red, green, blue, alpha bytes), lighting off.
+    void renderColoured(const std::vector<unsigned char>& colours) const;
+    std::size_t pointCount() const { return m_pointCount; }
+    // Each strip's first point and point count.
+    const std::vector<int>& stripFirsts() const { return m_firsts; }
+    const std::vector<int>& stripCounts() const { return m_counts; }
 
 private:
     void bind() const;

@@ -1,5 +1,6 @@
 #include "qrnglutils/VertexPairPicker.h"
 
+#include "qrnglutils/PolylineStripEntry.h"
 #include "qrnglutils/ScopedTransform.h"
 #include "qrnsgutils/InstanceWalker.h"
 
@@ -14,6 +15,7 @@ void VertexPairPicker::draw(const PickVisitor& visitor, const qrngl::NamesInitia
     if (!topology)
         return;
     std::vector<qrngl::IStripEntry::Range> ranges;
+    std::vector<unsigned char> colours;
     InstanceWalker::walk(
         visitor.rt().points, entries.size(), [&](const InstanceWalker::Instance& instance) {
             const auto* owner = topology->owner(instance.id);
@@ -21,6 +23,20 @@ void VertexPairPicker::draw(const PickVisitor& visitor, const qrngl::NamesInitia
             if (!part)
                 return;
             const auto count = static_cast<unsigned int>(part->entities.vertices.size());
+            const auto& entry = *entries[static_cast<std::size_t>(instance.drawable)];
+            if (const auto* points = dynamic_cast<const PolylineStripEntry*>(&entry);
+                points && names.mode() == qrngl::NamesInitializer::COLOUR &&
+                points->pointCount() == count) {
+                // One draw for all vertices, each in its own colour.
+                colours.assign(4 * count, 0);
+                for (unsigned int v = 0; v < count; ++v)
+                    qrngl::NamesInitializer::toColour(
+                        topology->name(owner->node, EntityNames::POINT, static_cast<int>(v)),
+                        &colours[4 * v]);
+                ScopedTransform place(instance);
+                points->renderColoured(colours);
+                return;
+            }
             ranges.resize(count);
             for (unsigned int v = 0; v < count; ++v)
                 ranges[v] = {v, 1};
