@@ -14,6 +14,8 @@
 #include "qrnsgutils/DataUtils.h"
 #include "qrnsgutils/InstanceWalker.h"
 
+#include <unordered_set>
+
 namespace qrngl {
 
 using qrnsg::RTState;
@@ -27,11 +29,15 @@ bool inRange(const std::vector<T>& v, int i) {
 }
 
 // Draws the shown primitives of a line pass (polylines or points), applying the scene's
-// line material whenever the material index changes along the draw order.
+// line material whenever the material index changes along the draw order; with `only`, just
+// the primitives it holds.
 void renderLinePass(const qrnsg::SCScene& scene, const RTState& state,
-                    const std::vector<std::shared_ptr<IStripEntry>>& entries) {
+                    const std::vector<std::shared_ptr<IStripEntry>>& entries,
+                    const std::unordered_set<int>* only = nullptr) {
     int previous = -1;
     InstanceWalker::walk(state, entries.size(), [&](const InstanceWalker::Instance& instance) {
+        if (only && !only->count(instance.id))
+            return;
         if (instance.material != previous) {
             previous = instance.material;
             if (inRange(scene.plMaterials, instance.material))
@@ -89,17 +95,26 @@ void Canvas::render(const Scene& scene, const Pmi& pmi, const SceneRT& rt, const
     for (const auto& pre : renderer->preRenderers)
         pre->render();
 
-    if (!renderer->suppressLinesAndTexts || renderer->displayMode == 1) {
+    const SCRenderer::RENDERMODE mode = renderer->renderMode;
+    const bool meshesShown = qrnsgutils::DataUtils::updateRenderState(
+        rt->meshes.transforms, rt->meshes.functor, rt->meshes.flags);
+    if (mode == SCRenderer::HIDDEN_LINE && meshesShown)
+        renderDepthOnly(scene, pmi, rt, renderer, strips);
+    const bool linesAndTexts = !renderer->suppressLinesAndTexts || renderer->displayMode == 1;
+    // Edges are all there is of the wireframe and hidden-line views, whatever the setting.
+    const bool edgeView = mode == SCRenderer::WIREFRAME || mode == SCRenderer::HIDDEN_LINE;
+    if (linesAndTexts || edgeView) {
         if (qrnsgutils::DataUtils::updateRenderState(rt->polylines.transforms,
                                                      rt->polylines.functor, rt->polylines.flags))
             renderPolylines(scene, pmi, rt, renderer, strips);
+    }
+    if (linesAndTexts) {
         if (qrnsgutils::DataUtils::updateRenderState(rt->texts.transforms, rt->texts.functor,
                                                      rt->texts.flags))
             renderTexts(scene, pmi, rt, renderer, strips);
     }
     // Meshes after lines and texts.
-    if (qrnsgutils::DataUtils::updateRenderState(rt->meshes.transforms, rt->meshes.functor,
-                                                 rt->meshes.flags))
+    if (meshesShown && (mode == SCRenderer::SHADED_WITH_EDGES || mode == SCRenderer::SHADED))
         renderMeshes(scene, pmi, rt, renderer, strips);
 
     for (const auto& post : renderer->postRenderers)
@@ -147,11 +162,31 @@ void Canvas::renderMeshes(const Scene& scene, const Pmi&, const SceneRT& rt,
     glBindTexture(GL_TEXTURE_2D, 0);
 }
 
-void Canvas::renderPolylines(const Scene& scene, const Pmi&, const SceneRT& rt, const Renderer&,
-                             const Strips& strips) const {
+void Canvas::renderPolylines(const Scene& scene, const Pmi& pmi, const SceneRT& rt,
+                             const Renderer& renderer, const Strips& strips) const {
     if (strips->polylines.empty() || rt->polylines.drawOrder.empty())
         return;
-    renderLinePass(*scene, rt->polylines, strips->polylines);
+    if (renderer->renderMode != SCRenderer::SHADED) {
+        renderLinePass(*scene, rt->polylines, strips->polylines);
+        return;
+    }
+    // The shaded view leaves the parts' edges out; annotation lines stay with their texts.
+    std::unordered_set<int> annotations;
+    for (const auto& item : pmi->items)
+        annotations.insert(item.polylineIds.begin(), item.polylineIds.end());
+    if (!annotations.empty())
+        renderLinePass(*scene, rt->polylines, strips->polylines, &annotations);
+}
+
+void Canvas::renderDepthOnly(const Scene& scene, const Pmi& pmi, const SceneRT& rt,
+                             const Renderer& renderer, const Strips& strips) const {
+    // The faces only hide what lies behind them; pushed back, they leave their own edges be.
+    glPushAttrib(GL_COLOR_BUFFER_BIT | GL_POLYGON_BIT | GL_ENABLE_BIT);
+    glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
+    glEnable(GL_POLYGON_OFFSET_FILL);
+    glPolygonOffset(1.0f, 1.0f);
+    renderMeshes(scene, pmi, rt, renderer, strips);
+    glPopAttrib();
 }
 
 void Canvas::renderPoints(const Scene& scene, const Pmi&, const SceneRT& rt, const Renderer&,

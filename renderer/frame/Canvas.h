@@ -37,6 +37,9 @@ private:
                       const Strips&) const;
     void renderPolylines(const Scene&, const Pmi&, const SceneRT&, const Renderer&,
                          const Strips&) const;
+    // The meshes into the depth buffer only, for the hidden-line view.
+    void renderDepthOnly(const Scene&, const Pmi&, const SceneRT&, const Renderer&,
+                         const Strips&) const;
     void renderTexts(const Scene&, const Pmi&, const SceneRT&, const Renderer&,
                      const Strips&) const;
     // Draws the point sets as polylines are drawn; not part of the frame.

@@ -2,12 +2,16 @@
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
+#include "qrngl/interaction/EntityGeometry.h"
 #include "qrngl/interaction/EventInterpreterFactory.h"
 #include "qrngl/interaction/OperationSettings.h"
 #include "qrngl/interaction/QrnEventInterpreter.h"
 #include "qrngl/interaction/ViewState.h"
 #include "qrngl/overlays/CrossHairRenderer.h"
 #include "qrngl/overlays/ZoomboxRenderer.h"
+#include "qrngl/picking/EntityFilter.h"
+#include "qrngl/picking/PickingHelper.h"
+#include "qrnglutils/BBoxUtils.h"
 #include "qrnglutils/CameraState.h"
 #include "qrnglutils/CrossHairUtils.h"
 #include "qrnglutils/MeshRenderer.h"
@@ -18,6 +22,9 @@
 #include "qrnplatform/Input.h"
 #include "qrnplatform/WindowTimer.h"
 #include "qrnsg/SCInfo.h"
+#include "qrnsg/SCScene.h"
+#include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCSceneRes.h"
 #include "qrnui/IFrame.h"
 
 #include <algorithm>
@@ -26,6 +33,8 @@
 
 namespace qrngl {
 
+using qrnmath::Mat4;
+using qrnmath::MatrixUtils;
 using qrnmath::QuatUtils;
 using qrnmath::Vec3;
 
@@ -57,6 +66,40 @@ void invalidate(const SCRenderer& renderer) {
     if (!renderer.canvases.empty())
         if (auto canvas = renderer.canvases.front().lock())
             canvas->Invalidate();
+}
+
+// Pixels each side of the point that the view commands' picks look at.
+const int kPickSize = 2;
+// The face mask of a pick.
+const unsigned short kFaces = 1;
+
+// Collects the names a pick kept.
+class Collect : public ISelector {
+public:
+    explicit Collect(std::vector<unsigned int>& names) : m_names(names) {}
+    void select(unsigned int, const FilterResult& result) override { m_names = result.names(); }
+
+private:
+    std::vector<unsigned int>& m_names;
+};
+
+template <class T>
+std::shared_ptr<T> fetch(const std::shared_ptr<qrn::IDocument>& document, short type) {
+    return document ? std::dynamic_pointer_cast<T>(document->getSchema(type)) : nullptr;
+}
+
+// The box of what is shown, as the view animation fits it.
+qrnsg::BBox shownBounds(const std::shared_ptr<qrn::IDocument>& document) {
+    auto rt = fetch<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
+    auto scene = fetch<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE);
+    auto resources = fetch<qrnsg::SCSceneRes>(document, qrnsg::SCHEMA_SCENE_RES);
+    if (!rt)
+        return qrnsg::BBox();
+    if (scene && (!scene->meshes.empty() || !scene->polylines.empty()))
+        return qrnglutils::BBoxUtils::get(*scene, *rt, true);
+    if (resources && !resources->empty())
+        return qrnglutils::BBoxUtils::get(*resources, *rt, true);
+    return qrnsg::BBox();
 }
 
 } // namespace
@@ -150,6 +193,7 @@ FrameStatus CameraManipulator::mouseButtonDown(FrameStatus status, unsigned int 
     m_pressY = m_lastY = y;
     // A state from an earlier press must not become this drag's undo record.
     m_savedState.reset();
+    m_pivot = PIVOT_UNKNOWN;
 
     if (m_button != NO_BUTTON)
         resetSizeCulling();
@@ -195,7 +239,10 @@ FrameStatus CameraManipulator::mouseMotion(unsigned int flags, int x, int y) {
     case IEventInterpreter::ROTATE:
     case IEventInterpreter::SPIN:
         doSizeCulling();
-        CameraHelper::rotate(camera, dx, dy);
+        if (result == IEventInterpreter::ROTATE && m_rotateAboutPick)
+            rotateAboutPivot(camera, x - dx, y - dy, dx, dy);
+        else
+            CameraHelper::rotate(camera, dx, dy);
         m_lastStepSpin = result == IEventInterpreter::SPIN;
         m_spinDx = dx;
         m_spinDy = dy;
@@ -551,7 +598,206 @@ void CameraManipulator::removeCrossHair() {
         invalidate(*r);
 }
 
-void CameraManipulator::activateNormalView(int, int) {}
+unsigned int CameraManipulator::pickAt(int x, int y, unsigned short type) const {
+    auto r = renderer();
+    if (!r || !r->pickCanvas)
+        return 0;
+    std::vector<unsigned int> names;
+    PickingHelper::pick(r->pickCanvas, std::make_shared<EntityFilter>(type, EntityFilter::NEAREST),
+                        std::make_shared<Collect>(names), 0, x, y, kPickSize);
+    return names.empty() ? 0u : names.front();
+}
+
+bool CameraManipulator::activateNormalView(int x, int y) {
+    auto r = renderer();
+    if (!r || !r->camera)
+        return false;
+    const unsigned int face = pickAt(x, y, kFaces);
+    Vec3 normal;
+    if (!face || !EntityGeometry(m_document).planeNormal(face, normal))
+        return false;
+    // A face seen from behind is looked at from the side it was seen from.
+    if (normal.dot(r->camera->direction()) > 0.0f)
+        normal = -normal;
+    return doOrthoView(normal);
+}
+
+bool CameraManipulator::doOrthoView(const Vec3& normal) {
+    auto r = renderer();
+    auto camera = r ? r->camera : nullptr;
+    const float length = normal.length();
+    if (!camera || !std::isfinite(length) || length <= 0.0f)
+        return false;
+    const Vec3 back = normal / length;
+    Vec3 up = camera->up() - back * camera->up().dot(back);
+    if (up.lengthSquared() < 1e-6f) {
+        // Looking along the old up turns the view over: what was ahead becomes up.
+        const Vec3 ahead = camera->direction();
+        up = ahead - back * ahead.dot(back);
+    }
+    if (up.lengthSquared() < 1e-6f)
+        return false;
+    up = up.normalized();
+    const Vec3 right = qrnmath::cross(up, back);
+    Mat4 rotation = MatrixUtils::identity();
+    for (int i = 0; i < 3; ++i) {
+        rotation[4 * i] = right[i];
+        rotation[4 * i + 1] = up[i];
+        rotation[4 * i + 2] = back[i];
+    }
+
+    auto views = fetch<qrnsg::SCView>(m_document, qrnsg::SCHEMA_VIEW);
+    if (!m_viewState || !views) {
+        CameraHelper::setRotation(camera, rotation);
+        invalidate(*r);
+        r->update();
+        return true;
+    }
+    // The animation goes to orientations: it borrows one for this play, which takes its
+    // target at the start.
+    const qrnsg::SCView::ORIENTATION slot = qrnsg::SCView::ISOMETRIC;
+    const Mat4 kept = views->orientations[slot];
+    views->orientations[slot] = rotation;
+    m_viewState->play(slot, VIEW_FRAMES);
+    views->orientations[slot] = kept;
+    return true;
+}
+
+bool CameraManipulator::getPointInWorld(int x, int y, Vec3& point) const {
+    auto r = renderer();
+    auto camera = r ? r->camera : nullptr;
+    Mat4 fromScreen;
+    if (!camera || !MatrixUtils::invert(CameraHelper::getModelToScreen(camera), fromScreen))
+        return false;
+    const unsigned int face = pickAt(x, y, kFaces);
+    if (!face)
+        return false;
+    const float fx = static_cast<float>(x), fy = static_cast<float>(y);
+    const Vec3 nearest = MatrixUtils::transformPoint(fromScreen, Vec3(fx, fy, 0.0f));
+    const Vec3 farthest = MatrixUtils::transformPoint(fromScreen, Vec3(fx, fy, 1.0f));
+    const qrnmath::Ray ray(nearest, farthest - nearest);
+    float t = 0.0f;
+    if (!EntityGeometry(m_document).intersect(face, ray, t))
+        return false;
+    point = ray.pointAt(t);
+    return true;
+}
+
+void CameraManipulator::rotateAboutPivot(const std::shared_ptr<Camera>& camera, int x, int y,
+                                         int dx, int dy) {
+    // Picked once a drag, where its first turn starts, before the camera moves.
+    if (m_pivot == PIVOT_UNKNOWN)
+        m_pivot = getPointInWorld(x, y, m_pivotPoint) ? PIVOT_FOUND : PIVOT_NONE;
+    if (m_pivot != PIVOT_FOUND) {
+        CameraHelper::rotate(camera, dx, dy);
+        return;
+    }
+    const Vec3 before = MatrixUtils::transformPoint(camera->getViewMatrix(), m_pivotPoint);
+    CameraHelper::rotate(camera, dx, dy);
+    const Vec3 after = MatrixUtils::transformPoint(camera->getViewMatrix(), m_pivotPoint);
+    // In perspective the turn changes the point's depth: it keeps its line of sight instead.
+    float scale = 1.0f;
+    if (!camera->isOrthographic() && before[2] < 0.0f && after[2] < 0.0f)
+        scale = after[2] / before[2];
+    Vec3 pan = camera->modelTranslation();
+    pan[0] += before[0] * scale - after[0];
+    pan[1] += before[1] * scale - after[1];
+    camera->setModelTranslation(pan);
+}
+
+bool CameraManipulator::zoomToSelection(const std::vector<unsigned int>& names) {
+    auto r = renderer();
+    auto camera = r ? r->camera : nullptr;
+    const qrnsg::BBox box = EntityGeometry(m_document).bounds(names);
+    if (!camera || box.isEmpty())
+        return false;
+    if (m_viewState)
+        m_viewState->reset();
+    stopSpin();
+    std::shared_ptr<qrn::IState> before, after;
+    getCameraState(before);
+    // The rest of the model stays inside the depth range.
+    qrnsg::BBox all = shownBounds(m_document);
+    all.add(box);
+    camera->setSceneSphere(all.center(), 0.5f * all.diagonal());
+    if (box.diagonal() > 0.0f) {
+        CameraHelper::lookAt(camera, box.center(),
+                             CameraHelper::getFitRadius(camera, box, camera->modelRotation()));
+    } else {
+        // A single point is centred at the scale the view has.
+        camera->setSphere(box.center(), camera->sphereRadius());
+        camera->setModelTranslation(Vec3(0.0f, 0.0f, 0.0f));
+    }
+    getCameraState(after);
+    setState(before, after);
+    invalidate(*r);
+    r->update();
+    return true;
+}
+
+void CameraManipulator::recordVisibility(const std::shared_ptr<qrn::IState>& before) {
+    setState(before, std::make_shared<PartVisibility>(m_document));
+    visibilityChanged(m_document);
+}
+
+bool CameraManipulator::hideSelected(const std::vector<unsigned int>& names) {
+    EntityGeometry geometry(m_document);
+    auto before = std::make_shared<PartVisibility>(m_document);
+    if (!geometry.setShown(geometry.partsOf(names), false))
+        return false;
+    recordVisibility(before);
+    return true;
+}
+
+bool CameraManipulator::showAll() {
+    EntityGeometry geometry(m_document);
+    auto before = std::make_shared<PartVisibility>(m_document);
+    if (!geometry.setShown(geometry.allParts(), true))
+        return false;
+    recordVisibility(before);
+    return true;
+}
+
+bool CameraManipulator::isolate(const std::vector<unsigned int>& names) {
+    EntityGeometry geometry(m_document);
+    const std::vector<bool> parts = geometry.partsOf(names);
+    // Isolating nothing would leave an empty view.
+    if (std::find(parts.begin(), parts.end(), true) == parts.end())
+        return false;
+    auto before = std::make_shared<PartVisibility>(m_document);
+    if (!geometry.showOnly(parts))
+        return false;
+    recordVisibility(before);
+    return true;
+}
+
+void CameraManipulator::changeRenderMode(RENDERMODE mode) {
+    auto r = renderer();
+    if (!r || r->renderMode == mode)
+        return;
+    r->renderMode = mode;
+    invalidate(*r);
+    r->update();
+}
+
+CameraManipulator::RENDERMODE CameraManipulator::getRenderMode() const {
+    auto r = renderer();
+    return r ? r->renderMode : SCRenderer::SHADED_WITH_EDGES;
+}
+
+void CameraManipulator::changeProjection() {
+    auto r = renderer();
+    if (!r || !r->camera)
+        return;
+    std::shared_ptr<qrn::IState> before, after;
+    getCameraState(before);
+    r->camera->setProjection(r->camera->isOrthographic() ? Camera::PERSPECTIVE
+                                                         : Camera::ORTHOGRAPHIC);
+    getCameraState(after);
+    setState(before, after);
+    invalidate(*r);
+    r->update();
+}
 
 void CameraManipulator::doSizeCulling() {}
 

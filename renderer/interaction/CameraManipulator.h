@@ -3,8 +3,10 @@
 #include "qrn/IDocument.h"
 #include "qrn/IState.h"
 #include "qrngl/IManipulator.h"
+#include "qrngl/SCRenderer.h"
 #include "qrngl/interaction/IEventInterpreter.h"
 #include "qrngl/qrngl_export.h"
+#include "qrnmath/Tuple.h"
 #include "qrnsg/Mesh.h"
 #include "qrnsg/Polyline.h"
 #include "qrnsg/SCView.h"
@@ -12,6 +14,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace qrnui {
 class IFrame;
@@ -20,7 +23,6 @@ class IFrame;
 namespace qrngl {
 
 class CrossHairRenderer;
-class SCRenderer;
 class ViewState;
 class ZoomboxRenderer;
 
@@ -37,6 +39,7 @@ class ZoomboxRenderer;
 class QRNGL_EXPORT CameraManipulator : public IManipulator {
 public:
     using Operation = IEventInterpreter::Operation;
+    using RENDERMODE = SCRenderer::RENDERMODE;
     // Selects what lies in the window rectangle of a finished BOXSELECT drag (corners in
     // either order; flags as at the release, for the host's add and toggle modifiers).
     using BoxSelectHandler =
@@ -97,6 +100,33 @@ public:
     const qrnsg::Mesh& getZoomboxFill() const { return m_boxFill; }
     const qrnsg::Polyline& getZoomboxOutline() const { return m_boxOutline; }
 
+    // View commands. The selection is given as entity names (SelectionSet::selected()).
+    //
+    // Normal view: when the face under the window point is planar, the view turns, animated,
+    // to look straight at it (the NORMALVIEW click). False when it does not turn.
+    bool activateNormalView(int x, int y);
+    // Turns the view to look against a world normal, the up vector kept as near the current
+    // one as can be. Animated as a standard view is, fitting the shown model; without the
+    // view animation or the document's views it only turns, at once.
+    bool doOrthoView(const qrnmath::Vec3& normal);
+    // A rotate drag that starts on the model turns about the point under the pointer instead
+    // of the view sphere's centre. Off by default.
+    void setRotateAboutPickedPoint(bool on) { m_rotateAboutPick = on; }
+    bool getRotateAboutPickedPoint() const { return m_rotateAboutPick; }
+    // The world point of the face seen at the window point; false over empty space.
+    bool getPointInWorld(int x, int y, qrnmath::Vec3& point) const;
+    // Fits the view to the entities at once, one undo step; false when they have no extent.
+    bool zoomToSelection(const std::vector<unsigned int>& names);
+    // Hide the entities' placed parts, show every part, or show only the entities' parts;
+    // each change is one undo step. False when nothing changed.
+    bool hideSelected(const std::vector<unsigned int>& names);
+    bool showAll();
+    bool isolate(const std::vector<unsigned int>& names);
+    void changeRenderMode(RENDERMODE mode);
+    RENDERMODE getRenderMode() const;
+    // Orthographic to perspective and back; the scale at the view's centre stays.
+    void changeProjection();
+
 private:
     // The camera change since the saved state, as one undo step; the saved state is dropped.
     void recordUndoStep();
@@ -113,9 +143,12 @@ private:
     void activateSpinOperation(int x, int y);
     void stopSpin();
     void removeCrossHair();
-    // Where the picked face's normal turns the view; needs picking, which the camera tools do
-    // not have yet.
-    void activateNormalView(int x, int y);
+    // The entity of a kind nearest the window point; 0 for none.
+    unsigned int pickAt(int x, int y, unsigned short type) const;
+    // One rotate step about the picked point, when the drag started on the model.
+    void rotateAboutPivot(const std::shared_ptr<Camera>& camera, int x, int y, int dx, int dy);
+    // Records the visibility change since `before` as one undo step, and shows it.
+    void recordVisibility(const std::shared_ptr<qrn::IState>& before);
     // Small parts are to be skipped while the camera moves; nothing is culled yet.
     void doSizeCulling();
     void resetSizeCulling();
@@ -150,6 +183,11 @@ private:
     // When the last drag step was taken (WindowTimer's clock, ms): a spin goes on only when the
     // button is released while the mouse still moves.
     std::uint64_t m_lastStepTime = 0;
+    bool m_rotateAboutPick = false;
+    // The point a rotate drag turns about, looked up at its first rotate step.
+    enum Pivot { PIVOT_UNKNOWN, PIVOT_NONE, PIVOT_FOUND };
+    Pivot m_pivot = PIVOT_UNKNOWN;
+    qrnmath::Vec3 m_pivotPoint;
 };
 
 } // namespace qrngl

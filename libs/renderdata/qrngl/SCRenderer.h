@@ -24,6 +24,9 @@ namespace qrngl {
 class QRNGLDATA_EXPORT SCRenderer : public qrnsg::Schema {
 public:
     enum : unsigned char { READY = 1 };
+    // How the frame draws the parts: faces and edges, faces only, edges only, or the edges
+    // that no face hides.
+    enum RENDERMODE : int { SHADED_WITH_EDGES, SHADED, WIREFRAME, HIDDEN_LINE };
 
     using PreRenderers = std::multiset<std::shared_ptr<IPreRenderer>, gtorder>;
     using PostRenderers = std::multiset<std::shared_ptr<IPostRenderer>, ltorder>;
@@ -64,6 +67,7 @@ public:
     std::array<float, 3> background{{0.9f, 0.9f, 0.9f}};
     // Set: lines and texts are not drawn, unless the display mode is 1.
     bool suppressLinesAndTexts = false;
+    RENDERMODE renderMode = SHADED_WITH_EDGES;
     // The mouse convention: 0 the library's own, 1 CATIA, 2 Pro/E, 3 Inventor, 4 NX,
     // 5 SolidWorks, 6 Solid Edge.
     int mouseStyle = 0;

@@ -3,14 +3,11 @@
 #include "ManipulatorTestSupport.h"
 #include "qrngl/overlays/ZoomboxRenderer.h"
 #include "qrnmath/QuatUtils.h"
-#include "qrnplatform/Environment.h"
 #include "qrnplatform/Settings.h"
-#include "qrnplatform/Text.h"
 #include "qrnplatform/WindowTimer.h"
 #include "qrnsg/SCInfo.h"
 
 #include <cmath>
-#include <filesystem>
 #include <utility>
 #include <vector>
 
@@ -39,19 +36,7 @@ protected:
         clearSettings();
         ManipulatorTest::TearDown();
     }
-    static void clearSettings() {
-#ifdef _WIN32
-        const std::wstring app = qrnplatform::Environment::executableBaseName();
-        ::RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\" + app).c_str());
-#else
-        const std::string config = testing::TempDir() + "qrngl-" +
-                                   testing::UnitTest::GetInstance()->current_test_info()->name();
-        std::error_code ignored;
-        std::filesystem::remove_all(config, ignored);
-        qrnplatform::Environment::setVariable(L"XDG_CONFIG_HOME",
-                                              qrnplatform::Text::fromUtf8(config));
-#endif
-    }
+    static void clearSettings() { qrntest::clearOperationSettings(); }
 
     std::shared_ptr<qrngl::CameraManipulator> make() {
         return std::make_shared<qrngl::CameraManipulator>(frame, viewState, cursor);

@@ -9,7 +9,9 @@
 #include "qrngl/SCRenderer.h"
 #include "qrngl/interaction/ViewState.h"
 #include "qrnmath/MatrixUtils.h"
+#include "qrnplatform/Environment.h"
 #include "qrnplatform/Input.h"
+#include "qrnplatform/Text.h"
 #include "qrnplatform/WindowTimer.h"
 #include "qrnsg/SCFactory.h"
 #include "qrnsg/SCView.h"
@@ -17,7 +19,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
+#include <string>
 
 #ifdef _WIN32
 #include <windows.h>
@@ -45,6 +49,22 @@ inline void setTouchInput(bool touch) {
     ::SetMessageExtraInfo(touch ? static_cast<LPARAM>(0xFF515700) : 0);
 #else
     qrnplatform::Input::setTouchMessage(touch);
+#endif
+}
+
+// The camera manipulator reads (and creates) its default operation in the running
+// executable's settings: fresh ones for each test, in a folder of the test's own on Linux, in
+// the executable's key on Windows.
+inline void clearOperationSettings() {
+#ifdef _WIN32
+    const std::wstring app = qrnplatform::Environment::executableBaseName();
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\" + app).c_str());
+#else
+    const std::string config = testing::TempDir() + "qrngl-" +
+                               testing::UnitTest::GetInstance()->current_test_info()->name();
+    std::error_code ignored;
+    std::filesystem::remove_all(config, ignored);
+    qrnplatform::Environment::setVariable(L"XDG_CONFIG_HOME", qrnplatform::Text::fromUtf8(config));
 #endif
 }
 

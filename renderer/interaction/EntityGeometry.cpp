@@ -1,0 +1,395 @@
+#include "qrngl/interaction/EntityGeometry.h"
+
+#include "qrngl/SCRenderer.h"
+#include "qrnmath/MatrixUtils.h"
+#include "qrnmath/PlaneUtils.h"
+#include "qrnsg/EntityNames.h"
+#include "qrnsg/SCScene.h"
+#include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCSceneRes.h"
+#include "qrnsg/SCSceneTopo.h"
+#include "qrnsg/VisibilityFunctor.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace qrngl {
+
+using qrnmath::Mat4;
+using qrnmath::MatrixUtils;
+using qrnmath::Vec3;
+using qrnsg::EntityNames;
+using qrnsg::RTState;
+
+namespace {
+
+template <class T>
+std::shared_ptr<T> fetch(const std::shared_ptr<qrn::IDocument>& document, short type) {
+    return document ? std::dynamic_pointer_cast<T>(document->getSchema(type)) : nullptr;
+}
+
+template <class T>
+const T* at(const std::vector<T>& v, int i) {
+    return i >= 0 && static_cast<std::size_t>(i) < v.size() ? &v[static_cast<std::size_t>(i)]
+                                                            : nullptr;
+}
+
+// A primitive of the part with no primitive of its kind is -1.
+int first(const std::vector<int>& ids) {
+    return ids.empty() ? -1 : ids.front();
+}
+
+// Ray parameter where it crosses the triangle; false when it passes beside it.
+bool crossing(const qrnmath::Ray& ray, const Vec3& a, const Vec3& b, const Vec3& c, float& t) {
+    const Vec3 e1 = b - a, e2 = c - a;
+    const Vec3 p = qrnmath::cross(ray.direction(), e2);
+    const float det = e1.dot(p);
+    if (std::abs(det) < 1e-12f)
+        return false;
+    const float inv = 1.0f / det;
+    const Vec3 s = ray.origin() - a;
+    const float u = s.dot(p) * inv;
+    if (u < 0.0f || u > 1.0f)
+        return false;
+    const Vec3 q = qrnmath::cross(s, e1);
+    const float v = ray.direction().dot(q) * inv;
+    if (v < 0.0f || u + v > 1.0f)
+        return false;
+    t = e2.dot(q) * inv;
+    return true;
+}
+
+RTState* stateOf(qrnsg::SCSceneRT& rt, int kind) {
+    return kind == 0 ? &rt.meshes : kind == 1 ? &rt.polylines : &rt.points;
+}
+
+const std::vector<int>& idsOf(const qrnsg::SCSceneTopo::Node& node, int kind) {
+    return kind == 0 ? node.meshIds : kind == 1 ? node.polylineIds : node.pointIds;
+}
+
+// Sets the visible bit, and keeps a visibility functor, which sets it again every frame, of
+// the same mind.
+bool setVisible(RTState& state, int id, bool shown) {
+    unsigned char* flags = state.flags.find(id);
+    if (!flags)
+        return false;
+    if (auto functor = std::dynamic_pointer_cast<qrnsg::VisibilityFunctor>(state.functor)) {
+        if (shown)
+            functor->show(id);
+        else
+            functor->hide(id);
+    }
+    const auto next =
+        static_cast<unsigned char>(shown ? *flags | RTState::VISIBLE : *flags & ~RTState::VISIBLE);
+    if (next == *flags)
+        return false;
+    *flags = next;
+    return true;
+}
+
+} // namespace
+
+EntityGeometry::EntityGeometry(const std::shared_ptr<qrn::IDocument>& document)
+    : m_scene(fetch<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE)),
+      m_resources(fetch<qrnsg::SCSceneRes>(document, qrnsg::SCHEMA_SCENE_RES)),
+      m_rt(fetch<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT)),
+      m_topology(fetch<qrnsg::SCSceneTopo>(document, qrnsg::SCHEMA_SCENE_TOPO)) {
+    // The drawables live in the scene component or, when it holds none, in the resources.
+    if (m_scene && (!m_scene->meshes.empty() || !m_scene->polylines.empty())) {
+        m_meshes = &m_scene->meshes;
+        m_polylines = &m_scene->polylines;
+    } else if (m_resources) {
+        m_meshes = &m_resources->meshes;
+        m_polylines = &m_resources->polylines;
+    }
+}
+
+bool EntityGeometry::place(const RTState& state, int id, Placed& placed) const {
+    const qrnsg::TransformPair* pair = state.transforms.find(id);
+    const unsigned char* flags = state.flags.find(id);
+    if (!pair || !flags)
+        return false;
+    placed.drawable = pair->second;
+    placed.transform = (*flags & RTState::HAS_TRANSFORM) ? pair->first : MatrixUtils::identity();
+    return true;
+}
+
+namespace {
+
+template <class Points>
+void addPoints(const Points& points, const Mat4& m, qrnsg::BBox& box) {
+    for (const Vec3& p : points)
+        box.add(MatrixUtils::transformPoint(m, p));
+}
+
+} // namespace
+
+void EntityGeometry::addNode(int node, qrnsg::BBox& box) const {
+    const auto* n = at(m_topology->nodes, node);
+    if (!n)
+        return;
+    Placed placed;
+    for (int id : n->meshIds)
+        if (m_meshes && place(m_rt->meshes, id, placed))
+            if (const auto* mesh = at(*m_meshes, placed.drawable))
+                addPoints(mesh->vertices, placed.transform, box);
+    for (int id : n->polylineIds)
+        if (m_polylines && place(m_rt->polylines, id, placed))
+            if (const auto* line = at(*m_polylines, placed.drawable))
+                addPoints(line->points, placed.transform, box);
+    for (int id : n->pointIds)
+        if (m_scene && place(m_rt->points, id, placed))
+            if (const auto* set = at(m_scene->points, placed.drawable))
+                addPoints(set->points, placed.transform, box);
+}
+
+bool EntityGeometry::faceTriangles(unsigned int face, std::vector<Vec3>& corners) const {
+    corners.clear();
+    if (!ready() || EntityNames::kindOf(face) != EntityNames::FACE)
+        return false;
+    const EntityNames::Entity e = m_topology->resolve(face);
+    const auto* node = at(m_topology->nodes, e.node);
+    const auto* part = m_topology->partOf(e.node);
+    const auto* f = part ? at(part->entities.faces, e.index) : nullptr;
+    if (!node || !f)
+        return false;
+    const int* id = at(node->meshIds, f->mesh);
+    Placed placed;
+    if (!m_meshes || !id || !place(m_rt->meshes, *id, placed))
+        return false;
+    const auto* mesh = at(*m_meshes, placed.drawable);
+    if (!mesh)
+        return false;
+    const std::size_t end =
+        std::min<std::size_t>(3u * (f->firstTriangle + f->triangleCount), mesh->indices.size());
+    for (std::size_t i = 3u * f->firstTriangle; i < end; ++i) {
+        const unsigned int v = mesh->indices[i];
+        if (v >= mesh->vertices.size())
+            return false;
+        corners.push_back(MatrixUtils::transformPoint(placed.transform, mesh->vertices[v]));
+    }
+    corners.resize(corners.size() - corners.size() % 3);
+    return !corners.empty();
+}
+
+void EntityGeometry::addEntity(unsigned int name, qrnsg::BBox& box) const {
+    const EntityNames::Entity e = m_topology->resolve(name);
+    const auto* node = at(m_topology->nodes, e.node);
+    const auto* part = m_topology->partOf(e.node);
+    const auto* polylines = m_polylines;
+    Placed placed;
+    switch (e.kind) {
+    case EntityNames::PART: {
+        const std::vector<bool> nodes = partsOf({name});
+        for (std::size_t i = 0; i < nodes.size(); ++i)
+            if (nodes[i])
+                addNode(static_cast<int>(i), box);
+        break;
+    }
+    case EntityNames::FACE: {
+        std::vector<Vec3> corners;
+        if (faceTriangles(name, corners))
+            addPoints(corners, MatrixUtils::identity(), box);
+        break;
+    }
+    case EntityNames::EDGE: {
+        const auto* edge = part ? at(part->entities.edges, e.index) : nullptr;
+        if (!edge || !node || !polylines ||
+            !place(m_rt->polylines, first(node->polylineIds), placed))
+            break;
+        const auto* line = at(*polylines, placed.drawable);
+        if (!line || edge->strip >= line->stripCount())
+            break;
+        const std::size_t begin = line->strips[edge->strip];
+        const std::size_t end = edge->strip + 1 < line->strips.size()
+                                    ? line->strips[edge->strip + 1]
+                                    : line->points.size();
+        for (std::size_t i = begin; i < end && i < line->points.size(); ++i)
+            box.add(MatrixUtils::transformPoint(placed.transform, line->points[i]));
+        break;
+    }
+    case EntityNames::POINT: {
+        const Vec3* vertex = part ? at(part->entities.vertices, e.index) : nullptr;
+        if (!vertex || !node)
+            break;
+        // The part's vertices are in its own frame, which any of its primitives places.
+        if (!place(m_rt->points, first(node->pointIds), placed) &&
+            !place(m_rt->meshes, first(node->meshIds), placed))
+            placed.transform = MatrixUtils::identity();
+        box.add(MatrixUtils::transformPoint(placed.transform, *vertex));
+        break;
+    }
+    case EntityNames::EDGE_LIKE:
+        if (polylines && place(m_rt->polylines, e.index, placed))
+            if (const auto* line = at(*polylines, placed.drawable))
+                addPoints(line->points, placed.transform, box);
+        break;
+    default:
+        break;
+    }
+}
+
+qrnsg::BBox EntityGeometry::bounds(const std::vector<unsigned int>& names) const {
+    qrnsg::BBox box;
+    if (ready())
+        for (unsigned int name : names)
+            addEntity(name, box);
+    return box;
+}
+
+bool EntityGeometry::planeNormal(unsigned int face, Vec3& normal) const {
+    if (!ready() || EntityNames::kindOf(face) != EntityNames::FACE)
+        return false;
+    const EntityNames::Entity e = m_topology->resolve(face);
+    const auto* node = at(m_topology->nodes, e.node);
+    const auto* part = m_topology->partOf(e.node);
+    const auto* f = part ? at(part->entities.faces, e.index) : nullptr;
+    if (!node || !f || f->surface.type != qrnsg::PartEntities::Surface::PLANE)
+        return false;
+    Placed placed;
+    const int* id = at(node->meshIds, f->mesh);
+    if (!id || !place(m_rt->meshes, *id, placed))
+        placed.transform = MatrixUtils::identity();
+    // Normals go by the inverse transpose, so that a scaled placement keeps them square.
+    Mat4 inverse;
+    if (!MatrixUtils::invert(placed.transform, inverse))
+        return false;
+    const Vec3 n = MatrixUtils::transformVector(MatrixUtils::transpose(inverse), f->surface.axis);
+    if (!(n.lengthSquared() > 0.0f) || !std::isfinite(n.lengthSquared()))
+        return false;
+    normal = n.normalized();
+    return true;
+}
+
+bool EntityGeometry::intersect(unsigned int face, const qrnmath::Ray& ray, float& t) const {
+    std::vector<Vec3> c;
+    if (!faceTriangles(face, c))
+        return false;
+    float best = std::numeric_limits<float>::max();
+    bool found = false;
+    for (std::size_t i = 0; i < c.size(); i += 3) {
+        float s = 0.0f;
+        if (crossing(ray, c[i], c[i + 1], c[i + 2], s) && s < best) {
+            best = s;
+            found = true;
+        }
+    }
+    if (!found) {
+        // Beside the face: the plane of the triangle nearest the ray.
+        float nearest = std::numeric_limits<float>::max();
+        for (std::size_t i = 0; i < c.size(); i += 3) {
+            qrnmath::Vec4 plane;
+            float s = 0.0f;
+            if (!qrnmath::PlaneUtils::fromPoints(c[i], c[i + 1], c[i + 2], plane) ||
+                !qrnmath::PlaneUtils::intersect(plane, ray, s))
+                continue;
+            const Vec3 centroid = (c[i] + c[i + 1] + c[i + 2]) / 3.0f;
+            const float d = ray.pointAt(s).distance(centroid);
+            if (d < nearest) {
+                nearest = d;
+                best = s;
+                found = true;
+            }
+        }
+    }
+    if (found)
+        t = best;
+    return found;
+}
+
+std::vector<bool> EntityGeometry::partsOf(const std::vector<unsigned int>& names) const {
+    if (!ready())
+        return {};
+    std::vector<bool> marked(m_topology->nodes.size(), false);
+    for (unsigned int name : names) {
+        const EntityNames::Entity e = m_topology->resolve(name);
+        if (e.kind != EntityNames::EDGE_LIKE && at(m_topology->nodes, e.node))
+            marked[static_cast<std::size_t>(e.node)] = true;
+    }
+    // Parents come before their children.
+    for (std::size_t i = 0; i < marked.size(); ++i) {
+        const int parent = m_topology->nodes[i].parent;
+        if (!marked[i] && parent >= 0 && static_cast<std::size_t>(parent) < i &&
+            marked[static_cast<std::size_t>(parent)])
+            marked[i] = true;
+    }
+    return marked;
+}
+
+std::vector<bool> EntityGeometry::allParts() const {
+    if (!ready())
+        return {};
+    std::vector<bool> marked(m_topology->nodes.size(), false);
+    for (std::size_t i = 0; i < marked.size(); ++i)
+        marked[i] = m_topology->nodes[i].part >= 0;
+    return marked;
+}
+
+bool EntityGeometry::setNodeShown(int node, bool shown) const {
+    const auto* n = at(m_topology->nodes, node);
+    if (!n || n->part < 0)
+        return false;
+    bool changed = false;
+    for (int kind = 0; kind < 3; ++kind)
+        for (int id : idsOf(*n, kind))
+            changed = setVisible(*stateOf(*m_rt, kind), id, shown) || changed;
+    return changed;
+}
+
+bool EntityGeometry::setShown(const std::vector<bool>& nodes, bool shown) const {
+    if (!ready())
+        return false;
+    bool changed = false;
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+        if (nodes[i])
+            changed = setNodeShown(static_cast<int>(i), shown) || changed;
+    return changed;
+}
+
+bool EntityGeometry::showOnly(const std::vector<bool>& nodes) const {
+    if (!ready())
+        return false;
+    bool changed = false;
+    for (std::size_t i = 0; i < m_topology->nodes.size(); ++i)
+        changed = setNodeShown(static_cast<int>(i), i < nodes.size() && nodes[i]) || changed;
+    return changed;
+}
+
+PartVisibility::PartVisibility(const std::shared_ptr<qrn::IDocument>& document)
+    : m_document(document) {
+    auto rt = fetch<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
+    auto topology = fetch<qrnsg::SCSceneTopo>(document, qrnsg::SCHEMA_SCENE_TOPO);
+    if (!rt || !topology)
+        return;
+    for (const auto& node : topology->nodes)
+        if (node.part >= 0)
+            for (int kind = 0; kind < 3; ++kind)
+                for (int id : idsOf(node, kind))
+                    if (const unsigned char* flags = stateOf(*rt, kind)->flags.find(id))
+                        m_entries.push_back({kind, id, (*flags & RTState::VISIBLE) != 0});
+}
+
+void PartVisibility::restore() {
+    auto document = m_document.lock();
+    auto rt = fetch<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
+    if (!rt)
+        return;
+    for (const Entry& e : m_entries)
+        setVisible(*stateOf(*rt, e.kind), e.id, e.shown);
+    visibilityChanged(document);
+}
+
+void visibilityChanged(const std::shared_ptr<qrn::IDocument>& document) {
+    auto renderer = fetch<SCRenderer>(document, qrnsg::SCHEMA_RENDERER);
+    if (!renderer)
+        return;
+    if (renderer->pickCanvas)
+        renderer->pickCanvas->Invalidate();
+    if (!renderer->canvases.empty())
+        if (auto canvas = renderer->canvases.front().lock())
+            canvas->Invalidate();
+    renderer->update();
+}
+
+} // namespace qrngl

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "qrn/IDocument.h"
+#include "qrn/IState.h"
+#include "qrnmath/Ray.h"
+#include "qrnmath/Tuple.h"
+#include "qrnsg/BBox.h"
+#include "qrnsg/Mesh.h"
+#include "qrnsg/Polyline.h"
+
+#include <memory>
+#include <vector>
+
+namespace qrnsg {
+class SCScene;
+class SCSceneRes;
+class SCSceneRT;
+class SCSceneTopo;
+struct RTState;
+} // namespace qrnsg
+
+namespace qrngl {
+
+// Where the named entities of a document lie in the world, and which placed parts they belong
+// to: what the view commands need of faces, edges, vertices and parts. Not installed.
+class EntityGeometry {
+public:
+    explicit EntityGeometry(const std::shared_ptr<qrn::IDocument>& document);
+    // False without the topology and run-time components.
+    bool ready() const { return m_topology && m_rt; }
+
+    // The world box of the entities, shown or not; names that name nothing add nothing.
+    qrnsg::BBox bounds(const std::vector<unsigned int>& names) const;
+    // The world normal of a planar face, outward as the part gives it.
+    bool planeNormal(unsigned int face, qrnmath::Vec3& normal) const;
+    // Where the ray meets a face, at ray parameter t. A ray that passes beside the face (a
+    // pick takes the nearest pixel of it) meets the plane of its nearest triangle.
+    bool intersect(unsigned int face, const qrnmath::Ray& ray, float& t) const;
+
+    // Per node: whether it is a placed part named by one of the entities, or lies below an
+    // assembly that is.
+    std::vector<bool> partsOf(const std::vector<unsigned int>& names) const;
+    // Per node: set for every node that places a part.
+    std::vector<bool> allParts() const;
+    // Shows or hides the primitives of the marked nodes; true when anything changed.
+    bool setShown(const std::vector<bool>& nodes, bool shown) const;
+    // Shows the marked nodes and hides every other part; true when anything changed.
+    bool showOnly(const std::vector<bool>& nodes) const;
+
+private:
+    struct Placed {
+        int drawable = -1;
+        qrnmath::Mat4 transform;
+    };
+    bool place(const qrnsg::RTState& state, int id, Placed& placed) const;
+    void addNode(int node, qrnsg::BBox& box) const;
+    void addEntity(unsigned int name, qrnsg::BBox& box) const;
+    // The world triangles of a face, three corners each.
+    bool faceTriangles(unsigned int face, std::vector<qrnmath::Vec3>& corners) const;
+    bool setNodeShown(int node, bool shown) const;
+
+    std::shared_ptr<qrnsg::SCScene> m_scene;
+    std::shared_ptr<qrnsg::SCSceneRes> m_resources;
+    std::shared_ptr<qrnsg::SCSceneRT> m_rt;
+    std::shared_ptr<qrnsg::SCSceneTopo> m_topology;
+    const std::vector<qrnsg::Mesh>* m_meshes = nullptr;
+    const std::vector<qrnsg::Polyline>* m_polylines = nullptr;
+};
+
+// The shown state of every placed part, as an undo record: restoring it shows what was shown
+// and tells the renderer's pick canvas and canvases.
+class PartVisibility : public qrn::IState {
+public:
+    explicit PartVisibility(const std::shared_ptr<qrn::IDocument>& document);
+    void restore() override;
+
+private:
+    struct Entry {
+        int kind; // 0 meshes, 1 polylines, 2 points
+        int id;
+        bool shown;
+    };
+    std::weak_ptr<qrn::IDocument> m_document;
+    std::vector<Entry> m_entries;
+};
+
+// After a change of what is shown: the pick canvas draws afresh and the canvases repaint.
+void visibilityChanged(const std::shared_ptr<qrn::IDocument>& document);
+
+} // namespace qrngl
