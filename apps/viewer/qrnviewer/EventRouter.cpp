@@ -62,6 +62,7 @@ const OperationKey kOperationKeys[] = {
 
 const char* const kModeNames[] = {"parts", "faces", "edges", "vertices",
                                   "faces, edges and vertices"};
+const char* const kRenderModeNames[] = {"shaded with edges", "shaded", "wireframe", "hidden line"};
 
 bool isMouseEvent(InputEvent::Kind kind) {
     return kind == InputEvent::BUTTON_DOWN || kind == InputEvent::BUTTON_UP ||
@@ -149,12 +150,15 @@ void EventRouter::setMouseStyle(int style) {
         r->mouseStyle = style;
     const bool keep = m_camera != nullptr;
     const Operation operation = keep ? m_camera->getOperation() : qrngl::IEventInterpreter::ROTATE;
+    // A CAD user turns about what is under the cursor, unless they said otherwise.
+    const bool aboutPoint = keep ? m_camera->getRotateAboutPickedPoint() : true;
     if (m_camera) {
         m_camera->init(); // takes its overlays out of the frame
         if (r)
             r->removeManipulator(m_camera);
     }
     m_camera = std::make_shared<qrngl::CameraManipulator>(m_frame, m_viewState, m_cursor);
+    m_camera->setRotateAboutPickedPoint(aboutPoint);
     m_camera->setBoxSelectHandler([this](int x0, int y0, int x1, int y1, unsigned int flags) {
         if (m_select->selectBox(x0, y0, x1, y1, flags))
             m_repaint = true;
@@ -332,6 +336,49 @@ void EventRouter::command(unsigned int key, bool repeat) {
         say(std::string("a click selects ") + kModeNames[mode]);
         break;
     }
+    case 'A':
+        if (m_selection->selected().empty())
+            say("nothing selected to zoom to");
+        else if (m_camera->zoomToSelection(m_selection->selected()))
+            m_repaint = true;
+        break;
+    case 'D':
+    case 'I':
+        if (m_selection->selected().empty()) {
+            say("nothing selected");
+        } else if (key == 'D' ? m_camera->hideSelected(m_selection->selected())
+                              : m_camera->isolate(m_selection->selected())) {
+            m_repaint = true;
+            say(key == 'D' ? "selected parts hidden" : "selected parts isolated");
+        }
+        break;
+    case 'U':
+        if (m_camera->showAll()) {
+            m_repaint = true;
+            say("all parts shown");
+        }
+        break;
+    case 'V': {
+        const auto mode =
+            static_cast<qrngl::SCRenderer::RENDERMODE>((m_camera->getRenderMode() + 1) % 4);
+        m_camera->changeRenderMode(mode);
+        m_repaint = true;
+        say(std::string("render mode: ") + kRenderModeNames[mode]);
+        break;
+    }
+    case 'O': {
+        m_camera->changeProjection();
+        m_repaint = true;
+        auto r = renderer();
+        say(r && r->camera && r->camera->isOrthographic() ? "orthographic projection"
+                                                          : "perspective projection");
+        break;
+    }
+    case 'C':
+        m_camera->setRotateAboutPickedPoint(!m_camera->getRotateAboutPickedPoint());
+        say(m_camera->getRotateAboutPickedPoint() ? "rotation about the point under the cursor"
+                                                  : "rotation about the model's centre");
+        break;
     case 'T':
         m_selection->setSelectThrough(!m_selection->selectThrough());
         say(m_selection->selectThrough() ? "box selection takes hidden entities too"
@@ -432,6 +479,8 @@ const char* EventRouter::keyHelp() {
            "      N normal view; Esc cancel\n"
            "      click selects (Shift, Ctrl add and toggle; empty space clears);\n"
            "      E parts, faces, edges, vertices or all; T box selection through\n"
+           "      A zoom to selection; D hide, I isolate selected; U show all\n"
+           "      V render mode; O orthographic, perspective; C rotation centre\n"
            "      Ctrl+Z undo, Ctrl+Y redo; H help; Q quit\n";
 }
 
