@@ -4,7 +4,7 @@ add_library(qrn_gl INTERFACE)
 
 if(WIN32)
   include(${CMAKE_CURRENT_LIST_DIR}/QrnGlewWindows.cmake)
-  target_link_libraries(qrn_gl INTERFACE qrn_glew_static opengl32 glu32 gdi32 user32)
+  target_link_libraries(qrn_gl INTERFACE qrn_glew opengl32 glu32 gdi32 user32)
 else()
   set(OpenGL_GL_PREFERENCE LEGACY)
   find_package(OpenGL REQUIRED COMPONENTS OpenGL EGL)

@@ -63,6 +63,12 @@ bool PBOPickCanvas::refresh() const {
         m_width = static_cast<int>(camera.viewportWidth());
         m_height = static_cast<int>(camera.viewportHeight());
         const auto bytes = static_cast<GLsizeiptr>(m_width) * m_height * 4;
+        m_names.assign(static_cast<std::size_t>(m_width) * static_cast<std::size_t>(m_height), 0u);
+        if (!glGenBuffers || !glMapBuffer) {
+            // Without pixel-pack buffers the pixels come straight to memory.
+            readNames(0, 0, m_width, m_height, m_names);
+            return;
+        }
         if (!m_pbo)
             glGenBuffers(1, &m_pbo);
         glBindBuffer(GL_PIXEL_PACK_BUFFER, m_pbo);
@@ -72,7 +78,6 @@ bool PBOPickCanvas::refresh() const {
         glPixelStorei(GL_PACK_ROW_LENGTH, 0);
         glReadPixels(0, 0, m_width, m_height, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
         glPopClientAttrib();
-        m_names.assign(static_cast<std::size_t>(m_width) * static_cast<std::size_t>(m_height), 0u);
         if (const auto* pixels = static_cast<const unsigned char*>(
                 glMapBuffer(GL_PIXEL_PACK_BUFFER, GL_READ_ONLY))) {
             for (std::size_t i = 0; i < m_names.size(); ++i)

@@ -159,7 +159,8 @@ unsigned int UCPickCanvas::viewportHeight() const {
 }
 
 bool UCPickCanvas::bindFrameBuffer(int width, int height) const {
-    if (!glGenFramebuffers)
+    // Without frame buffer objects (OpenGL before 3.0 without the extension) no id pass.
+    if (!glGenFramebuffers || !glBindFramebuffer || !glCheckFramebufferStatus)
         return false;
     if (m_fbo && (width != m_fboWidth || height != m_fboHeight))
         releaseFrameBuffer();
@@ -245,8 +246,10 @@ bool UCPickCanvas::idPass(const int* scissor, const std::function<void()>& read)
         drawn = true;
     }
     // A frame buffer that is not complete is not read.
-    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, static_cast<GLuint>(drawBinding));
-    glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(readBinding));
+    if (glBindFramebuffer) {
+        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, static_cast<GLuint>(drawBinding));
+        glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(readBinding));
+    }
     if (m_context)
         m_context->deactivate();
     return drawn;

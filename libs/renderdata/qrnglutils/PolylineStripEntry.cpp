@@ -121,7 +121,8 @@ void PolylineStripEntry::renderColoured(const std::vector<unsigned char>& colour
     if (colours.size() < 4 * m_pointCount)
         return;
     // Set while no buffer is bound, so that the pointer is read as client memory.
-    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    if (glBindBuffer)
+        glBindBuffer(GL_ARRAY_BUFFER, 0);
     glColorPointer(4, GL_UNSIGNED_BYTE, 0, colours.data());
     glEnableClientState(GL_COLOR_ARRAY);
     render();

@@ -205,6 +205,8 @@ TEST_F(ViewCommandsGLTest, NormalViewClickTurnsToLookStraightAtAPlanarFace) {
         pickAt(static_cast<int>(middle[0]), static_cast<int>(middle[1]));
     EXPECT_EQ(seen.node, a);
     EXPECT_EQ(seen.index, 0);
+    // The picks leave the context released, as canvases do.
+    context->activate();
     EXPECT_NO_GL_ERROR();
 }
 
@@ -254,6 +256,8 @@ TEST_F(ViewCommandsGLTest, RotationAboutThePickedPointKeepsItUnderThePointer) {
     drag(empty, [] {});
     EXPECT_EQ(camera->modelRotation(), expected->modelRotation());
     EXPECT_EQ(camera->modelTranslation(), expected->modelTranslation());
+    // The picks leave the context released, as canvases do.
+    context->activate();
     EXPECT_NO_GL_ERROR();
 }
 
@@ -291,6 +295,8 @@ TEST_F(ViewCommandsGLTest, ZoomToSelectionFitsTheEntitiesAndIsOneUndoStep) {
     ASSERT_TRUE(m->zoomToSelection({face(a, 4), doc.topology->name(a, EntityNames::EDGE, 0)}));
     EXPECT_GT(shownHeight({{-10, -10, 10}, {10, 10, 10}}), 0.9f);
     EXPECT_FALSE(m->zoomToSelection({}));
+    // The picks leave the context released, as canvases do.
+    context->activate();
     EXPECT_NO_GL_ERROR();
 }
 
@@ -331,6 +337,8 @@ TEST_F(ViewCommandsGLTest, HideShowAndIsolateChangeWhatIsDrawnAndPicked) {
     EXPECT_FALSE(pickAt(40, 60).valid());
     EXPECT_FALSE(m->isolate({})) << "isolating nothing would empty the view";
     EXPECT_EQ(frame->undo->size(), 3u);
+    // The picks leave the context released, as canvases do.
+    context->activate();
     EXPECT_NO_GL_ERROR();
 }
 

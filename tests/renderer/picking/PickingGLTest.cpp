@@ -118,6 +118,8 @@ TEST_P(PickingGLTest, APixelGivesTheFaceEdgeOrVertexDrawnThere) {
     // its top-left front corner (vertex 6).
     expectEntity(pickAt(80, 46, 2), a, EntityNames::EDGE, 6);
     expectEntity(pickAt(66, 46, 4), a, EntityNames::POINT, 6);
+    // The picks leave the context released, as canvases do.
+    context->activate();
     EXPECT_NO_GL_ERROR();
 }
 
@@ -147,6 +149,8 @@ TEST_P(PickingGLTest, ABoxPickReturnsTheEntitiesInside) {
         // The same rectangle dragged the other way round.
         EXPECT_EQ(boxPick(93, 80, 60, 40, 3), visible);
     }
+    // The picks leave the context released, as canvases do.
+    context->activate();
     EXPECT_NO_GL_ERROR();
 }
 

@@ -42,6 +42,10 @@ public:
     bool create() override {
         if (!m_window || !m_context.create())
             return false;
+        // As the window context does: extension entry points for what the tests draw.
+        m_context.activate();
+        if (glewInit() != GLEW_OK)
+            return false;
         m_image.assign(static_cast<std::size_t>((m_width * 3 + 3) & ~3u) * m_height, 0);
         return true;
     }
