@@ -2,6 +2,7 @@
 
 #include "qrnmath/MatrixUtils.h"
 #include "qrnviewer/Shapes.h"
+#include "qrnviewer/occt/DemoAssembly.h"
 #include "qrnviewer/occt/ModelReader.h"
 
 #include <cmath>
@@ -61,6 +62,14 @@ qrnviewer::ModelData BenchModels::read(const std::string& path) {
     std::string error;
     if (!path.empty() && !qrnviewer::ModelReader::read(path, model, error))
         std::fprintf(stderr, "cannot read %s: %s\n", path.c_str(), error.c_str());
+    return model;
+}
+
+qrnviewer::ModelData BenchModels::demo() {
+    qrnviewer::ModelData model;
+    std::string error;
+    if (!qrnviewer::DemoAssembly::model(model, error))
+        std::fprintf(stderr, "no demo assembly: %s\n", error.c_str());
     return model;
 }
 

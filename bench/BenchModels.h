@@ -15,6 +15,8 @@ public:
     static std::string sharedModel(const std::string& name);
     // A model file read through the viewer's reader; empty, saying why, when it cannot be.
     static qrnviewer::ModelData read(const std::string& path);
+    // The viewer's demo assembly; empty, with the reason printed, when it cannot be made.
+    static qrnviewer::ModelData demo();
 };
 
 } // namespace qrnbench

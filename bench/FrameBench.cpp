@@ -7,7 +7,6 @@
 #include "qrngl/GL.h"
 #include "qrngl/MMaterialRenderer.h"
 #include "qrngl/SCRenderer.h"
-#include "qrnviewer/occt/DemoAssembly.h"
 #include "qrnviewer/occt/ModelReader.h"
 
 #include <benchmark/benchmark.h>
@@ -84,14 +83,8 @@ void addImport(const std::string& name, const std::string& path) {
 int main(int argc, char** argv) {
     qrnbench::TimeReporter reporter(argc, argv);
     benchmark::Initialize(&argc, argv);
-    {
-        qrnviewer::ModelData demo;
-        std::string error;
-        if (qrnviewer::DemoAssembly::model(demo, error))
-            addCase("demo", std::move(demo));
-        else
-            std::fprintf(stderr, "no demo assembly: %s\n", error.c_str());
-    }
+    if (qrnviewer::ModelData demo = qrnbench::BenchModels::demo(); demo.triangleCount() > 0)
+        addCase("demo", std::move(demo));
     addCase("generated-1M", qrnbench::BenchModels::generatedAssembly(1000000));
     for (const char* file : {"pm2_tess_fine.glb", "as1-oc-214-mat.stp", "trj4_pm2-ec-214.stp"}) {
         std::string path = qrnbench::BenchModels::sharedModel(file);

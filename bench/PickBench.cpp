@@ -14,7 +14,6 @@
 #include "qrngl/picking/PickingHelper.h"
 #include "qrngl/picking/RBOPickCanvas.h"
 #include "qrnsg/SCSceneTopo.h"
-#include "qrnviewer/occt/DemoAssembly.h"
 
 #include <benchmark/benchmark.h>
 
@@ -199,14 +198,8 @@ void line(const qrnbench::TimeReporter& reporter, const std::string& label,
 int main(int argc, char** argv) {
     qrnbench::TimeReporter reporter(argc, argv);
     benchmark::Initialize(&argc, argv);
-    {
-        qrnviewer::ModelData demo;
-        std::string error;
-        if (qrnviewer::DemoAssembly::model(demo, error))
-            addCase("demo", std::move(demo));
-        else
-            std::fprintf(stderr, "no demo assembly: %s\n", error.c_str());
-    }
+    if (qrnviewer::ModelData demo = qrnbench::BenchModels::demo(); demo.triangleCount() > 0)
+        addCase("demo", std::move(demo));
     const std::string path = qrnbench::BenchModels::sharedModel("pm2_tess_fine.glb");
     if (!path.empty()) {
         qrnviewer::ModelData model = qrnbench::BenchModels::read(path);

@@ -73,16 +73,6 @@ const int kPickSize = 2;
 // The face mask of a pick.
 const unsigned short kFaces = 1;
 
-// Collects the names a pick kept.
-class Collect : public ISelector {
-public:
-    explicit Collect(std::vector<unsigned int>& names) : m_names(names) {}
-    void select(unsigned int, const FilterResult& result) override { m_names = result.names(); }
-
-private:
-    std::vector<unsigned int>& m_names;
-};
-
 template <class T>
 std::shared_ptr<T> fetch(const std::shared_ptr<qrn::IDocument>& document, short type) {
     return document ? std::dynamic_pointer_cast<T>(document->getSchema(type)) : nullptr;
@@ -602,10 +592,7 @@ unsigned int CameraManipulator::pickAt(int x, int y, unsigned short type) const 
     auto r = renderer();
     if (!r || !r->pickCanvas)
         return 0;
-    std::vector<unsigned int> names;
-    PickingHelper::pick(r->pickCanvas, std::make_shared<EntityFilter>(type, EntityFilter::NEAREST),
-                        std::make_shared<Collect>(names), 0, x, y, kPickSize);
-    return names.empty() ? 0u : names.front();
+    return EntityFilter::nearest(r->pickCanvas, type, x, y, kPickSize);
 }
 
 bool CameraManipulator::activateNormalView(int x, int y) {

@@ -1,5 +1,6 @@
 #include "qrngl/picking/EntityFilter.h"
 
+#include "qrngl/picking/PickingHelper.h"
 #include "qrnsg/EntityNames.h"
 
 #include <unordered_set>
@@ -7,6 +8,35 @@
 namespace qrngl {
 
 using qrnsg::EntityNames;
+
+namespace {
+// Keeps the filtered names.
+class Collect : public ISelector {
+public:
+    explicit Collect(std::vector<unsigned int>& names) : m_names(names) {}
+    void select(unsigned int, const FilterResult& result) override { m_names = result.names(); }
+
+private:
+    std::vector<unsigned int>& m_names;
+};
+} // namespace
+
+unsigned int EntityFilter::nearest(const std::shared_ptr<IPickCanvas>& canvas, unsigned short type,
+                                   int x, int y, int size) {
+    std::vector<unsigned int> names;
+    PickingHelper::pick(canvas, std::make_shared<EntityFilter>(type, NEAREST),
+                        std::make_shared<Collect>(names), 0, x, y, size);
+    return names.empty() ? 0u : names.front();
+}
+
+std::vector<unsigned int> EntityFilter::inside(std::shared_ptr<SCRenderer>& renderer,
+                                               unsigned short type, int x0, int y0, int x1,
+                                               int y1) {
+    std::vector<unsigned int> names;
+    PickingHelper::pickbox(renderer, std::make_shared<EntityFilter>(type, ALL),
+                           std::make_shared<Collect>(names), 0, x0, y0, x1, y1);
+    return names;
+}
 
 bool EntityFilter::wanted(unsigned int name) const {
     switch (EntityNames::kindOf(name)) {

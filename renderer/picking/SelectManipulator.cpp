@@ -11,20 +11,6 @@ namespace qrngl {
 
 using qrnsg::EntityNames;
 
-namespace {
-
-// Hands the filtered names to a function.
-class Collect : public ISelector {
-public:
-    explicit Collect(std::vector<unsigned int>& names) : m_names(names) {}
-    void select(unsigned int, const FilterResult& result) override { m_names = result.names(); }
-
-private:
-    std::vector<unsigned int>& m_names;
-};
-
-} // namespace
-
 SelectManipulator::SelectManipulator(std::shared_ptr<qrn::IDocument> document,
                                      std::shared_ptr<SelectionSet> set,
                                      std::shared_ptr<Cursor> cursor)
@@ -74,11 +60,9 @@ unsigned int SelectManipulator::pickAt(int x, int y) const {
             : nullptr;
     if (!renderer || !renderer->pickCanvas || !m_set)
         return 0;
-    std::vector<unsigned int> names;
-    PickingHelper::pick(renderer->pickCanvas,
-                        std::make_shared<EntityFilter>(m_set->mask(), EntityFilter::NEAREST),
-                        std::make_shared<Collect>(names), 0, x, y, PICK_SIZE);
-    return names.empty() ? 0u : keep(names.front());
+    const unsigned int name =
+        EntityFilter::nearest(renderer->pickCanvas, m_set->mask(), x, y, PICK_SIZE);
+    return name ? keep(name) : 0u;
 }
 
 bool SelectManipulator::selectAt(int x, int y, unsigned int flags) {
@@ -97,16 +81,14 @@ bool SelectManipulator::selectBox(int x0, int y0, int x1, int y1, unsigned int f
     if (!renderer || !m_set)
         return false;
     std::vector<unsigned int> names;
-    auto filter = std::make_shared<EntityFilter>(m_set->mask(), EntityFilter::ALL);
-    auto collect = std::make_shared<Collect>(names);
     if (m_set->selectThrough() && m_throughCanvas) {
         // The helper picks on the renderer's canvas: lend it the see-through one.
         auto own = renderer->pickCanvas;
         renderer->pickCanvas = m_throughCanvas;
-        PickingHelper::pickbox(renderer, filter, collect, flags, x0, y0, x1, y1);
+        names = EntityFilter::inside(renderer, m_set->mask(), x0, y0, x1, y1);
         renderer->pickCanvas = own;
     } else {
-        PickingHelper::pickbox(renderer, filter, collect, flags, x0, y0, x1, y1);
+        names = EntityFilter::inside(renderer, m_set->mask(), x0, y0, x1, y1);
     }
     std::vector<unsigned int> kept;
     for (unsigned int n : names)

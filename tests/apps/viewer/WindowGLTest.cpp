@@ -18,6 +18,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 #include <thread>
 
 #include <fcntl.h>
@@ -129,6 +130,38 @@ protected:
         return image;
     }
     unsigned int keycode(KeySym sym) { return XKeysymToKeycode(display, sym); }
+    // qrnview started without waiting for it, so that input can be sent to its window; what it
+    // prints goes to a file.
+    pid_t start(const fs::path& output, const std::vector<std::string>& args) {
+        const pid_t pid = fork();
+        if (pid == 0) {
+            const int fd = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+            dup2(fd, 1);
+            dup2(fd, 2);
+            std::vector<char*> argv{const_cast<char*>(QRNVIEW_EXE)};
+            for (const auto& a : args)
+                argv.push_back(const_cast<char*>(a.c_str()));
+            argv.push_back(nullptr);
+            execv(QRNVIEW_EXE, argv.data());
+            _exit(127);
+        }
+        return pid;
+    }
+    // Quits it through its window (Q), or stops it when it showed none; true when it exited
+    // with 0. What it printed comes back in printed.
+    bool finish(pid_t pid, Window window, const fs::path& output, std::string& printed) {
+        if (window) {
+            send(window, KeyPress, keycode(XK_q), 0, 0, 0);
+            XFlush(display);
+        } else {
+            kill(pid, SIGTERM);
+        }
+        int status = 0;
+        waitpid(pid, &status, 0);
+        std::ifstream in(output);
+        printed.assign(std::istreambuf_iterator<char>(in), {});
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
 
     Display* display = nullptr;
     fs::path dir;
@@ -143,15 +176,7 @@ TEST_F(WindowGLTest, OpensAndDrawsWhatTheOffScreenFrameShows) {
 
 TEST_F(WindowGLTest, XInputReachesTheToolsInTheirTerms) {
     const fs::path log = dir / "recorded.log", output = dir / "output.txt";
-    // Started without waiting for it, so that input can be sent to its window.
-    const pid_t pid = fork();
-    if (pid == 0) {
-        const int fd = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        dup2(fd, 1);
-        dup2(fd, 2);
-        execl(QRNVIEW_EXE, QRNVIEW_EXE, "--size", "320x240", "--record", log.c_str(), nullptr);
-        _exit(127);
-    }
+    const pid_t pid = start(output, {"--size", "320x240", "--record", log.string()});
     ASSERT_GT(pid, 0);
 
     const Window window = findWindow(pid);
@@ -181,17 +206,11 @@ TEST_F(WindowGLTest, XInputReachesTheToolsInTheirTerms) {
         for (int tries = 0; tries < 100 && differing(shown(window), top) > 0.08; ++tries)
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
         EXPECT_LT(differing(shown(window), top), 0.08) << "the window never showed the top view";
-        send(window, KeyPress, keycode(XK_q), 170, 110, 0); // quits
-        XFlush(display);
-    } else {
-        kill(pid, SIGTERM);
     }
-    int status = 0;
-    waitpid(pid, &status, 0);
-    std::ifstream in(output);
-    const std::string printed(std::istreambuf_iterator<char>(in), {});
+    std::string printed;
+    const bool exited = finish(pid, window, output, printed);
     ASSERT_TRUE(window) << "qrnview showed no window\n" << printed;
-    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << printed;
+    ASSERT_TRUE(exited) << printed;
 
     std::vector<InputEvent> events;
     std::string error;
@@ -231,14 +250,7 @@ std::size_t selectionTinted(const qrnimage::Image& image) {
 
 TEST_F(WindowGLTest, AClickOnTheBoltSelectsItShowsItAndNamesIt) {
     const fs::path output = dir / "output.txt";
-    const pid_t pid = fork();
-    if (pid == 0) {
-        const int fd = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        dup2(fd, 1);
-        dup2(fd, 2);
-        execl(QRNVIEW_EXE, QRNVIEW_EXE, "--size", "320x240", nullptr);
-        _exit(127);
-    }
+    const pid_t pid = start(output, {"--size", "320x240"});
     ASSERT_GT(pid, 0);
     const Window window = findWindow(pid);
     std::size_t before = 0, after = 0;
@@ -258,17 +270,11 @@ TEST_F(WindowGLTest, AClickOnTheBoltSelectsItShowsItAndNamesIt) {
         for (int tries = 0; tries < 100 && (after = selectionTinted(shown(window))) < before + 40;
              ++tries)
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        send(window, KeyPress, keycode(XK_q), 145, 145, 0);
-        XFlush(display);
-    } else {
-        kill(pid, SIGTERM);
     }
-    int status = 0;
-    waitpid(pid, &status, 0);
-    std::ifstream in(output);
-    const std::string printed(std::istreambuf_iterator<char>(in), {});
+    std::string printed;
+    const bool exited = finish(pid, window, output, printed);
     ASSERT_TRUE(window) << "qrnview showed no window\n" << printed;
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << printed;
+    EXPECT_TRUE(exited) << printed;
     EXPECT_NE(printed.find("selected part Bolt 1 (Bolt M8x16)"), std::string::npos) << printed;
     EXPECT_GE(after, before + 40) << "the bolt was not shown highlighted";
 }
