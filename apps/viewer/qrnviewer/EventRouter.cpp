@@ -203,7 +203,14 @@ void EventRouter::route(const InputEvent& e) {
         m_panY = e.y;
     }
 
-    const FrameStatus status = routeToChain(e, repeat);
+    FrameStatus status = qrngl::UNCHANGED;
+    if (e.kind == InputEvent::BUTTON_DOWN && e.button == qrngl::LEFT &&
+        m_camera->getOperation() == qrngl::IEventInterpreter::NORMALVIEW) {
+        // The normal-view click starts a view animation: one undo step, as the view keys give.
+        animate([&] { status = routeToChain(e, repeat); });
+    } else {
+        status = routeToChain(e, repeat);
+    }
     Input::setTouchMessage(false);
     if (e.kind == InputEvent::PAN) {
         m_panX = e.x;
