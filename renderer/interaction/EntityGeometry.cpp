@@ -144,17 +144,27 @@ void EntityGeometry::addNode(int node, qrnsg::BBox& box) const {
                 addPoints(set->points, placed.transform, box);
 }
 
-bool EntityGeometry::faceTriangles(unsigned int face, std::vector<Vec3>& corners) const {
-    corners.clear();
+const qrnsg::PartEntities::Face* EntityGeometry::faceOf(unsigned int face,
+                                                        const int** meshId) const {
+    *meshId = nullptr;
     if (!ready() || EntityNames::kindOf(face) != EntityNames::FACE)
-        return false;
+        return nullptr;
     const EntityNames::Entity e = m_topology->resolve(face);
     const auto* node = at(m_topology->nodes, e.node);
     const auto* part = m_topology->partOf(e.node);
     const auto* f = part ? at(part->entities.faces, e.index) : nullptr;
     if (!node || !f)
+        return nullptr;
+    *meshId = at(node->meshIds, f->mesh);
+    return f;
+}
+
+bool EntityGeometry::faceTriangles(unsigned int face, std::vector<Vec3>& corners) const {
+    corners.clear();
+    const int* id = nullptr;
+    const auto* f = faceOf(face, &id);
+    if (!f)
         return false;
-    const int* id = at(node->meshIds, f->mesh);
     Placed placed;
     if (!m_meshes || !id || !place(m_rt->meshes, *id, placed))
         return false;
@@ -239,16 +249,11 @@ qrnsg::BBox EntityGeometry::bounds(const std::vector<unsigned int>& names) const
 }
 
 bool EntityGeometry::planeNormal(unsigned int face, Vec3& normal) const {
-    if (!ready() || EntityNames::kindOf(face) != EntityNames::FACE)
-        return false;
-    const EntityNames::Entity e = m_topology->resolve(face);
-    const auto* node = at(m_topology->nodes, e.node);
-    const auto* part = m_topology->partOf(e.node);
-    const auto* f = part ? at(part->entities.faces, e.index) : nullptr;
-    if (!node || !f || f->surface.type != qrnsg::PartEntities::Surface::PLANE)
+    const int* id = nullptr;
+    const auto* f = faceOf(face, &id);
+    if (!f || f->surface.type != qrnsg::PartEntities::Surface::PLANE)
         return false;
     Placed placed;
-    const int* id = at(node->meshIds, f->mesh);
     if (!id || !place(m_rt->meshes, *id, placed))
         placed.transform = MatrixUtils::identity();
     // Normals go by the inverse transpose, so that a scaled placement keeps them square.

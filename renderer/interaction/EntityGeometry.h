@@ -6,6 +6,7 @@
 #include "qrnmath/Tuple.h"
 #include "qrnsg/BBox.h"
 #include "qrnsg/Mesh.h"
+#include "qrnsg/PartEntities.h"
 #include "qrnsg/Polyline.h"
 
 #include <memory>
@@ -55,6 +56,8 @@ private:
     bool place(const qrnsg::RTState& state, int id, Placed& placed) const;
     void addNode(int node, qrnsg::BBox& box) const;
     void addEntity(unsigned int name, qrnsg::BBox& box) const;
+    // A face name's face and the primitive id of the mesh that holds it; null for another name.
+    const qrnsg::PartEntities::Face* faceOf(unsigned int face, const int** meshId) const;
     // The world triangles of a face, three corners each.
     bool faceTriangles(unsigned int face, std::vector<qrnmath::Vec3>& corners) const;
     bool setNodeShown(int node, bool shown) const;

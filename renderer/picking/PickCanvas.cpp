@@ -13,31 +13,27 @@ PickCanvas::PickCanvas(std::shared_ptr<IRenderContext> context,
 PickCanvas::~PickCanvas() = default;
 
 void PickCanvas::OnDraw() const {
-    PickPass probe(m_document);
-    if (!probe.ready() || m_size <= 0)
-        return;
-    GLint viewport[4] = {0, 0, 0, 0};
-    if (m_context)
-        m_context->activate();
-    glGetIntegerv(GL_VIEWPORT, viewport);
-    if (m_context)
-        m_context->deactivate();
-    const double height = probe.camera()->viewportHeight();
-    pass(m_x, height - m_y + viewport[1], m_size, m_size);
+    if (m_size > 0)
+        pass(m_x, m_y, m_size, m_size, true);
 }
 
 void PickCanvas::OnDrawPickBox(int x, int y, int width, int height) {
     if (width <= 0 || height <= 0)
         return;
-    pass(x + width * 0.5, y + height * 0.5, width, height);
+    pass(x + width * 0.5, y + height * 0.5, width, height, false);
 }
 
-void PickCanvas::pass(double cx, double cy, double width, double height) const {
+void PickCanvas::pass(double cx, double cy, double width, double height, bool fromTop) const {
     PickPass pick(m_document);
     if (!pick.ready())
         return;
     if (m_context)
         m_context->activate();
+    if (fromTop) {
+        GLint viewport[4] = {0, 0, 0, 0};
+        glGetIntegerv(GL_VIEWPORT, viewport);
+        cy = pick.camera()->viewportHeight() - cy + viewport[1];
+    }
     glMatrixMode(GL_PROJECTION);
     glPushMatrix();
     glMatrixMode(GL_MODELVIEW);

@@ -17,7 +17,9 @@ public:
     void OnDrawPickBox(int x, int y, int width, int height) override;
 
 private:
-    void pass(double cx, double cy, double width, double height) const;
+    // The pass around (cx, cy) in OpenGL window coordinates, or, with fromTop, around the
+    // window point (cx, cy) (origin top left) as the camera's height and the viewport place it.
+    void pass(double cx, double cy, double width, double height, bool fromTop) const;
 };
 
 } // namespace qrngl

@@ -17,12 +17,26 @@ const float kSelected[3] = {0.9f, 0.1f, 0.8f}; // apart from the usual part colo
 const float kHovered[3] = {0.2f, 0.7f, 1.0f};
 } // namespace
 
+struct SelectionRenderer::Components {
+    std::shared_ptr<qrnsg::SCSceneTopo> topology;
+    std::shared_ptr<qrnsg::SCSceneRT> rt;
+    std::shared_ptr<SCStripRenderer> strips;
+};
+
 SelectionRenderer::SelectionRenderer(std::shared_ptr<qrn::IDocument> document,
                                      std::shared_ptr<SelectionSet> set)
     : m_document(std::move(document)), m_set(std::move(set)) {}
 
 void SelectionRenderer::render() const {
     if (!m_document || !m_set || (m_set->selected().empty() && m_set->hovered() == 0))
+        return;
+    Components c{
+        std::dynamic_pointer_cast<qrnsg::SCSceneTopo>(
+            m_document->getSchema(qrnsg::SCHEMA_SCENE_TOPO)),
+        std::dynamic_pointer_cast<qrnsg::SCSceneRT>(m_document->getSchema(qrnsg::SCHEMA_SCENE_RT)),
+        std::dynamic_pointer_cast<SCStripRenderer>(
+            m_document->getSchema(qrnsg::SCHEMA_STRIP_RENDERER))};
+    if (!c.topology || !c.rt || !c.strips)
         return;
     glPushAttrib(GL_ENABLE_BIT | GL_CURRENT_BIT | GL_LINE_BIT | GL_POINT_BIT | GL_POLYGON_BIT |
                  GL_DEPTH_BUFFER_BIT | GL_COLOR_BUFFER_BIT);
@@ -38,22 +52,17 @@ void SelectionRenderer::render() const {
     glPolygonOffset(-1.0f, -1.0f);
     glLineWidth(3.0f);
     for (unsigned int name : m_set->selected())
-        draw(name, kSelected);
+        draw(c, name, kSelected);
     // What is selected already shows as such.
     if (m_set->hovered() != 0 && !m_set->isSelected(m_set->hovered()))
-        draw(m_set->hovered(), kHovered);
+        draw(c, m_set->hovered(), kHovered);
     glPopAttrib();
 }
 
-void SelectionRenderer::draw(unsigned int name, const float colour[3]) const {
-    auto topology = std::dynamic_pointer_cast<qrnsg::SCSceneTopo>(
-        m_document->getSchema(qrnsg::SCHEMA_SCENE_TOPO));
-    auto rt =
-        std::dynamic_pointer_cast<qrnsg::SCSceneRT>(m_document->getSchema(qrnsg::SCHEMA_SCENE_RT));
-    auto strips = std::dynamic_pointer_cast<SCStripRenderer>(
-        m_document->getSchema(qrnsg::SCHEMA_STRIP_RENDERER));
-    if (!topology || !rt || !strips)
-        return;
+void SelectionRenderer::draw(const Components& c, unsigned int name, const float colour[3]) const {
+    const auto& topology = c.topology;
+    const auto& rt = c.rt;
+    const auto& strips = c.strips;
     const EntityNames::Entity entity = topology->resolve(name);
     const auto* part = topology->partOf(entity.node);
     if (!part)

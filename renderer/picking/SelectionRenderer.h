@@ -21,7 +21,8 @@ public:
     short order() const override { return ORDER; }
 
 private:
-    void draw(unsigned int name, const float colour[3]) const;
+    struct Components;
+    void draw(const Components& c, unsigned int name, const float colour[3]) const;
 
     std::shared_ptr<qrn::IDocument> m_document;
     std::shared_ptr<SelectionSet> m_set;
