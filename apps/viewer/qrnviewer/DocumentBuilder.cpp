@@ -18,6 +18,8 @@
 #include "qrnviewer/StandardView.h"
 
 #include <algorithm>
+#include <atomic>
+#include <thread>
 #include <utility>
 
 namespace qrnviewer {
@@ -36,6 +38,30 @@ qrnsg::SCInfo::UNITS unitOf(const std::wstring& name) {
     return qrnsg::SCInfo::MILLIMETRE;
 }
 
+// Each part's meshes with its faces, parts spread over the cores.
+void optimizeMeshes(qrnsg::SCScene& scene, const std::vector<qrnsg::SCSceneTopo::Part>& parts,
+                    const MeshOptimizer::Options& options) {
+    std::atomic<std::size_t> next{0};
+    auto work = [&] {
+        for (std::size_t p = next++; p < parts.size(); p = next++) {
+            std::vector<qrnsg::Mesh> meshes;
+            for (int m : parts[p].meshes)
+                meshes.push_back(std::move(scene.meshes[static_cast<std::size_t>(m)]));
+            MeshOptimizer::optimize(meshes, parts[p].entities, options);
+            for (std::size_t m = 0; m < meshes.size(); ++m)
+                scene.meshes[static_cast<std::size_t>(parts[p].meshes[m])] = std::move(meshes[m]);
+        }
+    };
+    const std::size_t threads =
+        std::min<std::size_t>(std::max(1u, std::thread::hardware_concurrency()), parts.size());
+    std::vector<std::thread> pool;
+    for (std::size_t t = 1; t < threads; ++t)
+        pool.emplace_back(work);
+    work();
+    for (auto& t : pool)
+        t.join();
+}
+
 } // namespace
 
 std::shared_ptr<qrnsg::IFactory> DocumentBuilder::factoryChain() {
@@ -43,7 +69,8 @@ std::shared_ptr<qrnsg::IFactory> DocumentBuilder::factoryChain() {
         std::make_shared<qrngl::SCGLFactory>(std::make_shared<qrnsg::SCFactory>()));
 }
 
-std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model) {
+std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model,
+                                                      const MeshOptimizer::Options& meshes) {
     auto document = std::make_shared<qrn::Document>(factoryChain());
     document->addSchema(qrnsg::SCHEMA_SCENE);
     document->addSchema(qrnsg::SCHEMA_SCENE_RT);
@@ -107,6 +134,8 @@ std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model) {
             scene->points.push_back(points);
         }
     }
+
+    optimizeMeshes(*scene, parts, meshes);
 
     // One primitive per placed mesh, edge set and vertex set; the topology lists them by node.
     int nextId = 1;

@@ -10,6 +10,7 @@ std::shared_ptr<qrnsg::Schema> SCStripRenderer::clone() const {
 
 void SCStripRenderer::clear() {
     meshes.clear();
+    coarseMeshes.clear();
     polylines.clear();
     points.clear();
     texts.clear();

@@ -18,6 +18,9 @@ public:
     void clear() override;
 
     std::vector<std::shared_ptr<IStripEntry>> meshes;
+    // By the same drawable index: the mesh with fewer triangles that frames in motion may
+    // draw instead; empty or null where there is none.
+    std::vector<std::shared_ptr<IStripEntry>> coarseMeshes;
     std::vector<std::shared_ptr<IStripEntry>> polylines;
     std::vector<std::shared_ptr<IStripEntry>> points;
     std::vector<std::shared_ptr<IStripEntry>> texts;

@@ -15,10 +15,13 @@ const void* offset(std::size_t bytes) {
 
 MeshStripEntry::MeshStripEntry(const qrnsg::Mesh& mesh)
     : m_indices(mesh.indices.begin(), mesh.indices.end()), m_indexCount(mesh.indices.size()),
+      m_coarseCount(mesh.coarseIndices.size() - mesh.coarseIndices.size() % 3),
       m_hasNormals(mesh.normals.size() == mesh.vertices.size() && !mesh.vertices.empty()),
       m_hasTexCoords(mesh.texCoords.size() == mesh.vertices.size() && !mesh.vertices.empty()),
       m_shortIndices(mesh.vertices.size() <= 0xFFFF) {
     m_stride = 3 + (m_hasNormals ? 3 : 0) + (m_hasTexCoords ? 2 : 0);
+    m_indices.insert(m_indices.end(), mesh.coarseIndices.begin(),
+                     mesh.coarseIndices.begin() + static_cast<std::ptrdiff_t>(m_coarseCount));
     m_vertices.reserve(mesh.vertices.size() * static_cast<std::size_t>(m_stride));
     for (std::size_t i = 0; i < mesh.vertices.size(); ++i) {
         const auto& v = mesh.vertices[i];
@@ -60,20 +63,26 @@ void MeshStripEntry::prepare() const {
         }
         glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
     } else {
-        // Without buffer objects, a display list holds the geometry on the driver's side.
-        m_list = glGenLists(1);
-        glNewList(m_list, GL_COMPILE);
-        glBegin(GL_TRIANGLES);
-        for (std::uint32_t i : m_indices) {
-            const float* v = &m_vertices[static_cast<std::size_t>(i) * m_stride];
-            if (m_hasNormals)
-                glNormal3fv(v + 3);
-            if (m_hasTexCoords)
-                glTexCoord2fv(v + (m_hasNormals ? 6 : 3));
-            glVertex3fv(v);
-        }
-        glEnd();
-        glEndList();
+        // Without buffer objects, display lists hold the geometry on the driver's side.
+        auto compile = [this](std::size_t first, std::size_t count) {
+            unsigned int list = glGenLists(1);
+            glNewList(list, GL_COMPILE);
+            glBegin(GL_TRIANGLES);
+            for (std::size_t k = first; k < first + count; ++k) {
+                const float* v = &m_vertices[static_cast<std::size_t>(m_indices[k]) * m_stride];
+                if (m_hasNormals)
+                    glNormal3fv(v + 3);
+                if (m_hasTexCoords)
+                    glTexCoord2fv(v + (m_hasNormals ? 6 : 3));
+                glVertex3fv(v);
+            }
+            glEnd();
+            glEndList();
+            return list;
+        };
+        m_list = compile(0, m_indexCount);
+        if (m_coarseCount > 0)
+            m_coarseList = compile(m_indexCount, m_coarseCount);
     }
     std::vector<float>().swap(m_vertices);
     std::vector<std::uint32_t>().swap(m_indices);
@@ -115,9 +124,34 @@ void MeshStripEntry::render() const {
         return;
     }
     bind();
-    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(m_indexCount),
-                   m_shortIndices ? GL_UNSIGNED_SHORT : GL_UNSIGNED_INT, offset(0));
+    drawElements(0, m_indexCount);
     unbind();
+}
+
+void MeshStripEntry::renderCoarse() const {
+    if (m_coarseCount == 0) {
+        render();
+        return;
+    }
+    prepare();
+    if (m_coarseList) {
+        glCallList(m_coarseList);
+        return;
+    }
+    if (m_list) {
+        glCallList(m_list);
+        return;
+    }
+    bind();
+    drawElements(m_indexCount, m_coarseCount);
+    unbind();
+}
+
+void MeshStripEntry::drawElements(std::size_t first, std::size_t count) const {
+    const std::size_t indexBytes = m_shortIndices ? sizeof(std::uint16_t) : sizeof(std::uint32_t);
+    glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(count),
+                   m_shortIndices ? GL_UNSIGNED_SHORT : GL_UNSIGNED_INT,
+                   offset(first * indexBytes));
 }
 
 void MeshStripEntry::renderRanges(const std::vector<Range>& ranges,
@@ -132,7 +166,6 @@ void MeshStripEntry::renderRanges(const std::vector<Range>& ranges,
     }
     bind();
     const std::size_t triangles = m_indexCount / 3;
-    const std::size_t indexBytes = m_shortIndices ? sizeof(std::uint16_t) : sizeof(std::uint32_t);
     for (std::size_t i = 0; i < ranges.size(); ++i) {
         const std::size_t first = ranges[i].first;
         if (first >= triangles)
@@ -140,9 +173,7 @@ void MeshStripEntry::renderRanges(const std::vector<Range>& ranges,
         const std::size_t count = std::min<std::size_t>(ranges[i].count, triangles - first);
         if (before)
             before(i);
-        glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(count * 3),
-                       m_shortIndices ? GL_UNSIGNED_SHORT : GL_UNSIGNED_INT,
-                       offset(first * 3 * indexBytes));
+        drawElements(first * 3, count * 3);
     }
     unbind();
 }
@@ -154,8 +185,10 @@ void MeshStripEntry::release() {
         glDeleteBuffers(1, &m_ibo);
     if (m_list)
         glDeleteLists(m_list, 1);
-    m_vbo = m_ibo = m_list = 0;
-    m_indexCount = 0;
+    if (m_coarseList)
+        glDeleteLists(m_coarseList, 1);
+    m_vbo = m_ibo = m_list = m_coarseList = 0;
+    m_indexCount = m_coarseCount = 0;
 }
 
 } // namespace qrnglutils

@@ -7,11 +7,19 @@ namespace qrnglutils {
 
 void SceneBuilder::buildDrawables(const qrnsg::SCScene& scene, qrngl::SCStripRenderer& strips) {
     strips.meshes.clear();
+    strips.coarseMeshes.clear();
     strips.polylines.clear();
     strips.points.clear();
     strips.meshes.reserve(scene.meshes.size());
-    for (const auto& m : scene.meshes)
-        strips.meshes.push_back(std::make_shared<MeshStripEntry>(m));
+    for (const auto& m : scene.meshes) {
+        auto entry = std::make_shared<MeshStripEntry>(m);
+        if (entry->coarseTriangleCount() > 0) {
+            strips.coarseMeshes.resize(scene.meshes.size());
+            strips.coarseMeshes[strips.meshes.size()] =
+                std::make_shared<MeshStripEntry::Coarse>(entry);
+        }
+        strips.meshes.push_back(std::move(entry));
+    }
     for (const auto& p : scene.polylines)
         strips.polylines.push_back(std::make_shared<PolylineStripEntry>(p));
     for (const auto& p : scene.points)
