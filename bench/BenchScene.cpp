@@ -68,7 +68,13 @@ void TimeReporter::ReportRuns(const std::vector<Run>& runs) {
 
 double TimeReporter::time(const std::string& name) const {
     auto it = m_times.find(name);
-    return it == m_times.end() ? -1.0 : it->second;
+    if (it != m_times.end())
+        return it->second;
+    // Google Benchmark appends run settings (".../min_time:3.000") to the name.
+    it = m_times.lower_bound(name + "/");
+    return it != m_times.end() && it->first.compare(0, name.size() + 1, name + "/") == 0
+               ? it->second
+               : -1.0;
 }
 
 } // namespace qrnbench

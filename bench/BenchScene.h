@@ -46,7 +46,8 @@ class TimeReporter : public benchmark::ConsoleReporter {
 public:
     TimeReporter(int argc, char** argv);
     void ReportRuns(const std::vector<Run>& runs) override;
-    // The adjusted real time of a benchmark in its unit; negative when it did not run.
+    // The adjusted real time of a benchmark in its unit (by its name without the run settings
+    // Google Benchmark appends); negative when it did not run.
     double time(const std::string& name) const;
 
 private:

@@ -7,6 +7,7 @@
 #include "qrngl/SCRenderer.h"
 #include "qrngl/SCStripRenderer.h"
 #include "qrngl/frame/FrameSetup.h"
+#include "qrngl/frame/MotionGovernor.h"
 #include "qrnglutils/ScopedTransform.h"
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
@@ -14,6 +15,8 @@
 #include "qrnsgutils/DataUtils.h"
 #include "qrnsgutils/InstanceWalker.h"
 
+#include <chrono>
+#include <functional>
 #include <unordered_set>
 
 namespace qrngl {
@@ -30,13 +33,14 @@ bool inRange(const std::vector<T>& v, int i) {
 
 // Draws the shown primitives of a line pass (polylines or points), applying the scene's
 // line material whenever the material index changes along the draw order; with `only`, just
-// the primitives it holds.
+// the primitives it holds; without those `skip` says yes to.
 void renderLinePass(const qrnsg::SCScene& scene, const RTState& state,
                     const std::vector<std::shared_ptr<IStripEntry>>& entries,
-                    const std::unordered_set<int>* only = nullptr) {
+                    const std::unordered_set<int>* only = nullptr,
+                    const std::function<bool(const InstanceWalker::Instance&)>& skip = {}) {
     int previous = -1;
     InstanceWalker::walk(state, entries.size(), [&](const InstanceWalker::Instance& instance) {
-        if (only && !only->count(instance.id))
+        if ((only && !only->count(instance.id)) || (skip && skip(instance)))
             return;
         if (instance.material != previous) {
             previous = instance.material;
@@ -49,10 +53,29 @@ void renderLinePass(const qrnsg::SCScene& scene, const RTState& state,
     });
 }
 
+bool clipPlaneOn() {
+    GLint planes = 0;
+    glGetIntegerv(GL_MAX_CLIP_PLANES, &planes);
+    for (GLint i = 0; i < planes; ++i)
+        if (glIsEnabled(static_cast<GLenum>(GL_CLIP_PLANE0 + i)))
+            return true;
+    return false;
+}
+
+bool mirrors(const qrnmath::Mat4* m) {
+    if (!m)
+        return false;
+    const float* a = m->data();
+    return a[0] * (a[5] * a[10] - a[9] * a[6]) - a[4] * (a[1] * a[10] - a[9] * a[2]) +
+               a[8] * (a[1] * a[6] - a[5] * a[2]) <
+           0.0f;
+}
+
 } // namespace
 
 Canvas::Canvas(std::shared_ptr<IRenderContext> context, std::shared_ptr<qrn::IDocument> document)
-    : CanvasBase(std::move(context), std::move(document)) {}
+    : CanvasBase(std::move(context), std::move(document)),
+      m_governor(std::make_unique<MotionGovernor>()) {}
 
 Canvas::~Canvas() = default;
 
@@ -68,9 +91,17 @@ void Canvas::OnDraw() const {
     // A document without a renderer component has nothing to draw with.
     if (!renderer || !renderer->isReady() || !m_invalidated)
         return;
+    const auto start = std::chrono::steady_clock::now();
     m_context->activate();
     if (scene && pmi && rt && strips) {
+        m_trianglesDrawn = 0;
         render(scene, pmi, rt, renderer, strips);
+        // The budget is for the finished frame, not for the calls that asked for it.
+        if (renderer->frameBudget > 0.0)
+            glFinish();
+        const std::chrono::duration<double, std::milli> took =
+            std::chrono::steady_clock::now() - start;
+        m_governor->record(took.count(), m_trianglesDrawn, renderer->lastFrame);
         m_context->deactivate();
         m_invalidated = false;
     }
@@ -94,6 +125,7 @@ void Canvas::render(const Scene& scene, const Pmi& pmi, const SceneRT& rt, const
         renderer->sceneSetupRenderer->render();
     for (const auto& pre : renderer->preRenderers)
         pre->render();
+    m_governor->plan(*scene, *rt, *strips, *renderer);
 
     const SCRenderer::RENDERMODE mode = renderer->renderMode;
     const bool meshesShown = qrnsgutils::DataUtils::updateRenderState(
@@ -130,14 +162,28 @@ void Canvas::renderMeshes(const Scene& scene, const Pmi&, const SceneRT& rt,
         return;
     int previous = -1;
     bool blending = false;
+    // The back faces of a closed solid are never seen unless a clip plane cuts it open; a
+    // frame that culls already is left as it is.
+    const bool mayCull = !glIsEnabled(GL_CULL_FACE) && !clipPlaneOn();
+    GLint twoSided = GL_TRUE, frontFace = GL_CCW;
+    glGetIntegerv(GL_LIGHT_MODEL_TWO_SIDE, &twoSided);
+    glGetIntegerv(GL_FRONT_FACE, &frontFace);
+    const GLenum mirroredFace = frontFace == GL_CCW ? GL_CW : GL_CCW;
+    bool culling = false, mirrored = false, transparent = false;
+    const bool coarse = m_governor->coarse();
     InstanceWalker::walk(
         rt->meshes, strips->meshes.size(), [&](const InstanceWalker::Instance& instance) {
+            if (m_governor->culledMesh(instance.drawable, instance.transform))
+                return;
+            const auto drawable = static_cast<std::size_t>(instance.drawable);
             const int material = instance.material;
             if (material != previous) {
                 previous = material;
+                transparent =
+                    inRange(rt->meshMaterialRecords, material) &&
+                    rt->meshMaterialRecords[static_cast<std::size_t>(material)].isTransparent();
                 // The draw order puts transparent materials last, so blending stays on once on.
-                if (!blending && inRange(rt->meshMaterialRecords, material) &&
-                    rt->meshMaterialRecords[static_cast<std::size_t>(material)].isTransparent()) {
+                if (!blending && transparent) {
                     glEnable(GL_BLEND);
                     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
                     blending = true;
@@ -154,9 +200,41 @@ void Canvas::renderMeshes(const Scene& scene, const Pmi&, const SceneRT& rt,
                         renderer->textures[static_cast<std::size_t>(texture)]->bind();
                 }
             }
+            const bool known = drawable < scene->meshes.size();
+            const bool cull = mayCull && !transparent && known && scene->meshes[drawable].closed;
+            if (cull != culling) {
+                culling = cull;
+                if (cull) {
+                    glEnable(GL_CULL_FACE);
+                    glCullFace(GL_BACK);
+                    glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_FALSE);
+                } else {
+                    glDisable(GL_CULL_FACE);
+                    glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, twoSided);
+                }
+            }
+            // A mirroring placement turns the winding of what it places.
+            const bool mirror = cull && mirrors(instance.transform);
+            if (mirror != mirrored) {
+                mirrored = mirror;
+                glFrontFace(mirror ? mirroredFace : static_cast<GLenum>(frontFace));
+            }
             qrnglutils::ScopedTransform place(instance);
-            strips->meshes[static_cast<std::size_t>(instance.drawable)]->render();
+            if (coarse && drawable < strips->coarseMeshes.size() &&
+                strips->coarseMeshes[drawable]) {
+                strips->coarseMeshes[drawable]->render();
+                m_trianglesDrawn += known ? scene->meshes[drawable].coarseIndices.size() / 3 : 0;
+            } else {
+                strips->meshes[drawable]->render();
+                m_trianglesDrawn += known ? scene->meshes[drawable].triangleCount() : 0;
+            }
         });
+    if (culling) {
+        glDisable(GL_CULL_FACE);
+        glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, twoSided);
+    }
+    if (mirrored)
+        glFrontFace(static_cast<GLenum>(frontFace));
     if (blending)
         glDisable(GL_BLEND);
     glBindTexture(GL_TEXTURE_2D, 0);
@@ -166,16 +244,22 @@ void Canvas::renderPolylines(const Scene& scene, const Pmi& pmi, const SceneRT& 
                              const Renderer& renderer, const Strips& strips) const {
     if (strips->polylines.empty() || rt->polylines.drawOrder.empty())
         return;
-    if (renderer->renderMode != SCRenderer::SHADED) {
-        renderLinePass(*scene, rt->polylines, strips->polylines);
-        return;
-    }
     // The shaded view leaves the parts' edges out; annotation lines stay with their texts.
+    const bool shaded = renderer->renderMode == SCRenderer::SHADED;
     std::unordered_set<int> annotations;
-    for (const auto& item : pmi->items)
-        annotations.insert(item.polylineIds.begin(), item.polylineIds.end());
-    if (!annotations.empty())
-        renderLinePass(*scene, rt->polylines, strips->polylines, &annotations);
+    if (shaded || m_governor->active())
+        for (const auto& item : pmi->items)
+            annotations.insert(item.polylineIds.begin(), item.polylineIds.end());
+    if (shaded && annotations.empty())
+        return;
+    // The edges of parts left out while moving go with them.
+    auto skip = [&](const InstanceWalker::Instance& instance) {
+        return !annotations.count(instance.id) &&
+               m_governor->culledPolyline(instance.drawable, instance.transform);
+    };
+    renderLinePass(*scene, rt->polylines, strips->polylines, shaded ? &annotations : nullptr,
+                   m_governor->active() ? std::function<bool(const InstanceWalker::Instance&)>(skip)
+                                        : nullptr);
 }
 
 void Canvas::renderDepthOnly(const Scene& scene, const Pmi& pmi, const SceneRT& rt,

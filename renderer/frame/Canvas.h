@@ -15,9 +15,11 @@ namespace qrngl {
 
 class SCRenderer;
 class SCStripRenderer;
+class MotionGovernor;
 
 // Draws the document's scene with the renderer component's pre- and post-renderers, at most
-// one frame per Invalidate().
+// one frame per Invalidate(). Closed solids are drawn front faces only while no clip plane is
+// on; while the camera moves, frames keep within the renderer's frame budget.
 class QRNGL_EXPORT Canvas : public CanvasBase<> {
 public:
     Canvas(std::shared_ptr<IRenderContext> context, std::shared_ptr<qrn::IDocument> document);
@@ -45,6 +47,9 @@ private:
     // Draws the point sets as polylines are drawn; not part of the frame.
     void renderPoints(const Scene&, const Pmi&, const SceneRT&, const Renderer&,
                       const Strips&) const;
+
+    std::unique_ptr<MotionGovernor> m_governor;
+    mutable std::size_t m_trianglesDrawn = 0;
 };
 
 } // namespace qrngl

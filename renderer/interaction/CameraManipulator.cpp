@@ -786,8 +786,18 @@ void CameraManipulator::changeProjection() {
     r->update();
 }
 
-void CameraManipulator::doSizeCulling() {}
+void CameraManipulator::doSizeCulling() {
+    if (auto r = renderer())
+        r->sizeCulling = true;
+}
 
-void CameraManipulator::resetSizeCulling() {}
+void CameraManipulator::resetSizeCulling() {
+    auto r = renderer();
+    if (!r || !r->sizeCulling)
+        return;
+    // The still frame shows the whole model again.
+    r->sizeCulling = false;
+    r->update();
+}
 
 } // namespace qrngl

@@ -149,7 +149,8 @@ private:
     void rotateAboutPivot(const std::shared_ptr<Camera>& camera, int x, int y, int dx, int dy);
     // Records the visibility change since `before` as one undo step, and shows it.
     void recordVisibility(const std::shared_ptr<qrn::IState>& before);
-    // Small parts are to be skipped while the camera moves; nothing is culled yet.
+    // While the camera moves under a drag, frames may leave the smallest parts out and draw
+    // coarse meshes (see SCRenderer::frameBudget); the reset brings the full frame back.
     void doSizeCulling();
     void resetSizeCulling();
 

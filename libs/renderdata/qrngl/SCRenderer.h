@@ -73,6 +73,21 @@ public:
     int mouseStyle = 0;
     // Set while the camera moves under a drag or an animation.
     bool motion = false;
+    // Set by the camera while it moves under a drag: frames may then leave out the parts
+    // that look smallest and draw coarse meshes, to keep within the frame budget.
+    bool sizeCulling = false;
+    // The time a frame in motion may take, in milliseconds; 0 draws every frame in full.
+    double frameBudget = 33.0;
+    // What the last frame drew and how long it took (the frame's own measure).
+    struct FrameStats {
+        double milliseconds = 0.0;
+        std::size_t triangles = 0; // mesh triangles drawn
+        std::size_t culled = 0;    // mesh instances left out for their size
+        std::size_t coarse = 0;    // mesh instances drawn coarse
+        std::size_t instances = 0; // mesh instances shown
+        float cullRadius = 0.0f;   // pixels: smaller instances were left out
+    };
+    FrameStats lastFrame;
     std::vector<std::shared_ptr<IManipulator>> manipulators;
     // The canvases showing this document, first the main one.
     std::vector<std::weak_ptr<ICanvas>> canvases;

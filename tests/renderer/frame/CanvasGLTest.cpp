@@ -5,6 +5,7 @@
 #include "qrngl/GL.h"
 #include "qrngl/frame/Canvas.h"
 #include "qrngl/frame/EmptyCanvas.h"
+#include "qrnglutils/MeshStripEntry.h"
 #include "qrnglutils/ViewRenderer.h"
 #include "qrnmath/MatrixUtils.h"
 
@@ -233,6 +234,112 @@ TEST_F(CanvasGLTest, MeshesDrawUnderTheirOwnTransforms) {
     canvas->Invalidate();
     paint();
     EXPECT_EQ(countPixels(kRed), 0u);
+    EXPECT_NO_GL_ERROR();
+}
+
+// A rectangle whose triangles wind the other way: it faces -z.
+qrnsg::Mesh backwards(qrnsg::Mesh mesh) {
+    for (std::size_t i = 0; i + 2 < mesh.indices.size(); i += 3)
+        std::swap(mesh.indices[i + 1], mesh.indices[i + 2]);
+    return mesh;
+}
+
+TEST_F(CanvasGLTest, ClosedSolidsShowFrontFacesUnlessCutOpenOrTransparent) {
+    // A camera on +z looking down -z.
+    doc.renderer->viewRenderer = std::make_shared<FunctionRenderer>([] {
+        glMatrixMode(GL_PROJECTION);
+        glOrtho(-1, 1, -1, 1, -10, 10);
+        glMatrixMode(GL_MODELVIEW);
+    });
+    int red = doc.addMeshMaterial(qrnsg::MMaterial::fromColor(1, 0, 0), false);
+    int glass = doc.addMeshMaterial(qrnsg::MMaterial::fromColor(0, 0, 1, 0.5f), true);
+    doc.addMesh(rectangle(-0.9f, 0.5f, -0.5f, 0.9f), red);            // 0: faces the camera
+    doc.addMesh(backwards(rectangle(-0.2f, 0.5f, 0.2f, 0.9f)), red);  // 1: turned away
+    doc.addMesh(backwards(rectangle(0.5f, 0.5f, 0.9f, 0.9f)), glass); // 2: turned away
+    // 3: faces the camera, placed mirrored about x = 0: it winds the other way on screen.
+    const int mirrored = doc.addMesh(rectangle(0.5f, -0.9f, 0.9f, -0.5f), red);
+    doc.rt->meshes.transforms.find(mirrored)->first =
+        qrnmath::MatrixUtils::scaling(qrnmath::Vec3(-1, 1, 1));
+    *doc.rt->meshes.flags.find(mirrored) |= qrnsg::RTState::HAS_TRANSFORM;
+    // 4: turned away, after the transparent one in the draw order.
+    doc.addMesh(backwards(rectangle(-0.2f, -0.9f, 0.2f, -0.5f)), red);
+    for (auto& mesh : doc.scene->meshes)
+        mesh.closed = true;
+    auto frame = [&] {
+        canvas->Invalidate();
+        paint();
+        return std::vector<bool>{!near(pixel(10, 10), kGrey), !near(pixel(32, 10), kGrey),
+                                 !near(pixel(54, 10), kGrey), !near(pixel(10, 54), kGrey),
+                                 !near(pixel(32, 54), kGrey)};
+    };
+    GLint twoSided = -1, front = 0;
+    glGetIntegerv(GL_LIGHT_MODEL_TWO_SIDE, &twoSided);
+    EXPECT_EQ(frame(), (std::vector<bool>{true, false, true, true, false}))
+        << "only the closed opaque solids turned away are left out";
+    EXPECT_FALSE(glIsEnabled(GL_CULL_FACE));
+    GLint after = -1;
+    glGetIntegerv(GL_LIGHT_MODEL_TWO_SIDE, &after);
+    EXPECT_EQ(after, twoSided);
+    glGetIntegerv(GL_FRONT_FACE, &front);
+    EXPECT_EQ(front, GL_CCW);
+
+    // A clip plane that cuts nothing here still means a solid may show its inside.
+    doc.renderer->sceneSetupRenderer = std::make_shared<FunctionRenderer>([] {
+        const GLdouble keepAll[4] = {0.0, 0.0, 1.0, 100.0};
+        glClipPlane(GL_CLIP_PLANE3, keepAll);
+        glEnable(GL_CLIP_PLANE3);
+    });
+    EXPECT_EQ(frame(), (std::vector<bool>{true, true, true, true, true}));
+    glDisable(GL_CLIP_PLANE3);
+    doc.renderer->sceneSetupRenderer.reset();
+
+    // An open shell keeps both sides.
+    doc.scene->meshes[1].closed = false;
+    EXPECT_EQ(frame(), (std::vector<bool>{true, true, true, true, false}));
+    EXPECT_NO_GL_ERROR();
+}
+
+TEST_F(CanvasGLTest, FramesInMotionLeaveOutTheSmallestThenDrawCoarseUntilTheCameraStops) {
+    int red = doc.addMeshMaterial(qrnsg::MMaterial::fromColor(1, 0, 0), false);
+    // A large square whose coarse version is one of its triangles, and eight small squares
+    // (about 1.6 pixels wide) below it.
+    qrnsg::Mesh big = rectangle(-0.6f, -0.6f, 0.6f, 0.6f);
+    big.coarseIndices.assign(big.indices.begin(), big.indices.begin() + 3);
+    doc.addMesh(big, red);
+    doc.strips->coarseMeshes = {std::make_shared<qrnglutils::MeshStripEntry::Coarse>(
+        std::dynamic_pointer_cast<qrnglutils::MeshStripEntry>(doc.strips->meshes[0]))};
+    for (int i = 0; i < 8; ++i)
+        doc.addMesh(rectangle(-0.95f + 0.2f * static_cast<float>(i), -0.95f,
+                              -0.9f + 0.2f * static_cast<float>(i), -0.9f),
+                    red);
+    // No frame keeps within this: whatever may go, goes.
+    doc.renderer->frameBudget = 1e-6;
+    auto frame = [&] {
+        canvas->Invalidate();
+        paint();
+        return countPixels(kRed);
+    };
+    const std::size_t still = frame();
+    const auto& stats = doc.renderer->lastFrame;
+    EXPECT_EQ(stats.triangles, 18u);
+    EXPECT_EQ(stats.culled, 0u);
+
+    doc.renderer->sizeCulling = true;
+    const std::size_t moving = frame();
+    EXPECT_EQ(stats.instances, 9u);
+    EXPECT_EQ(stats.culled, 8u) << "the small squares go, the large one stays";
+    EXPECT_EQ(stats.coarse, 1u);
+    EXPECT_EQ(stats.triangles, 1u);
+    EXPECT_GT(stats.cullRadius, 1.0f);
+    EXPECT_NEAR(static_cast<double>(moving), 38.4 * 38.4 / 2, 60.0) << "one triangle of it";
+
+    // The still frame is whole again, and so is every frame without a budget.
+    doc.renderer->sizeCulling = false;
+    EXPECT_EQ(frame(), still);
+    doc.renderer->sizeCulling = true;
+    doc.renderer->frameBudget = 0.0;
+    EXPECT_EQ(frame(), still);
+    EXPECT_EQ(stats.culled + stats.coarse, 0u);
     EXPECT_NO_GL_ERROR();
 }
 

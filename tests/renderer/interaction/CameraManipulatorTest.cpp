@@ -60,6 +60,20 @@ protected:
     std::shared_ptr<qrngl::Cursor> cursor = std::make_shared<qrngl::Cursor>();
 };
 
+TEST_F(CameraManipulatorTest, DragsMayCullUntilReleasedThenTheFullFrameIsAskedFor) {
+    auto m = make();
+    int updates = 0;
+    renderer->updateNotifier = [&] { ++updates; };
+    m->mouseButtonDown(UNCHANGED, L, qrngl::LEFT, 10, 10);
+    EXPECT_FALSE(renderer->sizeCulling);
+    m->mouseMotion(L, 30, 14);
+    EXPECT_TRUE(renderer->sizeCulling);
+    updates = 0;
+    m->mouseButtonUp(UNCHANGED, 0, qrngl::LEFT, 30, 14);
+    EXPECT_FALSE(renderer->sizeCulling);
+    EXPECT_GE(updates, 1);
+}
+
 TEST_F(CameraManipulatorTest, DragsMoveTheCameraAndRecordOneUndoStepEach) {
     auto m = make();
     ASSERT_EQ(m->getOperation(), IE::ROTATE) << "no stored operation";
