@@ -71,6 +71,7 @@ int main(int argc, char** argv) {
     qrnviewer::StandardView::apply(options.view, model.bbox(), renderer->camera);
     if (options.mouseStyle >= 0)
         renderer->mouseStyle = options.mouseStyle;
+    renderer->frameBudget = qrnviewer::Options::budget(options, renderer->frameBudget);
 
     if (window) {
         qrnviewer::ViewerWindow::Settings settings;

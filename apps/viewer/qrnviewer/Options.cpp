@@ -4,8 +4,11 @@
 #include "qrnviewer/MouseStyle.h"
 #include "qrnviewer/StandardView.h"
 
+#include "qrnplatform/Settings.h"
+
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <iterator>
 
 namespace qrnviewer {
@@ -38,6 +41,7 @@ std::string Options::usage() {
     return "usage: qrnview [MODEL] [--snapshot OUT.png] [--size WxH] [--view VIEW]\n"
            "               [--samples 1|4] [--transparent] [--mouse CONVENTION]\n"
            "               [--replay LOG] [--record LOG] [--pick X,Y ...] [--select KIND]\n"
+           "               [--frame-budget MS]\n"
            "  MODEL        a STEP, IGES, BREP, glTF, OBJ or STL file; without one, the\n"
            "               built-in demo assembly\n"
            "  --snapshot   draw off screen and write the frame as a PNG; without it the\n"
@@ -59,8 +63,30 @@ std::string Options::usage() {
            "               highlighted in the picture\n"
            "  --select     what --pick takes: part, face, edge, vertex or any (default any:\n"
            "               edges and vertices near the pixel before the face under it)\n"
+           "  --frame-budget  window: milliseconds a frame may take while the camera moves\n"
+           "               (default 33, or FrameBudget under [Settings\\Renderer] in the\n"
+           "               settings); slower models then leave their smallest parts out and\n"
+           "               draw simplified meshes until the mouse is released; 0: never\n"
            "In the window:\n" +
            EventRouter::keyHelp();
+}
+
+double Options::budget(const Options& options, double fallback) {
+    if (options.frameBudget >= 0.0)
+        return options.frameBudget;
+    std::wstring text;
+    if (!qrnplatform::Settings(L"Settings\\Renderer").readString(L"FrameBudget", text))
+        return fallback;
+    wchar_t* end = nullptr;
+    const double ms = std::wcstod(text.c_str(), &end);
+    if (text.empty() || *end != L'\0' || !(ms >= 0.0 && ms <= 10000.0)) {
+        std::fprintf(stderr,
+                     "qrnview: the FrameBudget setting '%ls' is no number of milliseconds "
+                     "from 0 to 10000; %g is used\n",
+                     text.c_str(), fallback);
+        return fallback;
+    }
+    return ms;
 }
 
 bool Options::parse(int argc, const char* const* argv, Options& o, std::string& error) {
@@ -105,6 +131,17 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
                 return false;
             }
             o.samples = samples == "4" ? 4 : 1;
+        } else if (arg == "--frame-budget") {
+            std::string ms;
+            if (!value(ms))
+                return false;
+            char* end = nullptr;
+            o.frameBudget = std::strtod(ms.c_str(), &end);
+            if (ms.empty() || *end != '\0' || !(o.frameBudget >= 0.0 && o.frameBudget <= 10000.0)) {
+                error = "bad frame budget '" + ms +
+                        "' (milliseconds, 0 to 10000; 0: always the whole model)";
+                return false;
+            }
         } else if (arg == "--transparent") {
             o.transparent = true;
         } else if (arg == "--replay") {

@@ -21,11 +21,16 @@ struct Options {
     std::string screenshot;   // window: write the frame after the replay here, close (tests)
     std::vector<std::pair<int, int>> picks; // window pixels to name (and highlight), in order
     std::string select = "any";             // what a --pick names: part, face, edge, vertex, any
+    // Milliseconds a frame may take while the camera moves; negative: the "FrameBudget"
+    // setting of the renderer, else the renderer's default.
+    double frameBudget = -1.0;
     bool help = false;
 
     // False with a message in error for a command line that makes no sense.
     static bool parse(int argc, const char* const* argv, Options& options, std::string& error);
     static std::string usage();
+    // The frame budget to use: the option's, else the setting's, else `fallback`.
+    static double budget(const Options& options, double fallback);
 };
 
 } // namespace qrnviewer

@@ -131,10 +131,10 @@ TEST_F(QrnviewProcessTest, DrawsThroughThePluginsBesideItOrInTheConfiguredFolder
 }
 
 TEST_F(QrnviewProcessTest, RefusesBadCommandLines) {
-    for (const char* args :
-         {"--view sideways --snapshot x.png", "--size 0x10 --snapshot x.png",
-          "--size big --snapshot x.png", "--snapshot", "--frobnicate",
-          "a.step b.step --snapshot x.png", "--samples 8 --snapshot x.png", "--transparent"}) {
+    for (const char* args : {"--view sideways --snapshot x.png", "--size 0x10 --snapshot x.png",
+                             "--size big --snapshot x.png", "--snapshot", "--frobnicate",
+                             "a.step b.step --snapshot x.png", "--samples 8 --snapshot x.png",
+                             "--transparent", "--frame-budget -1", "--frame-budget 33ms"}) {
         ProcessResult run = qrnview(args);
         EXPECT_EQ(run.exitCode, 2) << args << "\n" << run.output;
         EXPECT_NE(run.output.find("qrnview: "), std::string::npos) << args;
