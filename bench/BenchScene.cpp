@@ -1,6 +1,8 @@
 #include "BenchScene.h"
 
 #include "qrngl/SCStripRenderer.h"
+#include "qrngl/frame/RCBitmap.h"
+#include "qrngl/frame/RCBuffer.h"
 #include "qrnglutils/SceneBuilder.h"
 #include "qrnviewer/DocumentBuilder.h"
 
@@ -10,8 +12,11 @@
 
 namespace qrnbench {
 
-bool BenchScene::prepare(bool withFloor) {
-    context = std::make_shared<qrngl::RCBitmap>(kWidth, kHeight);
+bool BenchScene::prepare(bool withFloor, bool windowLike) {
+    if (windowLike)
+        context = std::make_shared<qrngl::RCBuffer>(kWidth, kHeight, true, nullptr);
+    else
+        context = std::make_shared<qrngl::RCBitmap>(kWidth, kHeight);
     if (!context->create()) {
         std::fprintf(stderr, "no OpenGL context for %s\n", name.c_str());
         return false;

@@ -3,8 +3,8 @@
 #include "FloorDrawable.h"
 
 #include "qrn/Document.h"
+#include "qrngl/IRenderContext.h"
 #include "qrngl/frame/Canvas.h"
-#include "qrngl/frame/RCBitmap.h"
 #include "qrnviewer/ModelData.h"
 
 #include <benchmark/benchmark.h>
@@ -25,13 +25,15 @@ constexpr unsigned int kHeight = 768;
 struct BenchScene {
     std::string name;
     qrnviewer::ModelData model;
-    std::shared_ptr<qrngl::RCBitmap> context;
+    std::shared_ptr<qrngl::IRenderContext> context;
     std::shared_ptr<qrn::Document> document;
     std::shared_ptr<qrngl::Canvas> canvas;
     std::unique_ptr<FloorDrawable> floor;
 
-    // False, saying why, when no context can be had. Leaves the context not current.
-    bool prepare(bool withFloor);
+    // False, saying why, when no context can be had. Leaves the context not current. A
+    // window-like scene draws as the viewer's window does, four times multisampled, in a
+    // pixel buffer (needs an X display).
+    bool prepare(bool withFloor, bool windowLike = false);
     // Frees the GPU objects in their own context and the context.
     void release();
 };

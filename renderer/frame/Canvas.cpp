@@ -126,6 +126,10 @@ void Canvas::render(const Scene& scene, const Pmi& pmi, const SceneRT& rt, const
     for (const auto& pre : renderer->preRenderers)
         pre->render();
     m_governor->plan(*scene, *rt, *strips, *renderer);
+    // Smooth edges cost a multisampled window most of its frame on a software rasteriser; a
+    // frame in motion that must save does without them.
+    if (m_governor->active())
+        glDisable(GL_MULTISAMPLE);
 
     const SCRenderer::RENDERMODE mode = renderer->renderMode;
     const bool meshesShown = qrnsgutils::DataUtils::updateRenderState(
