@@ -21,7 +21,7 @@ public:
         std::size_t cacheOrderFrom = 4096;
         bool coarse = true;
         std::size_t coarseFrom = 1024; // triangles; smaller meshes cost little already
-        float coarseRatio = 0.2f;      // the triangles a coarse mesh aims at, of the full mesh
+        float coarseRatio = 0.1f;      // the triangles a coarse mesh aims at, of the full mesh
         float coarseError = 0.01f;     // the deviation it may have, of the mesh's extent
     };
     struct Stats {
