@@ -780,6 +780,10 @@ ModelData expectPartsMatchTheirShapes(const Handle(TDocStd_Document) & doc) {
 TEST(PartEntitiesTest, DemoPartsKeepTheirTopologyAndGeometry) {
     const ModelData model = expectPartsMatchTheirShapes(qrnviewer::DemoAssembly::make());
     ASSERT_EQ(model.parts.size(), 7u);
+    // Solids, each face meshed with corners of its own: closed once the corners are joined.
+    for (std::size_t p = 0; p < model.parts.size(); ++p)
+        for (const auto& mesh : model.parts[p].meshes)
+            EXPECT_TRUE(mesh.closed) << "part " << p;
     const wchar_t *const shaft = L"Shaft \u00D820", *const plate = L"Base Plate",
                          *const bolt = L"Bolt M8x16";
     // Faces (true) or edges of a kind and radius: the shaft's cylinder and ends; the plate's
@@ -853,6 +857,23 @@ TEST(PartEntitiesTest, BareTrianglesSplitAtCreases) {
     const ModelData model = readFile(dir.file("cube.stl"));
     const auto& part = model.parts.at(0);
     expectEntitiesFit(part);
+    EXPECT_TRUE(part.meshes.at(0).closed) << "the whole cube bounds a solid";
+    // Without a triangle, or turned inside out, it bounds none.
+    Handle(Poly_Triangulation) open = new Poly_Triangulation(8, 11, false), inside = cubeMesh();
+    for (int t = 1; t <= 12; ++t) {
+        int a = 0, b = 0, c = 0;
+        cube->Triangle(t).Get(a, b, c);
+        inside->SetTriangle(t, Poly_Triangle(a, c, b));
+        if (t <= 11)
+            open->SetTriangle(t, cube->Triangle(t));
+    }
+    for (int i = 1; i <= 8; ++i)
+        open->SetNode(i, cube->Node(i));
+    for (const auto& [name, mesh] :
+         {std::make_pair("open.stl", open), std::make_pair("inside.stl", inside)}) {
+        ASSERT_TRUE(RWStl::WriteBinary(mesh, OSD_Path(dir.file(name).c_str())));
+        EXPECT_FALSE(readFile(dir.file(name)).parts.at(0).meshes.at(0).closed) << name;
+    }
     ASSERT_EQ(part.entities.faces.size(), 6u);
     for (const auto& f : part.entities.faces) {
         EXPECT_TRUE(f.surface.type == Surface::NONE && f.triangleCount == 2u);

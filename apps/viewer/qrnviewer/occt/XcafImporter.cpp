@@ -7,6 +7,7 @@
 
 #include "qrnmath/MatrixUtils.h"
 #include "qrnplatform/Text.h"
+#include "qrnviewer/SolidCheck.h"
 #include "qrnviewer/occt/MeshNormals.h"
 #include "qrnviewer/occt/PmiImporter.h"
 
@@ -583,6 +584,10 @@ private:
             part.edges = info.edges;
             part.entities.edges = info.edgeEntities;
         }
+        // A part that bounds a solid is drawn without its back faces.
+        const bool closed = SolidCheck::closed(part.meshes);
+        for (qrnsg::Mesh& mesh : part.meshes)
+            mesh.closed = closed;
         return part;
     }
 
