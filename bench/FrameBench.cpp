@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <string>
@@ -112,10 +113,10 @@ void addCase(const std::string& name, qrnviewer::ModelData model) {
 std::vector<std::unique_ptr<BenchScene>> g_windows;
 
 // The still frame and the frames of a drag as the viewer's window draws them.
-void addWindowCase(const std::string& name, const qrnviewer::ModelData& model) {
+void addWindowCase(const std::string& name, qrnviewer::ModelData model) {
     auto c = std::make_unique<BenchScene>();
     c->name = name;
-    c->model = model;
+    c->model = std::move(model);
     if (!c->prepare(false, true))
         return;
     BenchScene* raw = c.get();
@@ -151,27 +152,43 @@ void addImport(const std::string& name, const std::string& path) {
 
 int main(int argc, char** argv) {
     qrnbench::TimeReporter reporter(argc, argv);
+    // --window: only the frames drawn as the window draws them, in a process of their own,
+    // since pixel buffers on the X display and headless contexts do not mix in one process.
+    bool windows = false;
+    for (int i = 1; i < argc; ++i)
+        if (std::strcmp(argv[i], "--window") == 0) {
+            windows = true;
+            std::copy(argv + i + 1, argv + argc, argv + i);
+            --argc;
+            break;
+        }
     benchmark::Initialize(&argc, argv);
-    const char* display = std::getenv("DISPLAY");
-    const bool windows = display && *display;
-    if (qrnviewer::ModelData demo = qrnbench::BenchModels::demo(); demo.triangleCount() > 0)
-        addCase("demo", std::move(demo));
-    addCase("generated-1M", qrnbench::BenchModels::generatedAssembly(1000000));
+    if (windows && !std::getenv("DISPLAY")) {
+        std::printf("no X display: no frames as the window draws them (run under xvfb-run)\n");
+        return 0;
+    }
+    if (!windows) {
+        if (qrnviewer::ModelData demo = qrnbench::BenchModels::demo(); demo.triangleCount() > 0)
+            addCase("demo", std::move(demo));
+        addCase("generated-1M", qrnbench::BenchModels::generatedAssembly(1000000));
+    }
     for (const char* file : {"pm2_tess_fine.glb", "as1-oc-214-mat.stp", "trj4_pm2-ec-214.stp"}) {
         std::string path = qrnbench::BenchModels::sharedModel(file);
         if (path.empty())
             continue;
         qrnviewer::ModelData model = qrnbench::BenchModels::read(path);
-        if (model.triangleCount() > 0) {
-            if (windows && std::string(file) != "as1-oc-214-mat.stp")
-                addWindowCase(file, model);
+        if (model.triangleCount() > 0 && windows && std::string(file) != "as1-oc-214-mat.stp")
+            addWindowCase(file, std::move(model));
+        if (windows)
+            continue;
+        if (model.triangleCount() > 0)
             addCase(file, std::move(model));
-        }
         addImport(file, path);
     }
 
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    std::printf("\nframe time / floor time (1024x768, goal at most 0.8 on large models):\n");
+    if (!g_cases.empty())
+        std::printf("\nframe time / floor time (1024x768, goal at most 0.8 on large models):\n");
     for (const auto& c : g_cases) {
         const double f = reporter.time("frame/" + c->name);
         const double g = reporter.time("floor/" + c->name);
@@ -186,9 +203,6 @@ int main(int argc, char** argv) {
         std::printf("\nframes while a drag turns the model, drawn as the window draws them (4 "
                     "samples; budget %.0f ms):\n",
                     qrngl::SCRenderer().frameBudget);
-    else
-        std::printf("\nno X display: no frames as the window draws them, and none while "
-                    "dragging (run under xvfb-run)\n");
     for (const auto& c : g_windows) {
         const double still = reporter.time("window/" + c->name);
         const double d = reporter.time("drag/" + c->name);
