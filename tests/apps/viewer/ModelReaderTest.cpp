@@ -677,6 +677,11 @@ TEST(ImportSharedModelsTest, LoadWithTheirFigures) {
         EXPECT_TRUE(near(loaded[name].bbox().min(), box.min(), size * 0.01f)) << name;
         EXPECT_TRUE(near(loaded[name].bbox().max(), box.max(), size * 0.01f)) << name;
     }
+    // Its glTF parts bound solids, so their back faces are left out.
+    std::size_t closed = 0;
+    for (const auto& part : loaded["pm2_tess_fine.glb"].parts)
+        closed += !part.meshes.empty() && part.meshes.front().closed ? 1 : 0;
+    EXPECT_EQ(closed, loaded["pm2_tess_fine.glb"].parts.size());
 
     expectRefused(sharedModel("nist_ftc_08_asme1_ap242-2.stp"),
                   "contains no geometry the viewer can show");
