@@ -51,20 +51,26 @@ int main(int argc, char** argv) {
 
     qrnviewer::TerminalStatus status;
     qrnviewer::ModelData model;
+    qrnviewer::ModelReader::Options reading;
+    reading.meshThreads = options.meshThreads;
     if (options.model.empty()) {
         if (!qrnviewer::DemoAssembly::model(model, error, &status)) {
             status.endProgress();
             std::fprintf(stderr, "qrnview: cannot make the demo assembly: %s\n", error.c_str());
             return 1;
         }
-    } else if (!qrnviewer::ModelReader::read(options.model, model, error, &status)) {
+    } else if (!qrnviewer::ModelReader::read(options.model, reading, model, error, &status)) {
         status.endProgress();
         std::fprintf(stderr, "qrnview: %s\n", error.c_str());
         return 1;
     }
     // Released after the document and every canvas: both may hold objects a plug-in made.
     const qrnviewer::RendererPlugins plugins;
+    // Meshes put in drawing order and simplified, on all cores.
+    status.setProgress(L"preparing", 0);
     auto document = qrnviewer::DocumentBuilder::build(model);
+    status.setProgress(L"preparing", 100);
+    status.endProgress();
     auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     // The fit depends on the picture's shape.
     qrngl::CameraHelper::setViewport(options.width, options.height, renderer->camera);

@@ -41,7 +41,7 @@ std::string Options::usage() {
     return "usage: qrnview [MODEL] [--snapshot OUT.png] [--size WxH] [--view VIEW]\n"
            "               [--samples 1|4] [--transparent] [--mouse CONVENTION]\n"
            "               [--replay LOG] [--record LOG] [--pick X,Y ...] [--select KIND]\n"
-           "               [--frame-budget MS]\n"
+           "               [--frame-budget MS] [--mesh-threads N]\n"
            "  MODEL        a STEP, IGES, BREP, glTF, OBJ or STL file; without one, the\n"
            "               built-in demo assembly\n"
            "  --snapshot   draw off screen and write the frame as a PNG; without it the\n"
@@ -67,6 +67,8 @@ std::string Options::usage() {
            "               (default 33, or FrameBudget under [Settings\\Renderer] in the\n"
            "               settings); slower models then leave their smallest parts out and\n"
            "               draw simplified meshes until the mouse is released; 0: never\n"
+           "  --mesh-threads  threads that mesh the parts of a B-rep model at once (default: one\n"
+           "               per core; 1: one part after another on one thread)\n"
            "In the window:\n" +
            EventRouter::keyHelp();
 }
@@ -142,6 +144,17 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
                         "' (milliseconds, 0 to 10000; 0: always the whole model)";
                 return false;
             }
+        } else if (arg == "--mesh-threads") {
+            std::string n;
+            if (!value(n))
+                return false;
+            char* end = nullptr;
+            const long threads = std::strtol(n.c_str(), &end, 10);
+            if (n.empty() || *end != '\0' || threads < 1 || threads > 1024) {
+                error = "bad thread count '" + n + "' (1 to 1024)";
+                return false;
+            }
+            o.meshThreads = static_cast<unsigned int>(threads);
         } else if (arg == "--transparent") {
             o.transparent = true;
         } else if (arg == "--replay") {

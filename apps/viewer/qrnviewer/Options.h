@@ -24,6 +24,7 @@ struct Options {
     // Milliseconds a frame may take while the camera moves; negative: the "FrameBudget"
     // setting of the renderer, else the renderer's default.
     double frameBudget = -1.0;
+    unsigned int meshThreads = 0; // threads meshing parts at once; 0: one per core
     bool help = false;
 
     // False with a message in error for a command line that makes no sense.

@@ -29,6 +29,7 @@ void TerminalStatus::setProgress(const std::wstring& task, int percent) {
         endProgress();
         m_task = task;
         m_lastShown = -1;
+        m_started = std::chrono::steady_clock::now();
     }
     if (percent == m_percent)
         return;
@@ -50,8 +51,12 @@ void TerminalStatus::endProgress() {
         return;
     if (m_percent >= 0 && m_lastShown != m_percent)
         draw();
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - m_started;
     if (m_open)
-        std::fputc('\n', m_out);
+        std::fprintf(m_out, "  %.2f s\n", took.count());
+    else
+        std::fprintf(m_out, "%-10s %.2f s\n", qrnplatform::Text::toUtf8(m_task).c_str(),
+                     took.count());
     std::fflush(m_out);
     m_open = false;
     m_task.clear();

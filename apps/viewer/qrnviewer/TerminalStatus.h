@@ -10,6 +10,7 @@ namespace qrnviewer {
 
 // Shows progress on a terminal: on a terminal one line redrawn in place ("reading
 // [#####.....]  52%"); elsewhere (a log, CI) a line at each tenth, so that logs stay short.
+// When a task ends, the time it took follows its bar.
 class TerminalStatus : public qrn::IStatusManager {
 public:
     explicit TerminalStatus(std::FILE* out = stderr);
@@ -29,6 +30,7 @@ private:
     int m_lastShown = -1;
     bool m_open = false; // a progress line is on screen without its newline
     std::chrono::steady_clock::time_point m_lastDraw;
+    std::chrono::steady_clock::time_point m_started; // of the task
 };
 
 } // namespace qrnviewer

@@ -399,6 +399,19 @@ TEST(ModelReaderTest, StepRoundTrip) {
     EXPECT_TRUE(status.last.count(L"reading"));
     EXPECT_EQ(status.last[L"meshing"], 100);
     EXPECT_GE(status.ends, 2);
+
+    // Parts meshed at once come out as when meshed one after another.
+    for (unsigned int threads : {1u, 3u}) {
+        ModelReader::Options options;
+        options.meshThreads = threads;
+        ModelData again;
+        ASSERT_TRUE(ModelReader::read(path, options, again, error)) << error;
+        ASSERT_EQ(again.parts.size(), model.parts.size());
+        for (std::size_t p = 0; p < model.parts.size(); ++p)
+            for (std::size_t m = 0; m < model.parts[p].meshes.size(); ++m)
+                EXPECT_EQ(again.parts[p].meshes.at(m).indices, model.parts[p].meshes[m].indices)
+                    << threads << " threads, part " << p;
+    }
 }
 
 // A unit cube as a bare triangulation: 8 nodes, 12 triangles.

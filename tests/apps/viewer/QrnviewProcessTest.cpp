@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <string>
 
 namespace {
@@ -55,6 +56,12 @@ TEST_F(QrnviewProcessTest, DrawsTheDemoAssemblyIntoAPng) {
     ProcessResult run =
         qrnview("--snapshot '" + path("demo.png") + "' --size 200x150 --view front");
     ASSERT_EQ(run.exitCode, 0) << run.output;
+    // Each stage says how long it took.
+    for (const char* stage : {"meshing", "preparing"})
+        EXPECT_TRUE(std::regex_search(run.output,
+                                      std::regex(std::string(stage) + " +[0-9]+\\.[0-9]{2} s\n")))
+            << stage << " in\n"
+            << run.output;
     qrnimage::Image image;
     std::string error;
     ASSERT_TRUE(qrnimage::Image::loadPng(path("demo.png"), image, &error)) << error;

@@ -20,6 +20,9 @@ public:
         double angularDeflection = 0.5;
         bool edges = true; // B-rep edges as polylines
         bool pmi = true;   // PMI presentations and saved views
+        // Threads that mesh independent parts at once; 0: one per core. With 1, parts are
+        // meshed one after another, each on one thread.
+        unsigned int meshThreads = 0;
         // Runs inside the STEP transfer that reads PMI, where a fault stands for one of the
         // reader's own: tests throw or raise a signal from it.
         std::function<void()> pmiTransferHook;

@@ -51,10 +51,15 @@
 #include <XCAFPrs_IndexedDataMapOfShapeStyle.hxx>
 #include <XCAFPrs_Style.hxx>
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <exception>
 #include <map>
+#include <mutex>
+#include <thread>
+#include <unordered_set>
 #include <utility>
 
 namespace qrnviewer {
@@ -431,24 +436,66 @@ private:
         const double angular =
             m_options.angularDeflection > 0.0 ? m_options.angularDeflection : 0.5;
 
-        std::size_t todo = 0, done = 0;
-        for (const ShapeInfo& info : m_shapeInfos)
-            todo += info.triangulated ? 0 : 1;
-        if (todo == 0)
-            return;
-        progress(L"meshing", 0);
+        // Parts that share no face or edge are meshed at once, each by one thread; a part that
+        // shares one with a part before it waits for the rest, since meshes are stored there.
+        std::vector<ShapeInfo*> together, after;
+        std::unordered_set<const void*> seen;
         for (ShapeInfo& info : m_shapeInfos) {
             if (info.triangulated)
                 continue;
-            try {
-                BRepMesh_IncrementalMesh mesher(info.shape, m_deflection, Standard_False, angular,
-                                                Standard_True);
-            } catch (const Standard_Failure& e) {
-                warn(L"could not mesh " + displayName(info) + L": " +
-                     qrnplatform::Text::fromUtf8(e.GetMessageString()));
-            }
-            progress(L"meshing", static_cast<int>(++done * 100 / todo));
+            bool shares = false;
+            std::vector<const void*> own;
+            for (TopAbs_ShapeEnum kind : {TopAbs_FACE, TopAbs_EDGE})
+                for (TopExp_Explorer e(info.shape, kind); e.More(); e.Next()) {
+                    own.push_back(e.Current().TShape().get());
+                    shares = shares || seen.count(own.back()) > 0;
+                }
+            seen.insert(own.begin(), own.end());
+            (shares ? after : together).push_back(&info);
         }
+        const std::size_t todo = together.size() + after.size();
+        if (todo == 0)
+            return;
+        unsigned int threads = m_options.meshThreads;
+        if (threads == 0)
+            threads = std::max(1u, std::thread::hardware_concurrency());
+        threads = static_cast<unsigned int>(std::min<std::size_t>(threads, together.size()));
+        progress(L"meshing", 0);
+        std::atomic<std::size_t> next{0}, done{0};
+        std::mutex failuresLock;
+        std::vector<std::pair<ShapeInfo*, std::wstring>> failures;
+        // One part alone may spread over the cores itself; with one thread asked, never.
+        const bool inParallel = m_options.meshThreads != 1 && threads <= 1;
+        auto meshOne = [&](ShapeInfo* info) {
+            try {
+                BRepMesh_IncrementalMesh mesher(info->shape, m_deflection, Standard_False, angular,
+                                                inParallel ? Standard_True : Standard_False);
+            } catch (const Standard_Failure& e) {
+                std::lock_guard<std::mutex> lock(failuresLock);
+                failures.emplace_back(info, qrnplatform::Text::fromUtf8(e.GetMessageString()));
+            }
+            ++done;
+        };
+        std::vector<std::thread> workers;
+        for (unsigned int t = 1; t < threads; ++t)
+            workers.emplace_back([&] {
+                for (std::size_t i = next++; i < together.size(); i = next++)
+                    meshOne(together[i]);
+            });
+        // This thread meshes too, and tells the progress, which only it may.
+        for (std::size_t i = next++; i < together.size(); i = next++) {
+            meshOne(together[i]);
+            progress(L"meshing", static_cast<int>(done * 100 / todo));
+        }
+        for (std::thread& w : workers)
+            w.join();
+        for (ShapeInfo* info : after) {
+            meshOne(info);
+            progress(L"meshing", static_cast<int>(done * 100 / todo));
+        }
+        progress(L"meshing", 100);
+        for (const auto& [info, message] : failures)
+            warn(L"could not mesh " + displayName(*info) + L": " + message);
         endProgress();
     }
 
