@@ -3,6 +3,7 @@
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/GL.h"
+#include "qrngl/IPreRenderer.h"
 #include "qrngl/frame/Canvas.h"
 #include "qrngl/frame/EmptyCanvas.h"
 #include "qrnglutils/MeshStripEntry.h"
@@ -283,15 +284,21 @@ TEST_F(CanvasGLTest, ClosedSolidsShowFrontFacesUnlessCutOpenOrTransparent) {
     glGetIntegerv(GL_FRONT_FACE, &front);
     EXPECT_EQ(front, GL_CCW);
 
-    // A clip plane that cuts nothing here still means a solid may show its inside.
-    doc.renderer->sceneSetupRenderer = std::make_shared<FunctionRenderer>([] {
-        const GLdouble keepAll[4] = {0.0, 0.0, 1.0, 100.0};
-        glClipPlane(GL_CLIP_PLANE3, keepAll);
-        glEnable(GL_CLIP_PLANE3);
-    });
+    // A clip plane enabled by a pre-renderer, as sectioning does, that cuts nothing here:
+    // still a solid may show its inside.
+    struct ClipPlane : qrngl::IPreRenderer {
+        void render() const override {
+            const GLdouble keepAll[4] = {0.0, 0.0, 1.0, 100.0};
+            glClipPlane(GL_CLIP_PLANE3, keepAll);
+            glEnable(GL_CLIP_PLANE3);
+        }
+        short order() const override { return 600; }
+    };
+    auto clip = std::make_shared<ClipPlane>();
+    doc.renderer->addPreRenderer(clip);
     EXPECT_EQ(frame(), (std::vector<bool>{true, true, true, true, true}));
     glDisable(GL_CLIP_PLANE3);
-    doc.renderer->sceneSetupRenderer.reset();
+    doc.renderer->preRenderers.clear();
 
     // An open shell keeps both sides.
     doc.scene->meshes[1].closed = false;
