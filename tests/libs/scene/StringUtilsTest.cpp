@@ -16,3 +16,13 @@ TEST(StringUtils, ConvertWidensOpenGLStringsAndUtf8) {
                                    "b"),
               L"a\uFFFDb");
 }
+
+TEST(StringUtils, ConvertNarrowsToOneByteACharacterCode) {
+    EXPECT_EQ(StringUtils::convert(std::wstring()), "");
+    // Latin-1 keeps its codes (the display lists of glyphs are indexed by them); others are '?'.
+    EXPECT_EQ(StringUtils::convert(std::wstring(L"\u00D820 \u00B10.1\u00B0 \u00FF")),
+              "\xD8"
+              "20 \xB1"
+              "0.1\xB0 \xFF");
+    EXPECT_EQ(StringUtils::convert(std::wstring(L"\u23002\u5BF8")), "?2?");
+}
