@@ -12,6 +12,9 @@ else()
   target_link_libraries(qrn_gl INTERFACE OpenGL::GL OpenGL::GLU OpenGL::EGL GLEW::GLEW)
   # Xlib, for the window contexts on GLX (libGL carries GLX itself).
   find_package(X11 REQUIRED)
+  # Glyphs of the outline and label fonts.
+  find_package(Freetype REQUIRED)
+  find_package(Fontconfig REQUIRED)
   find_package(PNG)
   # Open CASCADE, for the viewer's model import and its modelled demo assembly.
   find_package(OpenCASCADE REQUIRED)

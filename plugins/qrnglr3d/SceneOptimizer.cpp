@@ -3,6 +3,7 @@
 #include "qrn/Document.h"
 #include "qrngl/GL.h"
 #include "qrngl/SCStripRenderer.h"
+#include "qrngl/overlays/FontRenderer.h"
 #include "qrnglutils/SceneBuilder.h"
 #include "qrnsg/SCScene.h"
 
@@ -31,8 +32,10 @@ bool SceneOptimizer::operator()() {
     if (!strips)
         return false;
     bool changed = false;
-    if (strips->meshes.empty() && strips->polylines.empty() && strips->points.empty()) {
-        qrnglutils::SceneBuilder::buildDrawables(*scene, *strips);
+    if (strips->meshes.empty() && strips->polylines.empty() && strips->points.empty() &&
+        strips->texts.empty()) {
+        qrnglutils::SceneBuilder::buildDrawables(*scene, *strips, qrngl::FontRenderer::faceName(),
+                                                 qrngl::FontRenderer::fallbackFaceName());
         changed = true;
     }
     // Uploading needs a current context; without one the first frame uploads.

@@ -9,6 +9,7 @@
 #include "qrngl/frame/FrameSetup.h"
 #include "qrngl/frame/MotionGovernor.h"
 #include "qrnglutils/ScopedTransform.h"
+#include "qrnmath/MatrixUtils.h"
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
@@ -16,7 +17,9 @@
 #include "qrnsgutils/InstanceWalker.h"
 
 #include <chrono>
+#include <cmath>
 #include <functional>
+#include <optional>
 #include <unordered_set>
 
 namespace qrngl {
@@ -39,14 +42,15 @@ void renderLinePass(const qrnsg::SCScene& scene, const RTState& state,
                     const std::unordered_set<int>* only = nullptr,
                     const std::function<bool(const InstanceWalker::Instance&)>& skip = {}) {
     int previous = -1;
+    std::optional<PLMaterialRenderer> applied;
     InstanceWalker::walk(state, entries.size(), [&](const InstanceWalker::Instance& instance) {
         if ((only && !only->count(instance.id)) || (skip && skip(instance)))
             return;
         if (instance.material != previous) {
             previous = instance.material;
+            applied.reset();
             if (inRange(scene.plMaterials, instance.material))
-                PLMaterialRenderer apply(
-                    scene.plMaterials[static_cast<std::size_t>(instance.material)]);
+                applied.emplace(scene.plMaterials[static_cast<std::size_t>(instance.material)]);
         }
         qrnglutils::ScopedTransform place(instance);
         entries[static_cast<std::size_t>(instance.drawable)]->render();
@@ -60,6 +64,24 @@ bool clipPlaneOn() {
         if (glIsEnabled(static_cast<GLenum>(GL_CLIP_PLANE0 + i)))
             return true;
     return false;
+}
+
+// The frame of a text lying in its plane: x along its baseline, y up, z its normal.
+qrnmath::Mat4 textPlane(const qrnsg::Text& text) {
+    using qrnmath::Vec3;
+    Vec3 x = text.direction.length() > 0.0f ? text.direction.normalized() : Vec3(1, 0, 0);
+    Vec3 y = text.up - x * x.dot(text.up);
+    if (y.length() < 1e-6f)
+        y = qrnmath::cross(std::abs(x[2]) < 0.9f ? Vec3(0, 0, 1) : Vec3(0, 1, 0), x);
+    y = y.normalized();
+    const Vec3 z = qrnmath::cross(x, y);
+    qrnmath::Mat4 m = qrnmath::MatrixUtils::identity();
+    for (int r = 0; r < 3; ++r) {
+        m[r] = x[r];
+        m[4 + r] = y[r];
+        m[8 + r] = z[r];
+    }
+    return m;
 }
 
 bool mirrors(const qrnmath::Mat4* m) {
@@ -300,32 +322,46 @@ void Canvas::renderTexts(const Scene& scene, const Pmi&, const SceneRT& rt,
     const qrnmath::Mat4 billboard = CameraHelper::getBillboardRotation(renderer->camera);
     const float zoom = renderer->camera ? renderer->camera->zoomFactor() : 1.0f;
     int previous = -1;
+    std::optional<PLMaterialRenderer> applied;
     InstanceWalker::walk(
         rt->texts, strips->texts.size(), [&](const InstanceWalker::Instance& instance) {
             if (instance.material != previous) {
                 previous = instance.material;
+                applied.reset();
                 if (inRange(scene->plMaterials, instance.material))
-                    PLMaterialRenderer apply(
+                    applied.emplace(
                         scene->plMaterials[static_cast<std::size_t>(instance.material)]);
             }
+            // A missing record anchors at the origin.
+            const qrnsg::Text* record =
+                inRange(scene->texts, instance.drawable)
+                    ? &scene->texts[static_cast<std::size_t>(instance.drawable)]
+                    : nullptr;
             glPushMatrix();
             if (instance.flags & RTState::ANCHORED) {
-                // The anchor is the text record's position; a missing record anchors at the origin.
-                if (inRange(scene->texts, instance.drawable)) {
-                    const auto& p =
-                        scene->texts[static_cast<std::size_t>(instance.drawable)].position;
-                    glTranslatef(p[0], p[1], p[2]);
-                }
-            }
-            if (instance.flags & RTState::CONSTANT_SIZE)
-                glScalef(zoom, zoom, zoom);
-            if (instance.transform)
-                glMultMatrixf(instance.transform->data());
-            if (instance.flags & RTState::ANCHORED)
+                // Turned to the viewer at its anchor.
+                if (record)
+                    glTranslatef(record->position[0], record->position[1], record->position[2]);
+                if (instance.flags & RTState::CONSTANT_SIZE)
+                    glScalef(zoom, zoom, zoom);
+                if (instance.transform)
+                    glMultMatrixf(instance.transform->data());
                 glMultMatrixf(billboard.data());
+            } else {
+                // In its own plane, placed with the primitive.
+                if (instance.transform)
+                    glMultMatrixf(instance.transform->data());
+                if (record) {
+                    glTranslatef(record->position[0], record->position[1], record->position[2]);
+                    glMultMatrixf(textPlane(*record).data());
+                }
+                if (instance.flags & RTState::CONSTANT_SIZE)
+                    glScalef(zoom, zoom, zoom);
+            }
             strips->texts[static_cast<std::size_t>(instance.drawable)]->render();
             glPopMatrix();
         });
+    applied.reset();
 
     if (cullWasOn) {
         glCullFace(static_cast<GLenum>(cullMode));

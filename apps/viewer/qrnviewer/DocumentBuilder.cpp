@@ -1,5 +1,7 @@
 #include "qrnviewer/DocumentBuilder.h"
 
+#include "qrngl/overlays/FontRenderer.h"
+
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCGLFactory.h"
 #include "qrngl/SCRenderer.h"
@@ -184,7 +186,8 @@ std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model,
     }
     addPmi(model, *document, nextId);
     rt->sortMeshDrawOrder();
-    qrnglutils::SceneBuilder::buildDrawables(*scene, *strips);
+    qrnglutils::SceneBuilder::buildDrawables(*scene, *strips, qrngl::FontRenderer::faceName(),
+                                             qrngl::FontRenderer::fallbackFaceName());
 
     // Camera, view and lights.
     StandardView::apply("iso", model.bbox(), renderer->camera);

@@ -76,6 +76,19 @@ bool MatrixUtils::invert(const Mat4& m, Mat4& out) {
     return true;
 }
 
+Mat4 MatrixUtils::inverse(const Mat4& m, float tolerance) {
+    const float* a = m.data();
+    // An affine matrix has the determinant of its upper 3x3; others are tested by invert().
+    const double det3 = static_cast<double>(a[0]) * (a[5] * a[10] - a[9] * a[6]) -
+                        static_cast<double>(a[4]) * (a[1] * a[10] - a[9] * a[2]) +
+                        static_cast<double>(a[8]) * (a[1] * a[6] - a[5] * a[2]);
+    Mat4 out;
+    const bool affine = a[3] == 0.0f && a[7] == 0.0f && a[11] == 0.0f && a[15] == 1.0f;
+    if ((affine && std::abs(det3) < tolerance) || !invert(m, out))
+        return identity();
+    return out;
+}
+
 Mat4 MatrixUtils::translation(const Vec3& t) {
     Mat4 m = identity();
     m[12] = t[0];

@@ -13,6 +13,8 @@ public:
     static Mat4 transpose(const Mat4& m);
     // False, with out left unchanged, when m is singular.
     static bool invert(const Mat4& m, Mat4& out);
+    // The inverse, or the identity when the determinant's magnitude is below tolerance.
+    static Mat4 inverse(const Mat4& m, float tolerance);
     static Mat4 translation(const Vec3& t);
     static Mat4 scaling(const Vec3& s);
     // Right-handed rotation of angle radians about axis (need not be unit length).

@@ -5,8 +5,8 @@
 
 namespace qrngl {
 
-// Applies a line-and-text material (colour, width, stipple) on construction; like
-// MMaterialRenderer, the state persists until the next material.
+// Applies a line-and-text material (colour, width, stipple; blending for a translucent colour)
+// while it lives, and gives the previous state back when destroyed.
 class QRNGLDATA_EXPORT PLMaterialRenderer {
 public:
     explicit PLMaterialRenderer(const qrnsg::PLMaterial& material);

@@ -18,6 +18,16 @@ PolylineRenderer::PolylineRenderer(const qrnsg::Polyline& polyline) {
     }
 }
 
+PolylineRenderer::PolylineRenderer(const qrnsg::PointSet& points)
+    : m_pointSize(points.size > 0.0f ? points.size : 1.0f) {
+    for (const auto& p : points.points)
+        m_points.insert(m_points.end(), {p[0], p[1], p[2]});
+    if (!points.points.empty()) {
+        m_firsts.push_back(0);
+        m_counts.push_back(static_cast<int>(points.points.size()));
+    }
+}
+
 void PolylineRenderer::render() const {
     if (m_counts.empty())
         return;
@@ -29,8 +39,15 @@ void PolylineRenderer::render() const {
         glBindBuffer(GL_ARRAY_BUFFER, 0);
     glEnableClientState(GL_VERTEX_ARRAY);
     glVertexPointer(3, GL_FLOAT, 0, m_points.data());
+    GLfloat size = 1.0f;
+    if (m_pointSize > 0.0f) {
+        glGetFloatv(GL_POINT_SIZE, &size);
+        glPointSize(m_pointSize);
+    }
     for (std::size_t i = 0; i < m_counts.size(); ++i)
-        glDrawArrays(GL_LINE_STRIP, m_firsts[i], m_counts[i]);
+        glDrawArrays(m_pointSize > 0.0f ? GL_POINTS : GL_LINE_STRIP, m_firsts[i], m_counts[i]);
+    if (m_pointSize > 0.0f)
+        glPointSize(size);
     glDisableClientState(GL_VERTEX_ARRAY);
     if (lit)
         glEnable(GL_LIGHTING);

@@ -2,6 +2,7 @@
 
 #include "qrngl/IRenderer.h"
 #include "qrnglutils/qrnglutils_export.h"
+#include "qrnsg/PointSet.h"
 #include "qrnsg/Polyline.h"
 
 #include <vector>
@@ -14,9 +15,12 @@ namespace qrnglutils {
 class QRNGLUTILS_EXPORT PolylineRenderer : public qrngl::IRenderer {
 public:
     explicit PolylineRenderer(const qrnsg::Polyline& polyline);
+    // The points of a point set, at its size.
+    explicit PolylineRenderer(const qrnsg::PointSet& points);
     void render() const override;
 
 private:
+    float m_pointSize = 0.0f; // points when above 0
     std::vector<float> m_points;
     std::vector<int> m_firsts;
     std::vector<int> m_counts;

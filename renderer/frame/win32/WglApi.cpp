@@ -71,10 +71,15 @@ WglApi WglApi::system() {
     api.createDIBSection = &CreateDIBSection;
     api.selectObject = &SelectObject;
     api.deleteObject = &DeleteObject;
+    api.createFontIndirectW = &CreateFontIndirectW;
+    api.getGlyphIndicesW = &GetGlyphIndicesW;
+    api.getTextFaceW = &GetTextFaceW;
     api.createContext = &wglCreateContext;
     api.deleteContext = &wglDeleteContext;
     api.makeCurrent = &wglMakeCurrent;
     api.shareLists = &wglShareLists;
+    api.getCurrentDC = &wglGetCurrentDC;
+    api.useFontOutlinesW = &wglUseFontOutlinesW;
     api.choosePixelFormatARB = &glewChoosePixelFormatARB;
     api.createPbufferARB = &glewCreatePbufferARB;
     api.getPbufferDCARB = &glewGetPbufferDCARB;

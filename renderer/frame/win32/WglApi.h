@@ -1,7 +1,8 @@
 #pragma once
 
-// Windows only: the window-system calls of the render contexts, as one table that tests replace
-// to reach the failure paths (a refused pixel format, a driver without the ARB extensions).
+// Windows only: the window-system calls of the render contexts and the text renderers, as one table
+// that tests replace to reach the failure paths (a refused pixel format, a driver without the ARB
+// extensions).
 #include <windows.h>
 
 #include "qrngl/GL.h"
@@ -32,11 +33,19 @@ struct QRNGL_EXPORT WglApi {
     (HDC dc, const BITMAPINFO* info, UINT usage, void** bits, HANDLE section, DWORD offset);
     HGDIOBJ(WINAPI* selectObject)(HDC dc, HGDIOBJ object);
     BOOL(WINAPI* deleteObject)(HGDIOBJ object);
+    // GDI fonts, for the glyph lists of the texts
+    HFONT(WINAPI* createFontIndirectW)(const LOGFONTW* font);
+    DWORD(WINAPI* getGlyphIndicesW)(HDC dc, LPCWSTR text, int count, LPWORD indices, DWORD flags);
+    int(WINAPI* getTextFaceW)(HDC dc, int count, LPWSTR name);
     // WGL
     HGLRC(WINAPI* createContext)(HDC dc);
     BOOL(WINAPI* deleteContext)(HGLRC rc);
     BOOL(WINAPI* makeCurrent)(HDC dc, HGLRC rc);
     BOOL(WINAPI* shareLists)(HGLRC parent, HGLRC rc);
+    HDC(WINAPI* getCurrentDC)();
+    BOOL(WINAPI* useFontOutlinesW)
+    (HDC dc, DWORD first, DWORD count, DWORD listBase, FLOAT deviation, FLOAT extrusion, int format,
+     LPGLYPHMETRICSFLOAT metrics);
     // WGL_ARB_pixel_format through GLEW; fails while GLEW has not loaded it.
     BOOL(WINAPI* choosePixelFormatARB)
     (HDC dc, const int* intAttributes, const FLOAT* floatAttributes, UINT maxFormats, int* formats,

@@ -119,7 +119,39 @@ HGDIOBJ WINAPI selectObject(HDC dc, HGDIOBJ object) {
 
 BOOL WINAPI deleteObject(HGDIOBJ object) {
     note("DeleteObject");
+    record().deleted.push_back(object);
     return record().next.deleteObject(object);
+}
+
+HFONT WINAPI createFontIndirectW(const LOGFONTW* font) {
+    note("CreateFontIndirectW");
+    record().font = *font;
+    HFONT made = record().next.createFontIndirectW(font);
+    record().fonts.push_back(made);
+    return made;
+}
+
+DWORD WINAPI getGlyphIndicesW(HDC dc, LPCWSTR text, int count, LPWORD indices, DWORD flags) {
+    note("GetGlyphIndicesW");
+    return record().next.getGlyphIndicesW(dc, text, count, indices, flags);
+}
+
+int WINAPI getTextFaceW(HDC dc, int count, LPWSTR name) {
+    note("GetTextFaceW");
+    return record().next.getTextFaceW(dc, count, name);
+}
+
+HDC WINAPI getCurrentDC() {
+    note("wglGetCurrentDC");
+    return record().next.getCurrentDC();
+}
+
+BOOL WINAPI useFontOutlinesW(HDC dc, DWORD first, DWORD count, DWORD base, FLOAT deviation,
+                             FLOAT extrusion, int format, LPGLYPHMETRICSFLOAT metrics) {
+    note("wglUseFontOutlinesW");
+    record().outlines.push_back({first, count, base, deviation, extrusion, format});
+    return record().next.useFontOutlinesW(dc, first, count, base, deviation, extrusion, format,
+                                          metrics);
 }
 
 HPBUFFERARB WINAPI createPbufferARB(HDC dc, int format, int width, int height,
@@ -178,6 +210,11 @@ qrngl::WglApi recording() {
     api.createDIBSection = &createDIBSection;
     api.selectObject = &selectObject;
     api.deleteObject = &deleteObject;
+    api.createFontIndirectW = &createFontIndirectW;
+    api.getGlyphIndicesW = &getGlyphIndicesW;
+    api.getTextFaceW = &getTextFaceW;
+    api.getCurrentDC = &getCurrentDC;
+    api.useFontOutlinesW = &useFontOutlinesW;
     api.createPbufferARB = &createPbufferARB;
     api.getPbufferDCARB = &getPbufferDCARB;
     api.releasePbufferDCARB = &releasePbufferDCARB;

@@ -35,6 +35,15 @@ struct WglRecord {
         HINSTANCE instance;
         LPVOID param;
     } window = {};
+    LOGFONTW font = {};           // the last font asked of CreateFontIndirectW
+    std::vector<HFONT> fonts;     // the fonts it made, in order
+    std::vector<HGDIOBJ> deleted; // what DeleteObject was given, in order
+    struct Outlines {             // what wglUseFontOutlinesW was given
+        DWORD first, count, base;
+        FLOAT deviation, extrusion;
+        int format;
+    };
+    std::vector<Outlines> outlines;
 };
 
 WglRecord& wglRecord();

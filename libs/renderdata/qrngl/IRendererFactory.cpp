@@ -1,0 +1,7 @@
+#include "qrngl/IRendererFactory.h"
+
+namespace qrngl {
+
+IRendererFactory::~IRendererFactory() = default;
+
+} // namespace qrngl

@@ -1,0 +1,104 @@
+#include "qrngl/Font.h"
+
+#include "qrngl/GL.h"
+#include "qrngl/linux/Typeface.h"
+
+#include <GL/glx.h>
+
+#include <cmath>
+
+namespace qrngl {
+
+struct Font::Source {
+    std::shared_ptr<Typeface> face;
+    int pixelSize = 0; // bitmaps
+};
+
+namespace {
+
+// The pixel density of the display the current context draws on: its X screen's; 96 for a
+// context without one (headless).
+float screenDpi() {
+    Display* display = glXGetCurrentDisplay();
+    if (!display)
+        return 96.0f;
+    const int screen = DefaultScreen(display);
+    const int millimetres = DisplayHeightMM(display, screen);
+    if (millimetres <= 0)
+        return 96.0f;
+    return static_cast<float>(DisplayHeight(display, screen)) * 25.4f /
+           static_cast<float>(millimetres);
+}
+
+} // namespace
+
+Font::Font() = default;
+
+Font::~Font() {
+    if (m_base != 0)
+        glDeleteLists(m_base, CODES);
+    for (const auto& g : m_glyphs)
+        if (g.second.list != 0)
+            glDeleteLists(g.second.list, 1);
+}
+
+std::shared_ptr<Font> Font::createOutline(const std::wstring& faceName,
+                                          const std::wstring& fallback) {
+    if (!glGetString(GL_VERSION))
+        return nullptr;
+    auto face = Typeface::find(faceName);
+    if (!face)
+        face = Typeface::find(fallback);
+    if (!face)
+        return nullptr;
+    std::shared_ptr<Font> font(new Font);
+    font->m_kind = OUTLINE;
+    font->m_faceName = face->family();
+    font->m_source = std::make_unique<Source>();
+    font->m_source->face = face;
+    font->m_advances.assign(CODES, 0.0f);
+    font->m_base = glGenLists(CODES);
+    if (font->m_base == 0 ||
+        !face->compileOutlines(0, CODES, font->m_base, 0.0f, font->m_advances.data()))
+        return nullptr;
+    return font;
+}
+
+std::shared_ptr<Font> Font::createLabel(float dpi) {
+    if (!glGetString(GL_VERSION))
+        return nullptr;
+    auto face = Typeface::find(L"sans-serif");
+    if (!face)
+        return nullptr;
+    if (dpi <= 0.0f)
+        dpi = screenDpi();
+    // As tall as Windows' system font (16 pixels at 96 dots per inch) at this density.
+    const int target = std::max(8, static_cast<int>(std::lround(16.0f * dpi / 96.0f)));
+    int size = target;
+    while (size > 6 && face->lineHeight(size) > target)
+        --size;
+    std::shared_ptr<Font> font(new Font);
+    font->m_kind = BITMAP;
+    font->m_faceName = face->family();
+    font->m_lineHeight = face->lineHeight(size);
+    font->m_source = std::make_unique<Source>();
+    font->m_source->face = face;
+    font->m_source->pixelSize = size;
+    font->m_advances.assign(CODES, 0.0f);
+    font->m_base = glGenLists(CODES);
+    if (font->m_base == 0 ||
+        !face->compileBitmaps(0, CODES, font->m_base, size, font->m_advances.data()))
+        return nullptr;
+    return font;
+}
+
+bool Font::makeGlyph(wchar_t c, unsigned int list, float& advance) const {
+    const auto code = static_cast<unsigned long>(c);
+    Typeface& face = *m_source->face;
+    if (!face.has(code) && !face.faceFor(code))
+        return false;
+    return m_kind == OUTLINE ? face.compileOutlines(code, 1, list, 0.0f, &advance)
+                             : face.compileBitmaps(code, 1, list, m_source->pixelSize, &advance);
+}
+
+} // namespace qrngl
