@@ -4,6 +4,7 @@
 #include "qrnviewer/EventLog.h"
 #include "qrnviewer/EventRouter.h"
 #include "qrnviewer/Options.h"
+#include "qrnviewer/PmiDisplay.h"
 #include "qrnviewer/RendererPlugins.h"
 #include "qrnviewer/Replay.h"
 #include "qrnviewer/Snapshot.h"
@@ -18,6 +19,10 @@
 #include "qrngl/picking/SelectManipulator.h"
 #include "qrngl/picking/SelectionRenderer.h"
 #include "qrnviewer/EntityText.h"
+
+#include "qrnglutils/ViewActivator.h"
+#include "qrnplatform/Text.h"
+#include "qrnsg/SCView.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -59,6 +64,7 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "qrnview: cannot make the demo assembly: %s\n", error.c_str());
             return 1;
         }
+        qrnviewer::DemoAssembly::addNote(model);
     } else if (!qrnviewer::ModelReader::read(options.model, reading, model, error, &status)) {
         status.endProgress();
         std::fprintf(stderr, "qrnview: %s\n", error.c_str());
@@ -74,7 +80,27 @@ int main(int argc, char** argv) {
     auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     // The fit depends on the picture's shape.
     qrngl::CameraHelper::setViewport(options.width, options.height, renderer->camera);
-    qrnviewer::StandardView::apply(options.view, model.bbox(), renderer->camera);
+    // A standard orientation fitted to the model and its PMI, or a saved view of the file with
+    // its own PMI.
+    int savedView = -1;
+    if (!qrnviewer::StandardView::apply(options.view, model.extent(), renderer->camera)) {
+        auto views = document->get<qrnsg::SCView>(qrnsg::SCHEMA_VIEW);
+        savedView = views ? views->find(qrnplatform::Text::fromUtf8(options.view)) : -1;
+        if (savedView < 0 ||
+            !qrnglutils::ViewActivator::apply(*views, savedView, renderer->camera)) {
+            std::string known;
+            for (const auto& n : qrnviewer::StandardView::names())
+                known += (known.empty() ? "" : ", ") + n;
+            for (const auto& v : views ? views->views : std::vector<qrnsg::SCView::View>())
+                known += ", " + qrnplatform::Text::toUtf8(v.name);
+            std::fprintf(stderr, "qrnview: unknown view '%s' (known: %s)\n%s", options.view.c_str(),
+                         known.c_str(), qrnviewer::Options::usage().c_str());
+            return 2;
+        }
+    }
+    qrnviewer::PmiDisplay pmi(document);
+    pmi.setView(savedView);
+    pmi.setShown(options.pmi);
     if (options.mouseStyle >= 0)
         renderer->mouseStyle = options.mouseStyle;
     renderer->frameBudget = qrnviewer::Options::budget(options, renderer->frameBudget);
@@ -90,6 +116,8 @@ int main(int argc, char** argv) {
         settings.replay = std::move(events);
         settings.record = options.record;
         settings.screenshot = options.screenshot;
+        settings.pmi = options.pmi;
+        settings.savedView = savedView;
         qrnviewer::ViewerWindow viewer(document, plugins);
         if (!viewer.run(settings, error)) {
             std::fprintf(stderr, "qrnview: %s\n", error.c_str());

@@ -190,21 +190,17 @@ std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model,
                                              qrngl::FontRenderer::fallbackFaceName());
 
     // Camera, view and lights.
-    StandardView::apply("iso", model.bbox(), renderer->camera);
+    StandardView::apply("iso", model.extent(), renderer->camera);
     renderer->viewRenderer = std::make_shared<qrnglutils::ViewRenderer>(renderer->camera);
     renderer->sceneSetupRenderer = std::make_shared<qrnglutils::LightRenderer>();
     renderer->setReady(true);
     return document;
 }
 
-// PMI and saved views. Each PMI item's lines are one polyline primitive in model coordinates,
-// its texts text primitives turned to the viewer at a constant size on screen; the PMI
-// component lists them by item. Text drawables come with the fonts, not here.
+// PMI and saved views. Each PMI item's lines and leaders are one polyline primitive in model
+// coordinates, its texts text primitives in their annotation planes (facing the viewer when
+// they have none); the PMI component lists them by item.
 void DocumentBuilder::addPmi(const ModelData& model, qrn::Document& document, int& nextId) {
-    // Constant-size texts are sized in world units as the model fits the view (zoom factor 1):
-    // a share of the model's size reads alike on any model.
-    const qrnsg::BBox bounds = model.bbox();
-    const float textHeight = bounds.isEmpty() ? 1.0f : 0.02f * bounds.diagonal();
     auto scene = document.get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
     auto rt = document.get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
     auto pmi = std::dynamic_pointer_cast<qrnsg::SCPmi>(document.addSchema(qrnsg::SCHEMA_PMI));
@@ -239,18 +235,26 @@ void DocumentBuilder::addPmi(const ModelData& model, qrn::Document& document, in
             entry.kind = qrnsg::SCPmi::OTHER;
             break;
         }
-        if (item.lines.stripCount() > 0) {
+        qrnsg::Polyline lines = item.lines;
+        for (std::size_t i = 0; i < item.leaders.stripCount(); ++i) {
+            const std::size_t end = i + 1 < item.leaders.stripCount() ? item.leaders.strips[i + 1]
+                                                                      : item.leaders.points.size();
+            lines.addStrip({item.leaders.points.begin() + item.leaders.strips[i],
+                            item.leaders.points.begin() + static_cast<std::ptrdiff_t>(end)});
+        }
+        if (lines.stripCount() > 0) {
             int id = nextId++;
             rt->polylines.add(id, static_cast<int>(scene->polylines.size()), material);
-            scene->polylines.push_back(item.lines);
+            scene->polylines.push_back(std::move(lines));
             entry.polylineIds.push_back(id);
         }
         for (const auto& text : item.texts) {
             int id = nextId++;
+            // A text the file gives no plane for faces the viewer at one size on screen.
             rt->texts.add(id, static_cast<int>(scene->texts.size()), material,
-                          qrnsg::RTState::ANCHORED | qrnsg::RTState::CONSTANT_SIZE);
+                          item.hasPlane ? 0
+                                        : qrnsg::RTState::ANCHORED | qrnsg::RTState::CONSTANT_SIZE);
             scene->texts.push_back(text);
-            scene->texts.back().height = textHeight;
             entry.textIds.push_back(id);
         }
         pmi->items.push_back(std::move(entry));
@@ -264,6 +268,8 @@ void DocumentBuilder::addPmi(const ModelData& model, qrn::Document& document, in
         v.up = view.up;
         v.orthographic = view.orthographic;
         v.viewHeight = view.viewHeight;
+        v.listsPmi = view.listsPmi;
+        v.pmiItems = view.pmi;
         views->views.push_back(v);
     }
 }

@@ -8,6 +8,7 @@
 #include "qrngl/picking/SelectionRenderer.h"
 #include "qrngl/picking/SelectionSet.h"
 #include "qrnplatform/Input.h"
+#include "qrnplatform/Text.h"
 #include "qrnplatform/WindowTimer.h"
 #include "qrnsg/SCView.h"
 #include "qrnviewer/EntityText.h"
@@ -98,7 +99,7 @@ EventRouter::EventRouter(std::shared_ptr<qrn::IDocument> document, void* window,
                          std::shared_ptr<qrngl::Cursor> cursor)
     : m_document(std::move(document)), m_window(window ? window : this),
       m_cursor(cursor ? std::move(cursor) : std::make_shared<qrngl::Cursor>()),
-      m_frame(std::make_shared<HostFrame>(m_document)) {
+      m_frame(std::make_shared<HostFrame>(m_document)), m_pmi(m_document) {
     m_viewState = std::make_shared<qrngl::ViewState>(static_cast<qrngl::HWND>(m_window), m_document,
                                                      m_frame->getUpdater());
     m_gesture = std::make_shared<qrngl::GestureManipulator>(m_frame, m_viewState, m_cursor);
@@ -304,6 +305,7 @@ void EventRouter::command(unsigned int key, bool repeat) {
     if ((key >= '1' && key <= '7') || (key >= VK_NUMPAD0 + 1 && key <= VK_NUMPAD0 + 7)) {
         const auto index = (key >= VK_NUMPAD0 ? key - VK_NUMPAD0 : key - '0') - 1;
         animate([&] { m_camera->play(kKeyViews[index], qrngl::CameraManipulator::VIEW_FRAMES); });
+        leaveSavedView();
         say(std::string("view ") + kKeyViewNames[index]);
         return;
     }
@@ -317,10 +319,29 @@ void EventRouter::command(unsigned int key, bool repeat) {
     case VK_PRIOR:
     case VK_OEM_4:
         animate([&] { m_camera->previous(); });
+        leaveSavedView();
         break;
     case VK_NEXT:
     case VK_OEM_6:
         animate([&] { m_camera->next(); });
+        leaveSavedView();
+        break;
+    case 'W': {
+        auto views = std::dynamic_pointer_cast<SCView>(m_document->getSchema(qrnsg::SCHEMA_VIEW));
+        const int count = views ? static_cast<int>(views->views.size()) : 0;
+        if (count == 0) {
+            say("the model has no saved views");
+            break;
+        }
+        const int current = m_pmi.view();
+        const int step = Input::isKeyDown(VK_SHIFT) ? count - 1 : 1;
+        showSavedView(current < 0 ? (step == 1 ? 0 : count - 1) : (current + step) % count);
+        break;
+    }
+    case 'G':
+        m_pmi.setShown(!m_pmi.shown());
+        m_repaint = true;
+        say(m_pmi.describe());
         break;
     case 'F':
     case VK_HOME:
@@ -416,6 +437,25 @@ void EventRouter::animate(const std::function<void()>& start) {
     recordFinishedAnimation();
 }
 
+void EventRouter::showSavedView(int index) {
+    auto views = std::dynamic_pointer_cast<SCView>(m_document->getSchema(qrnsg::SCHEMA_VIEW));
+    if (!views || index < 0 || static_cast<std::size_t>(index) >= views->views.size())
+        return;
+    animate([&] { m_camera->play(index, qrngl::CameraManipulator::VIEW_FRAMES); });
+    m_pmi.setView(index);
+    m_repaint = true;
+    say("saved view " +
+        qrnplatform::Text::toUtf8(views->views[static_cast<std::size_t>(index)].name) +
+        (m_pmi.items() > 0 ? " (" + m_pmi.describe() + ")" : std::string()));
+}
+
+void EventRouter::leaveSavedView() {
+    if (m_pmi.view() >= 0) {
+        m_pmi.setView(-1);
+        m_repaint = true;
+    }
+}
+
 void EventRouter::fit() {
     m_viewState->reset();
     std::shared_ptr<qrn::IState> before, after;
@@ -481,6 +521,7 @@ void EventRouter::say(const std::string& text) const {
 const char* EventRouter::keyHelp() {
     return "keys: 1-7 front, back, left, right, top, bottom, iso view\n"
            "      [ ] or PgUp, PgDn previous, next view; F or Home fit; arrows turn\n"
+           "      W, Shift+W next, previous saved view of the file; G show, hide PMI\n"
            "      M, Shift+M next, previous mouse convention\n"
            "      left button: R rotate, P pan, Z zoom, B zoom box, S spin, X box select,\n"
            "      N normal view; Esc cancel\n"

@@ -3,6 +3,7 @@
 #include "qrngl/interaction/CameraManipulator.h"
 #include "qrnviewer/HostFrame.h"
 #include "qrnviewer/InputEvent.h"
+#include "qrnviewer/PmiDisplay.h"
 
 #include <functional>
 #include <memory>
@@ -68,6 +69,10 @@ public:
     const std::shared_ptr<HostFrame>& frame() const { return m_frame; }
     const std::shared_ptr<qrngl::SelectionSet>& selection() const { return m_selection; }
     const std::shared_ptr<qrngl::SelectManipulator>& selectManipulator() const { return m_select; }
+    // What PMI is shown; the saved-view key keeps it in step with the view.
+    PmiDisplay& pmi() { return m_pmi; }
+    // Turns the camera to a saved view of the file (animated), showing its own PMI.
+    void showSavedView(int index);
 
     static const char* keyHelp();
 
@@ -79,6 +84,8 @@ private:
     // Starts a view animation, remembering the camera for its undo step.
     void animate(const std::function<void()>& start);
     void fit();
+    // Back from a saved view to every PMI item (when PMI is shown).
+    void leaveSavedView();
     void undo(bool redo);
     // One undo step for a view animation, once it has ended or was stopped.
     void recordFinishedAnimation();
@@ -105,6 +112,7 @@ private:
     bool m_panning = false;
     int m_panX = 0, m_panY = 0;
     std::function<void(const std::string&)> m_say;
+    PmiDisplay m_pmi;
 };
 
 } // namespace qrnviewer

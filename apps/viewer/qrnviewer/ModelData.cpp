@@ -41,6 +41,17 @@ qrnmath::Mat4 ModelData::worldTransform(int node) const {
     return m;
 }
 
+qrnsg::BBox ModelData::extent() const {
+    qrnsg::BBox box = bbox();
+    for (const auto& item : pmi) {
+        box.add(item.lines.bbox());
+        box.add(item.leaders.bbox());
+        for (const auto& t : item.texts)
+            box.add(t.bbox());
+    }
+    return box;
+}
+
 qrnsg::BBox ModelData::bbox() const {
     qrnsg::BBox box;
     for (std::size_t i = 0; i < nodes.size(); ++i) {

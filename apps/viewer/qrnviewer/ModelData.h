@@ -39,6 +39,13 @@ struct ModelData {
         Kind kind = OTHER;
         qrnsg::Polyline lines;          // the graphical presentation
         std::vector<qrnsg::Text> texts; // its texts (values, frames, labels)
+        // What it points at on the model, whether the file gave its annotation plane (the
+        // texts' direction and up) and where its texts go; PmiLayout places the others.
+        qrnmath::Vec3 target;
+        bool hasTarget = false;
+        bool hasPlane = false;
+        bool textPlaced = false;
+        qrnsg::Polyline leaders; // from the texts to the target, with the target's mark
     };
     // A saved view of the file.
     struct SavedView {
@@ -48,6 +55,9 @@ struct ModelData {
         qrnmath::Vec3 up{0.0f, 0.0f, 1.0f};
         bool orthographic = true;
         float viewHeight = 0.0f; // world units; 0 when the file gives none
+        // The PMI items (indices into pmi) the view shows, when the file lists them.
+        bool listsPmi = false;
+        std::vector<int> pmi;
     };
 
     std::vector<qrnsg::MMaterial> materials;
@@ -63,6 +73,7 @@ struct ModelData {
     // The placement of a node in the model: its parents' placements applied in turn.
     qrnmath::Mat4 worldTransform(int node) const;
     qrnsg::BBox bbox() const;          // of every placed part
+    qrnsg::BBox extent() const;        // the parts' box and the PMI around them
     std::size_t triangleCount() const; // of every placed part
     std::size_t instanceCount() const; // nodes that place a part
 };

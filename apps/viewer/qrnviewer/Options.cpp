@@ -39,6 +39,7 @@ std::string viewList() {
 
 std::string Options::usage() {
     return "usage: qrnview [MODEL] [--snapshot OUT.png] [--size WxH] [--view VIEW]\n"
+           "               [--pmi show|hide]\n"
            "               [--samples 1|4] [--transparent] [--mouse CONVENTION]\n"
            "               [--replay LOG] [--record LOG] [--pick X,Y ...] [--select KIND]\n"
            "               [--frame-budget MS] [--mesh-threads N]\n"
@@ -52,7 +53,10 @@ std::string Options::usage() {
            "  --transparent  snapshot: the background is transparent (alpha 0)\n"
            "  --view       " +
            viewList() +
-           " (default iso)\n"
+           " (default iso), or the\n"
+           "               name of a saved view of the model, which shows its own PMI\n"
+           "  --pmi        show (default) or hide the model's PMI: dimensions, tolerance\n"
+           "               frames, datums and notes, on their annotation planes\n"
            "  --mouse      mouse convention: " +
            MouseStyle::list() +
            " or 0-6 (default Qrn)\n"
@@ -188,13 +192,19 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
                 return false;
             }
         } else if (arg == "--view") {
+            // A name that is no standard orientation may be a saved view of the model, which
+            // is known once the model is read.
             if (!value(o.view))
                 return false;
-            const auto& names = StandardView::names();
-            if (std::find(names.begin(), names.end(), o.view) == names.end()) {
-                error = "unknown view '" + o.view + "' (known: " + viewList() + ")";
+        } else if (arg == "--pmi") {
+            std::string shown;
+            if (!value(shown))
+                return false;
+            if (shown != "show" && shown != "hide") {
+                error = "--pmi takes show or hide, not '" + shown + "'";
                 return false;
             }
+            o.pmi = shown == "show";
         } else if (!arg.empty() && arg[0] == '-' && arg != "-") {
             error = "unknown option '" + arg + "'";
             return false;

@@ -12,7 +12,8 @@ struct Options {
     std::string snapshot; // PNG to write; empty: interactive
     unsigned int width = 1024;
     unsigned int height = 768;
-    std::string view = "iso";
+    std::string view = "iso"; // a standard orientation or the name of a saved view of the file
+    bool pmi = true;          // PMI shown
     unsigned int samples = 1; // snapshot: 4 multisampled
     bool transparent = false; // snapshot: alpha 0 where the background shows
     int mouseStyle = -1;      // -1: the document's

@@ -250,6 +250,8 @@ bool ViewerWindow::open(const Settings& settings, std::string& error) {
         std::fflush(stdout);
     });
     m_router->updateCursor();
+    m_router->pmi().setView(settings.savedView);
+    m_router->pmi().setShown(settings.pmi);
     // Box selection through hidden entities reads the selection buffer instead.
     m_router->selectManipulator()->setSelectThroughCanvas(
         std::make_shared<qrngl::PickCanvas>(m_context, m_document));

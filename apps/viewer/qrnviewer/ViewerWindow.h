@@ -38,6 +38,9 @@ public:
         // Draws one frame after the replay, writes it (read back before it is presented) and
         // closes.
         std::string screenshot;
+        // PMI shown, and the saved view the camera starts in (-1: none).
+        bool pmi = true;
+        int savedView = -1;
     };
 
     // Whether a window can be opened: $DISPLAY set and its server answering; why not in reason.

@@ -49,6 +49,7 @@ BBox BBoxUtils::get(const qrnsg::SCScene& scene, const qrnsg::SCSceneRT& rt, boo
     BBox box;
     addPrimitives(scene.meshes, rt.meshes, visibleOnly, box);
     addPrimitives(scene.polylines, rt.polylines, visibleOnly, box);
+    addPrimitives(scene.texts, rt.texts, visibleOnly, box);
     return box;
 }
 

@@ -38,6 +38,9 @@ public:
         qrnmath::Vec3 up{0.0f, 0.0f, 1.0f};
         bool orthographic = true;
         float viewHeight = 0.0f; // world units at the target; 0 when the file gives none
+        // The PMI items (indices into SCPmi's items) the view shows, when the file lists them.
+        bool listsPmi = false;
+        std::vector<int> pmiItems;
     };
 
     SCView();

@@ -38,6 +38,7 @@
 #include <csignal>
 #include <filesystem>
 #include <functional>
+#include <numeric>
 #include <set>
 
 namespace {
@@ -157,7 +158,7 @@ TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
          {kDia + L"25" + kPm + L"0.15 mm", kDia + L"35 0/-0.2 mm", kDia + L"35 +0.2/0 mm",
           kDia + L"20 +0.05/-0.1 mm", kDia + L"34.8\u201335.2 mm", kDia + L"34.8\u201335.2 mm",
           L"60\u00B0" + kPm + L"0.5\u00B0", L"linear distance", L"linear distance", L"A", L"B",
-          L"C", L"Position | A | B | C", L"Position | A | B | C", L"Flatness"},
+          L"C", L"\u2316 | A | B | C", L"\u2316 | A | B | C", L"\u23E5"},
          {L"MBD_0"}},
         {"bug32745_pmi1.stp",
          7,
@@ -177,16 +178,39 @@ TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
         EXPECT_EQ(count(model, Item::DIMENSION), f.dimensions);
         EXPECT_EQ(count(model, Item::TOLERANCE), f.tolerances);
         EXPECT_EQ(count(model, Item::DATUM), f.datums);
-        // Every item has a name and one text, placed on or near the part, as are its lines.
+        // Every item has a name and one text. The files place no text: each goes beside the
+        // part, clear of the others in its plane, with a leader to what it is on; those that
+        // point at nothing stay clear too.
         const Bnd_Box box = shapeBox(doc);
         ASSERT_FALSE(box.IsVoid());
+        std::size_t led = 0;
         for (const auto& item : model.pmi) {
+            SCOPED_TRACE(std::string(item.name.begin(), item.name.end()));
             EXPECT_FALSE(item.name.empty());
             ASSERT_EQ(item.texts.size(), 1u);
-            EXPECT_TRUE(inside(box, item.texts[0].position));
+            EXPECT_FALSE(item.textPlaced);
+            EXPECT_FALSE(inside(box, item.texts[0].position, 0.03));
+            EXPECT_EQ(item.texts[0].framed, item.kind != Item::DIMENSION);
+            if (item.hasTarget) {
+                EXPECT_TRUE(inside(box, item.target, 1e-3));
+                ASSERT_GE(item.leaders.stripCount(), 2u) << "a leader and its arrow";
+                EXPECT_EQ(item.leaders.points[0], item.texts[0].position);
+                EXPECT_EQ(item.leaders.points[1], item.target);
+                ++led;
+            }
             for (const auto& p : item.lines.points)
                 ASSERT_TRUE(inside(box, p, 0.5));
         }
+        EXPECT_GE(led, model.pmi.size() - 2);
+        for (std::size_t i = 0; i < model.pmi.size(); ++i)
+            for (std::size_t j = i + 1; j < model.pmi.size(); ++j) {
+                const auto &a = model.pmi[i].texts[0], &b = model.pmi[j].texts[0];
+                if (std::abs(a.direction.dot(b.direction)) > 0.99f &&
+                    std::abs(a.up.dot(b.up)) > 0.99f) {
+                    EXPECT_GT(a.position.distance(b.position), a.height)
+                        << "texts of one plane do not cover one another";
+                }
+            }
         const Texts texts = textsOf(model);
         for (const auto& t : f.texts)
             EXPECT_EQ(std::count(texts.begin(), texts.end(), t),
@@ -196,6 +220,14 @@ TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
         for (std::size_t i = 0; i < f.views.size(); ++i) {
             EXPECT_EQ(model.views[i].name, f.views[i]);
             EXPECT_TRUE(model.views[i].orthographic);
+        }
+        if (f.views.size() == 1) { // the NIST part's one view lists every item
+            EXPECT_TRUE(model.views[0].listsPmi);
+            std::vector<int> listed = model.views[0].pmi;
+            std::sort(listed.begin(), listed.end());
+            std::vector<int> all(model.pmi.size());
+            std::iota(all.begin(), all.end(), 0);
+            EXPECT_EQ(listed, all);
         }
     }
 }
@@ -378,12 +410,21 @@ TEST(PmiImporterMemory, SemanticTextsAndTheirPlaces) {
               (Texts{kDia + L"35 +0.2/-0.1 in", L"9.9\u201310.1 in", L"45\u00B0" + kPm + L"1\u00B0",
                      kDia + L"20.000 H7 in", L"SR0 in", L"curve length"}));
     EXPECT_EQ(model.pmi[3].name, L"Dimension 4");
-    // On the face it is on; between its connection points; at its plane, along the plane.
-    EXPECT_LT(model.pmi[0].texts[0].position.distance(Vec3(50, 25, 20)), 1e-3f);
-    EXPECT_LT(model.pmi[1].texts[0].position.distance(Vec3(5, 0, 0)), 1e-4f);
-    EXPECT_LT(model.pmi[2].texts[0].position.distance(Vec3(1, 2, 3)), 1e-4f);
+    // Pointing at the face it is on, at its first connection point; one with no geometry
+    // stays at its plane, along the plane.
+    ASSERT_TRUE(model.pmi[0].hasTarget && model.pmi[1].hasTarget);
+    EXPECT_LT(model.pmi[0].target.distance(Vec3(50, 25, 20)), 1e-3f);
+    EXPECT_LT(model.pmi[1].target.distance(Vec3(0, 0, 0)), 1e-4f);
+    EXPECT_FALSE(model.pmi[2].hasTarget);
+    EXPECT_TRUE(model.pmi[2].hasPlane);
     EXPECT_LT(model.pmi[2].texts[0].direction.distance(Vec3(1, 0, 0)), 1e-5f);
     EXPECT_LT(model.pmi[2].texts[0].up.distance(Vec3(0, 0, -1)), 1e-5f);
+    // Out of the way of the part and of each other, the leader's arrow at the target.
+    const auto& leaders = model.pmi[0].leaders;
+    ASSERT_EQ(leaders.stripCount(), 2u);
+    EXPECT_EQ(leaders.points[0], model.pmi[0].texts[0].position);
+    EXPECT_EQ(leaders.points[3], model.pmi[0].target) << "the arrow's tip";
+    EXPECT_FALSE(model.pmi[0].texts[0].position[2] < 20.0f) << "not under the part";
 }
 
 TEST(PmiImporterMemory, TolerancesNameTheirDatumsAndDatumsComeOnce) {
@@ -421,16 +462,20 @@ TEST(PmiImporterMemory, TolerancesNameTheirDatumsAndDatumsComeOnce) {
     ASSERT_EQ(PmiImporter::import(m.doc, model), 5);
     EXPECT_EQ(count(model, Item::TOLERANCE), 2u);
     EXPECT_EQ(count(model, Item::DATUM), 3u);
-    EXPECT_EQ(textsOf(model), (Texts{L"Position " + kDia + L"0.1 (M) | A | B",
-                                     L"Flatness", // no value read: none shown
-                                     L"A", L"B", L"C"}));
+    // A feature control frame: the characteristic, the zone with its material condition, the
+    // datums; a tolerance without a value shows its symbol alone.
+    EXPECT_EQ(textsOf(model),
+              (Texts{L"\u2316 | " + kDia + L"0.1 \u24C2 | A | B", L"\u23E5", L"A", L"B", L"C"}));
     Texts names;
     for (const auto& item : model.pmi)
         names.push_back(item.name);
     EXPECT_EQ(names,
               (Texts{L"Tolerance 1", L"Flatness.1", L"Datum A", L"Datum B", L"Datum Feature.1"}));
+    // A datum with a presentation keeps its text there, with no leader of its own.
     EXPECT_EQ(model.pmi[4].lines.points.size(), 2u);
+    EXPECT_TRUE(model.pmi[4].textPlaced);
     EXPECT_LT(model.pmi[4].texts[0].position.distance(Vec3(0, 0, 10)), 1e-3f);
+    EXPECT_EQ(model.pmi[4].leaders.stripCount(), 0u);
 }
 
 TEST(PmiImporterMemory, SavedViewsLookAtTheModel) {
@@ -502,8 +547,10 @@ TEST(PmiDocument, BuilderPutsPmiAndViewsInTheDocument) {
     dim.texts[0].text = L"10 mm";
     dim.texts[0].position = Vec3(5, -2.5f, 0);
     dim.texts[1].text = L"2x";
+    dim.leaders.addStrip({Vec3(5, -2.5f, 0), Vec3(5, 0, 0)});
     Item datum; // semantic only: a text, no lines
     datum.kind = Item::DATUM;
+    datum.hasPlane = true;
     datum.texts.resize(1);
     datum.texts[0].text = L"A";
 
@@ -513,7 +560,7 @@ TEST(PmiDocument, BuilderPutsPmiAndViewsInTheDocument) {
         model.views.clear();
         if (withPmi)
             model.views.push_back(
-                {L"MBD_0", Vec3(5, -50, 5), Vec3(5, 0, 0), Vec3(0, 0, 1), false, 12.0f});
+                {L"MBD_0", Vec3(5, -50, 5), Vec3(5, 0, 0), Vec3(0, 0, 1), false, 12.0f, false, {}});
         auto document = qrnviewer::DocumentBuilder::build(model);
         auto scene = document->get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
         auto rt = document->get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
@@ -536,18 +583,24 @@ TEST(PmiDocument, BuilderPutsPmiAndViewsInTheDocument) {
         const auto* pair = rt->polylines.transforms.find(lineId);
         ASSERT_TRUE(pair && pair->second >= 0 &&
                     std::size_t(pair->second) < scene->polylines.size());
-        EXPECT_EQ(scene->polylines[std::size_t(pair->second)].points, dim.lines.points);
+        // The presentation's strips, then the leaders'.
+        std::vector<Vec3> points = dim.lines.points;
+        points.insert(points.end(), dim.leaders.points.begin(), dim.leaders.points.end());
+        EXPECT_EQ(scene->polylines[std::size_t(pair->second)].points, points);
+        EXPECT_EQ(scene->polylines[std::size_t(pair->second)].stripCount(), 3u);
         const int* material = rt->polylines.materials.find(lineId);
         ASSERT_NE(material, nullptr);
         EXPECT_NE(*material, *rt->polylines.materials.find(rt->polylines.drawOrder[0]));
-        // The texts: each its own, turned to the viewer at constant size.
+        // The texts: each its own, in its plane at the size laid out.
         ASSERT_EQ(pmi->items[0].textIds.size(), 2u);
         ASSERT_EQ(pmi->items[1].textIds.size(), 1u);
+        EXPECT_EQ(*rt->texts.flags.find(pmi->items[1].textIds[0]), qrnsg::RTState::VISIBLE);
         const auto* text = rt->texts.transforms.find(pmi->items[0].textIds[0]);
         ASSERT_TRUE(text && std::size_t(text->second) < scene->texts.size());
         EXPECT_EQ(scene->texts[std::size_t(text->second)].text, L"10 mm");
         EXPECT_EQ(scene->texts[std::size_t(text->second)].position, Vec3(5, -2.5f, 0));
         EXPECT_EQ(scene->texts.size(), 3u);
+        // Without an annotation plane, turned to the viewer at one size; with one, in it.
         EXPECT_EQ(*rt->texts.flags.find(pmi->items[0].textIds[0]),
                   qrnsg::RTState::VISIBLE | qrnsg::RTState::ANCHORED |
                       qrnsg::RTState::CONSTANT_SIZE);

@@ -196,14 +196,14 @@ TEST_F(QrnviewProcessTest, RefusesAFileWithNoReadableGeometry) {
 
 TEST_F(QrnviewProcessTest, PicksNameWhatLiesAtAPixelAndShowItHighlighted) {
     // In the 320x240 iso view of the demo: a bolt's head, a bearing block's arc edge, nothing.
-    ProcessResult run = qrnview("--size 320x240 --pick 145,145 --pick 5,5 --select part");
+    ProcessResult run = qrnview("--size 320x240 --pick 165,133 --pick 5,5 --select part");
     ASSERT_EQ(run.exitCode, 0) << run.output;
-    EXPECT_NE(run.output.find("pick 145,145: part Bolt 1 (Bolt M8x16): 10 faces, 21 edges"),
+    EXPECT_NE(run.output.find("pick 165,133: part Bolt 1 (Bolt M8x16): 10 faces, 21 edges"),
               std::string::npos)
         << run.output;
     EXPECT_NE(run.output.find("pick 5,5: nothing"), std::string::npos) << run.output;
-    run = qrnview("--size 320x240 --pick 145,145 --select face");
-    EXPECT_NE(run.output.find("pick 145,145: face "), std::string::npos) << run.output;
+    run = qrnview("--size 320x240 --pick 165,133 --select face");
+    EXPECT_NE(run.output.find("pick 165,133: face "), std::string::npos) << run.output;
     EXPECT_NE(run.output.find(" of Bolt 1 (Bolt M8x16): planar face"), std::string::npos)
         << run.output;
 
@@ -222,12 +222,47 @@ TEST_F(QrnviewProcessTest, PicksNameWhatLiesAtAPixelAndShowItHighlighted) {
             }
         return count;
     };
-    EXPECT_GT(tinted("--pick 145,145 --select part"), tinted("") + 40);
+    EXPECT_GT(tinted("--pick 165,133 --select part"), tinted("") + 40);
 
     for (const char* bad : {"--pick 5", "--pick 5,x", "--pick 400,10", "--select solid"}) {
         run = qrnview(std::string("--size 320x240 ") + bad);
         EXPECT_EQ(run.exitCode, 2) << bad << "\n" << run.output;
     }
+}
+
+TEST_F(QrnviewProcessTest, ThePmiOfAFileShownHiddenAndInItsSavedView) {
+    const fs::path file = fs::path(QRN_SHARED_MODELS) / "nist_ctc_01_asme1_ap242-e1.stp";
+    if (!fs::exists(file))
+        GTEST_SKIP() << "*** shared models folder missing: " << QRN_SHARED_MODELS << " ***";
+    // Pixels in the PMI's dark blue.
+    const auto pmiPixels = [&](const std::string& args) {
+        ProcessResult r = qrnview("'" + file.string() + "' --size 400x300 --snapshot '" +
+                                  path("pmi.png") + "' " + args);
+        EXPECT_EQ(r.exitCode, 0) << args << "\n" << r.output;
+        qrnimage::Image image;
+        std::string error;
+        EXPECT_TRUE(qrnimage::Image::loadPng(path("pmi.png"), image, &error)) << error;
+        std::size_t count = 0;
+        for (unsigned y = 0; y < image.height(); ++y)
+            for (unsigned x = 0; x < image.width(); ++x) {
+                const std::uint8_t* p = image.pixel(x, y);
+                count += std::abs(p[0] - 13) <= 3 && std::abs(p[1] - 38) <= 3 &&
+                         std::abs(p[2] - 153) <= 3;
+            }
+        return count;
+    };
+    EXPECT_GT(pmiPixels(""), 1000u) << "shown by default";
+    EXPECT_EQ(pmiPixels("--pmi hide"), 0u);
+    // The file's saved view, by its name, shows the items it lists: all of them here.
+    EXPECT_GT(pmiPixels("--view MBD_0"), 1000u);
+    EXPECT_GT(pmiPixels("--view top --pmi show"), 1000u);
+
+    ProcessResult unknown = qrnview("'" + file.string() + "' --view MBD_1 --snapshot x.png");
+    EXPECT_EQ(unknown.exitCode, 2);
+    EXPECT_NE(unknown.output.find("unknown view 'MBD_1' (known: iso, "), std::string::npos)
+        << unknown.output;
+    EXPECT_NE(unknown.output.find(", MBD_0)"), std::string::npos) << unknown.output;
+    EXPECT_EQ(qrnview("--pmi maybe --snapshot x.png").exitCode, 2);
 }
 
 } // namespace

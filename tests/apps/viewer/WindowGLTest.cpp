@@ -263,9 +263,9 @@ TEST_F(WindowGLTest, AClickOnTheBoltSelectsItShowsItAndNamesIt) {
         std::this_thread::sleep_for(std::chrono::milliseconds(500));
         before = selectionTinted(shown(window));
         // The head of the first bearing unit's first bolt, in parts mode (the default).
-        send(window, MotionNotify, 0, 145, 145, 0);
-        send(window, ButtonPress, Button1, 145, 145, 0);
-        send(window, ButtonRelease, Button1, 145, 145, Button1Mask);
+        send(window, MotionNotify, 0, 165, 133, 0);
+        send(window, ButtonPress, Button1, 165, 133, 0);
+        send(window, ButtonRelease, Button1, 165, 133, Button1Mask);
         XFlush(display);
         for (int tries = 0; tries < 100 && (after = selectionTinted(shown(window))) < before + 40;
              ++tries)
@@ -277,6 +277,56 @@ TEST_F(WindowGLTest, AClickOnTheBoltSelectsItShowsItAndNamesIt) {
     EXPECT_TRUE(exited) << printed;
     EXPECT_NE(printed.find("selected part Bolt 1 (Bolt M8x16)"), std::string::npos) << printed;
     EXPECT_GE(after, before + 40) << "the bolt was not shown highlighted";
+}
+
+TEST_F(WindowGLTest, KeysShowAndHideThePmi) {
+    const fs::path output = dir / "output.txt";
+    const pid_t pid = start(output, {"--size", "320x240"});
+    ASSERT_GT(pid, 0);
+    const Window window = findWindow(pid);
+    // The demo's note in the PMI's dark blue.
+    const auto notePixels = [&] {
+        const qrnimage::Image image = shown(window);
+        std::size_t n = 0;
+        for (unsigned y = 0; y < image.height(); ++y)
+            for (unsigned x = 0; x < image.width(); ++x) {
+                const auto* p = image.pixel(x, y);
+                n += std::abs(p[0] - 13) <= 3 && std::abs(p[1] - 38) <= 3 &&
+                     std::abs(p[2] - 153) <= 3;
+            }
+        return n;
+    };
+    std::size_t before = 0, hidden = 1, again = 0;
+    if (window) {
+        const int screen = DefaultScreen(display);
+        XMoveWindow(display, window, DisplayWidth(display, screen) - int(kWidth), 0);
+        XRaiseWindow(display, window);
+        XFlush(display);
+        for (int tries = 0; tries < 50 && (before = notePixels()) < 40; ++tries)
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        send(window, KeyPress, keycode(XK_g), 0, 0, 0);
+        send(window, KeyRelease, keycode(XK_g), 0, 0, 0);
+        XFlush(display);
+        for (int tries = 0; tries < 50 && (hidden = notePixels()) > 0; ++tries)
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        send(window, KeyPress, keycode(XK_g), 0, 0, 0);
+        send(window, KeyRelease, keycode(XK_g), 0, 0, 0);
+        send(window, KeyPress, keycode(XK_w), 0, 0, 0);
+        send(window, KeyRelease, keycode(XK_w), 0, 0, 0);
+        XFlush(display);
+        for (int tries = 0; tries < 50 && (again = notePixels()) < before; ++tries)
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    std::string printed;
+    const bool exited = finish(pid, window, output, printed);
+    ASSERT_TRUE(window) << "qrnview showed no window\n" << printed;
+    EXPECT_TRUE(exited) << printed;
+    EXPECT_GE(before, 40u) << "the note shows";
+    EXPECT_EQ(hidden, 0u);
+    EXPECT_EQ(again, before);
+    EXPECT_NE(printed.find("qrnview: PMI hidden"), std::string::npos) << printed;
+    EXPECT_NE(printed.find("qrnview: PMI shown: 1 item"), std::string::npos) << printed;
+    EXPECT_NE(printed.find("qrnview: the model has no saved views"), std::string::npos) << printed;
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "qrngl/overlays/FontRenderer.h"
 #include "qrngl/overlays/Text3DLeaderRenderer.h"
 #include "qrngl/resources/StringTable.h"
+#include "qrnglutils/TextStripEntry.h"
 #include "qrnmath/MatrixUtils.h"
 #include "qrnsgutils/ResourceLoader.h"
 
@@ -275,6 +276,110 @@ TEST(TextStrings, TheStringTableInEachLanguage) {
     EXPECT_EQ(ResourceLoader::getString(module, 100, 0x0407), L"");
     EXPECT_EQ(ResourceLoader::getString(nullptr, 104, 0x0409), L"");
     EXPECT_EQ(qrngl::FontRenderer::faceName(), L"Century");
+}
+
+} // namespace
+} // namespace qrntest
+
+namespace qrntest {
+namespace {
+
+// Which side of its ink an "L" has its stem and its foot on: the column and the row with the
+// most ink, as shares of the box (0 left or bottom, 1 right or top).
+struct Stem {
+    float column = -1.0f, row = -1.0f;
+};
+
+class SceneTextGLTest : public TextGLTest {
+protected:
+    Stem stem() const {
+        const Ink k = ink();
+        Stem s;
+        if (k.empty())
+            return s;
+        std::vector<int> columns(static_cast<std::size_t>(k.width()), 0);
+        std::vector<int> rows(static_cast<std::size_t>(k.height()), 0);
+        for (int y = k.bottom; y <= k.top; ++y)
+            for (int x = k.left; x <= k.right; ++x)
+                if (pixel(static_cast<unsigned int>(x), height() - 1 - static_cast<unsigned int>(y))
+                        .r >= 128) {
+                    ++columns[static_cast<std::size_t>(x - k.left)];
+                    ++rows[static_cast<std::size_t>(y - k.bottom)];
+                }
+        s.column = float(std::max_element(columns.begin(), columns.end()) - columns.begin()) /
+                   float(columns.size());
+        s.row =
+            float(std::max_element(rows.begin(), rows.end()) - rows.begin()) / float(rows.size());
+        return s;
+    }
+};
+
+TEST_F(SceneTextGLTest, ASceneTextReadsFromEverySideAndFramesItsCompartments) {
+    auto font = std::make_shared<qrnglutils::TextFont>(qrngl::FontRenderer::faceName(),
+                                                       qrngl::FontRenderer::fallbackFaceName());
+    qrnsg::Text text;
+    text.text = L"L";
+    text.height = 50.0f;
+    text.align = qrnsg::Text::CENTRE;
+    qrnglutils::TextStripEntry entry(text, font);
+    // Seen as placed, from behind, upside down, and both: always the stem on the left and the
+    // foot at the bottom.
+    const struct {
+        Vec3 axis;
+        float angle;
+    } turns[] = {{Vec3(0, 0, 1), 0.0f},
+                 {Vec3(0, 1, 0), 3.1415927f},
+                 {Vec3(0, 0, 1), 3.1415927f},
+                 {Vec3(1, 0, 0), 3.1415927f}};
+    for (const auto& t : turns) {
+        SCOPED_TRACE(testing::Message()
+                     << "turned " << t.angle << " about " << t.axis[0] << t.axis[1] << t.axis[2]);
+        fill(0.0f, 0.0f, 0.0f);
+        glPushMatrix();
+        glTranslatef(80, 40, 0);
+        glMultMatrixf(MatrixUtils::rotation(t.axis, t.angle).data());
+        entry.render();
+        glPopMatrix();
+        const Stem s = stem();
+        EXPECT_LT(s.column, 0.4f);
+        EXPECT_LT(s.row, 0.4f);
+        // Turned about its box's centre: it stays where it was.
+        const Ink k = ink();
+        EXPECT_NEAR((k.left + k.right) / 2.0, 80.0, 6.0);
+    }
+
+    // A feature control frame: a box around all, a rule between compartments, the texts inside.
+    qrnsg::Text frame;
+    frame.text = L"A | B";
+    frame.height = 30.0f;
+    frame.framed = true;
+    qrnglutils::TextStripEntry framed(frame, font);
+    fill(0.0f, 0.0f, 0.0f);
+    glPushMatrix();
+    glTranslatef(20, 40, 0);
+    framed.render();
+    glPopMatrix();
+    const float* box = framed.box();
+    EXPECT_EQ(box[0], 0.0f) << "left aligned: the box starts at the anchor";
+    EXPECT_NEAR(box[3] - box[1], 1.25f, 0.01f);
+    const Ink k = ink();
+    EXPECT_NEAR(k.left, 20, 1);
+    EXPECT_NEAR(k.bottom, 40 + box[1] * 30.0f, 1.5);
+    EXPECT_NEAR(k.top, 40 + box[3] * 30.0f, 1.5);
+    EXPECT_NEAR(k.right, 20 + box[2] * 30.0f, 1.5);
+    // The rule: a full-height column of ink inside the box.
+    int rules = 0;
+    for (int x = k.left + 3; x < k.right - 3; ++x) {
+        int column = 0;
+        for (int y = k.bottom; y <= k.top; ++y)
+            column +=
+                pixel(static_cast<unsigned int>(x), height() - 1 - static_cast<unsigned int>(y))
+                    .r >= 128;
+        rules += column >= k.height() - 1;
+    }
+    EXPECT_GE(rules, 1);
+    EXPECT_LE(rules, 2);
+    EXPECT_NO_GL_ERROR();
 }
 
 } // namespace

@@ -36,6 +36,8 @@ public:
                           std::string& error);
     // The demo as the viewer shows it: make() imported with the reader's default options.
     static bool model(ModelData& model, std::string& error, qrn::IStatusManager* status = nullptr);
+    // A PMI note on the first bolt's head: what the viewer shows with the demo.
+    static void addNote(ModelData& model);
 };
 
 } // namespace qrnviewer

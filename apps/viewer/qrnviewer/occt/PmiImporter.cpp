@@ -1,9 +1,14 @@
 #include "qrnviewer/occt/PmiImporter.h"
 
+#include "qrnviewer/PmiLayout.h"
+
 #include "qrnplatform/Text.h"
 
 #include <BRepAdaptor_Curve.hxx>
 #include <BRepBndLib.hxx>
+#include <BRepBuilderAPI_MakeVertex.hxx>
+#include <BRepExtrema_DistShapeShape.hxx>
+#include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
 #include <Bnd_Box.hxx>
 #include <GCPnts_TangentialDeflection.hxx>
@@ -14,8 +19,10 @@
 #include <TCollection_HAsciiString.hxx>
 #include <TDF_Label.hxx>
 #include <TDF_LabelSequence.hxx>
+#include <TDF_Tool.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopoDS.hxx>
+#include <TopoDS_Compound.hxx>
 #include <TopoDS_Edge.hxx>
 #include <XCAFDimTolObjects_DatumObject.hxx>
 #include <XCAFDimTolObjects_DimensionObject.hxx>
@@ -35,6 +42,7 @@
 #include <cstdio>
 #include <exception>
 #include <iterator>
+#include <map>
 #include <set>
 #include <utility>
 #include <vector>
@@ -180,64 +188,68 @@ std::wstring dimensionText(const Handle(XCAFDimTolObjects_DimensionObject) & d,
     return text + unit;
 }
 
-std::wstring toleranceTypeName(XCAFDimTolObjects_GeomToleranceType type) {
+// The geometric characteristic's symbol, as a feature control frame's first compartment shows
+// it; empty for a tolerance of no known kind.
+std::wstring toleranceSymbol(XCAFDimTolObjects_GeomToleranceType type) {
     switch (type) {
     case XCAFDimTolObjects_GeomToleranceType_Angularity:
-        return L"Angularity";
+        return L"\u2220";
     case XCAFDimTolObjects_GeomToleranceType_CircularRunout:
-        return L"Circular runout";
+        return L"\u2197";
     case XCAFDimTolObjects_GeomToleranceType_CircularityOrRoundness:
-        return L"Circularity";
+        return L"\u25CB";
     case XCAFDimTolObjects_GeomToleranceType_Coaxiality:
-        return L"Coaxiality";
     case XCAFDimTolObjects_GeomToleranceType_Concentricity:
-        return L"Concentricity";
+        return L"\u25CE";
     case XCAFDimTolObjects_GeomToleranceType_Cylindricity:
-        return L"Cylindricity";
+        return L"\u232D";
     case XCAFDimTolObjects_GeomToleranceType_Flatness:
-        return L"Flatness";
+        return L"\u23E5";
     case XCAFDimTolObjects_GeomToleranceType_Parallelism:
-        return L"Parallelism";
+        return L"\u2225";
     case XCAFDimTolObjects_GeomToleranceType_Perpendicularity:
-        return L"Perpendicularity";
+        return L"\u27C2";
     case XCAFDimTolObjects_GeomToleranceType_Position:
-        return L"Position";
+        return L"\u2316";
     case XCAFDimTolObjects_GeomToleranceType_ProfileOfLine:
-        return L"Line profile";
+        return L"\u2312";
     case XCAFDimTolObjects_GeomToleranceType_ProfileOfSurface:
-        return L"Surface profile";
+        return L"\u2313";
     case XCAFDimTolObjects_GeomToleranceType_Straightness:
-        return L"Straightness";
+        return L"\u23E4";
     case XCAFDimTolObjects_GeomToleranceType_Symmetry:
-        return L"Symmetry";
+        return L"\u232F";
     case XCAFDimTolObjects_GeomToleranceType_TotalRunout:
-        return L"Total runout";
+        return L"\u2330";
     default:
-        return L"Tolerance";
+        return {};
     }
 }
 
-// The feature control frame on one line: type, zone, material condition, datums.
+// The feature control frame, its compartments parted by '|': characteristic, zone with its
+// material condition, datums in order.
 std::wstring toleranceText(const Handle(XCAFDimTolObjects_GeomToleranceObject) & t,
                            const std::vector<std::wstring>& datums) {
     const auto material = t->GetMaterialRequirementModifier();
-    if (t->GetType() == XCAFDimTolObjects_GeomToleranceType_None && t->GetValue() <= 0.0 &&
-        material == XCAFDimTolObjects_GeomToleranceMatReqModif_None && datums.empty())
-        return {}; // says nothing
-    std::wstring text = toleranceTypeName(t->GetType());
+    const std::wstring symbol = toleranceSymbol(t->GetType());
+    std::wstring zone;
     // A zero zone is only meaningful at a material condition; else the value is missing.
     if (t->GetValue() > 0.0 || material != XCAFDimTolObjects_GeomToleranceMatReqModif_None) {
-        text += L" ";
         if (t->GetTypeOfValue() == XCAFDimTolObjects_GeomToleranceTypeValue_Diameter)
-            text += kDiameter;
+            zone += kDiameter;
         else if (t->GetTypeOfValue() == XCAFDimTolObjects_GeomToleranceTypeValue_SphericalDiameter)
-            text += std::wstring(L"S") + kDiameter;
-        text += number(t->GetValue());
+            zone += std::wstring(L"S") + kDiameter;
+        zone += number(t->GetValue());
     }
     if (material == XCAFDimTolObjects_GeomToleranceMatReqModif_M)
-        text += L" (M)";
+        zone += L" \u24C2";
     else if (material == XCAFDimTolObjects_GeomToleranceMatReqModif_L)
-        text += L" (L)";
+        zone += L" \u24C1";
+    if (symbol.empty() && zone.empty() && datums.empty())
+        return {}; // says nothing
+    std::wstring text = symbol.empty() ? std::wstring(L"?") : symbol;
+    if (!zone.empty())
+        text += L" | " + zone;
     for (const auto& d : datums)
         text += L" | " + d;
     return text;
@@ -327,6 +339,7 @@ struct AnchorSources {
     TopoDS_Shape presentation;
     std::vector<gp_Pnt> connections;
     Bnd_Box references;
+    TopoDS_Compound referenced; // the geometry it is on
     bool hasPlane = false;
     gp_Ax2 plane;
 };
@@ -352,17 +365,38 @@ gp_Pnt anchor(const AnchorSources& s) {
     return s.hasPlane ? s.plane.Location() : gp_Pnt();
 }
 
-Bnd_Box referencedGeometry(const Handle(XCAFDoc_DimTolTool) & tool, const TDF_Label& label) {
-    Bnd_Box box;
+// The point on the model that an item speaks of: its first connection point, else the point of
+// its geometry nearest that geometry's middle; false when it has neither.
+bool target(const AnchorSources& s, gp_Pnt& p) {
+    if (!s.connections.empty()) {
+        p = s.connections.front();
+        return true;
+    }
+    gp_Pnt centre;
+    if (s.referenced.IsNull() || !centreOf(s.references, centre))
+        return false;
+    p = centre;
+    BRepExtrema_DistShapeShape nearest(BRepBuilderAPI_MakeVertex(centre).Vertex(), s.referenced);
+    if (nearest.IsDone() && nearest.NbSolution() > 0)
+        p = nearest.PointOnShape2(1);
+    return true;
+}
+
+void referencedGeometry(const Handle(XCAFDoc_DimTolTool) & tool, const TDF_Label& label,
+                        AnchorSources& sources) {
     TDF_LabelSequence first, second;
     tool->GetRefShapeLabel(label, first, second);
+    BRep_Builder builder;
     for (const TDF_LabelSequence* list : {&first, &second})
         for (int i = 1; i <= list->Length(); ++i) {
             TopoDS_Shape shape = XCAFDoc_ShapeTool::GetShape(list->Value(i));
-            if (!shape.IsNull())
-                BRepBndLib::Add(shape, box);
+            if (shape.IsNull())
+                continue;
+            BRepBndLib::Add(shape, sources.references);
+            if (sources.referenced.IsNull())
+                builder.MakeCompound(sources.referenced);
+            builder.Add(sources.referenced, shape);
         }
-    return box;
 }
 
 void addText(Item& item, const std::wstring& text, const AnchorSources& sources) {
@@ -374,21 +408,42 @@ void addText(Item& item, const std::wstring& text, const AnchorSources& sources)
     if (sources.hasPlane) {
         t.direction = toVec3(sources.plane.XDirection().XYZ());
         t.up = toVec3(sources.plane.YDirection().XYZ());
+        item.hasPlane = true;
+    }
+    // A graphical presentation shows where its text goes and draws its own leaders.
+    item.textPlaced = sources.hasTextPoint || !sources.presentation.IsNull();
+    gp_Pnt p;
+    if (sources.presentation.IsNull() && target(sources, p)) {
+        item.hasTarget = true;
+        item.target = toVec3(p.XYZ());
+        if (!item.textPlaced)
+            t.position = item.target;
     }
     item.texts.push_back(std::move(t));
 }
 
+// The file's labels of the items kept, for the saved views that list them.
+using LabelItems = std::map<std::string, int>;
+
+std::string entry(const TDF_Label& label) {
+    TCollection_AsciiString e;
+    TDF_Tool::Entry(label, e);
+    return e.ToCString();
+}
+
 // An item with nothing to show (an empty label, an object OCCT could not fill) is left out.
-void keep(ModelData& model, Item item) {
-    if (item.lines.stripCount() > 0 || !item.texts.empty())
+void keep(ModelData& model, Item item, const TDF_Label& label, LabelItems& labels) {
+    if (item.lines.stripCount() > 0 || !item.texts.empty()) {
+        labels[entry(label)] = static_cast<int>(model.pmi.size());
         model.pmi.push_back(std::move(item));
+    }
 }
 
 std::wstring numbered(const wchar_t* what, int n) {
     return std::wstring(what) + L" " + std::to_wstring(n);
 }
 
-void importDimensions(const Handle(XCAFDoc_DimTolTool) & tool, ModelData& model) {
+void importDimensions(const Handle(XCAFDoc_DimTolTool) & tool, ModelData& model, LabelItems& kept) {
     TDF_LabelSequence labels;
     tool->GetDimensionLabels(labels);
     for (int i = 1; i <= labels.Length(); ++i) {
@@ -413,11 +468,11 @@ void importDimensions(const Handle(XCAFDoc_DimTolTool) & tool, ModelData& model)
                 sources.connections.push_back(d->GetPoint());
             if (d->HasPoint2())
                 sources.connections.push_back(d->GetPoint2());
-            sources.references = referencedGeometry(tool, labels.Value(i));
+            referencedGeometry(tool, labels.Value(i), sources);
             sources.hasPlane = d->HasPlane() == Standard_True;
             sources.plane = d->GetPlane();
             addText(item, dimensionText(d, model.lengthUnit), sources);
-            keep(model, std::move(item));
+            keep(model, std::move(item), labels.Value(i), kept);
         } catch (const Standard_Failure&) {
             // An item OCCT cannot describe is left out; the others still come.
         }
@@ -437,7 +492,7 @@ std::wstring datumLetter(const TDF_Label& label) {
     return letter;
 }
 
-void importTolerances(const Handle(XCAFDoc_DimTolTool) & tool, ModelData& model) {
+void importTolerances(const Handle(XCAFDoc_DimTolTool) & tool, ModelData& model, LabelItems& kept) {
     TDF_LabelSequence labels;
     tool->GetGeomToleranceLabels(labels);
     for (int i = 1; i <= labels.Length(); ++i) {
@@ -470,22 +525,22 @@ void importTolerances(const Handle(XCAFDoc_DimTolTool) & tool, ModelData& model)
             sources.presentation = t->GetPresentation();
             if (t->HasPoint())
                 sources.connections.push_back(t->GetPoint());
-            sources.references = referencedGeometry(tool, labels.Value(i));
+            referencedGeometry(tool, labels.Value(i), sources);
             sources.hasPlane = t->HasPlane() == Standard_True;
             sources.plane = t->GetPlane();
             addText(item, toleranceText(t, datums), sources);
-            keep(model, std::move(item));
+            keep(model, std::move(item), labels.Value(i), kept);
         } catch (const Standard_Failure&) {
         }
     }
 }
 
-void importDatums(const Handle(XCAFDoc_DimTolTool) & tool, ModelData& model) {
+void importDatums(const Handle(XCAFDoc_DimTolTool) & tool, ModelData& model, LabelItems& kept) {
     TDF_LabelSequence labels;
     tool->GetDatumLabels(labels);
     // OCCT makes a datum label for each tolerance that refers to a datum; the same letter with
     // the same presentation is one datum.
-    std::set<std::pair<std::wstring, const void*>> seen;
+    std::map<std::pair<std::wstring, const void*>, std::string> seen; // first label of each
     for (int i = 1; i <= labels.Length(); ++i) {
         try {
             Handle(XCAFDoc_Datum) attribute;
@@ -495,8 +550,14 @@ void importDatums(const Handle(XCAFDoc_DimTolTool) & tool, ModelData& model) {
             const std::wstring letter = datumLetter(labels.Value(i));
             TopoDS_Shape presentation = d.IsNull() ? TopoDS_Shape() : d->GetPresentation();
             const void* shapeKey = presentation.IsNull() ? nullptr : presentation.TShape().get();
-            if (!seen.insert({letter, shapeKey}).second)
+            const auto first =
+                seen.emplace(std::make_pair(letter, shapeKey), entry(labels.Value(i)));
+            if (!first.second) {
+                const auto known = kept.find(first.first->second);
+                if (known != kept.end())
+                    kept[entry(labels.Value(i))] = known->second;
                 continue;
+            }
             Item item;
             item.kind = Item::DATUM;
             item.name = d.IsNull() ? std::wstring() : wide(d->GetPresentationName());
@@ -505,7 +566,7 @@ void importDatums(const Handle(XCAFDoc_DimTolTool) & tool, ModelData& model) {
             addPresentation(presentation, item.lines);
             AnchorSources sources;
             sources.presentation = presentation;
-            sources.references = referencedGeometry(tool, labels.Value(i));
+            referencedGeometry(tool, labels.Value(i), sources);
             if (!d.IsNull()) {
                 sources.hasTextPoint = d->HasPointText() == Standard_True;
                 sources.textPoint = d->GetPointTextAttach();
@@ -515,7 +576,7 @@ void importDatums(const Handle(XCAFDoc_DimTolTool) & tool, ModelData& model) {
                 sources.plane = d->GetPlane();
             }
             addText(item, letter, sources);
-            keep(model, std::move(item));
+            keep(model, std::move(item), labels.Value(i), kept);
         } catch (const Standard_Failure&) {
         }
     }
@@ -541,7 +602,8 @@ Bnd_Box modelBox(const Handle(TDocStd_Document) & document, const ModelData& mod
     return box;
 }
 
-void importViews(const Handle(TDocStd_Document) & document, ModelData& model) {
+void importViews(const Handle(TDocStd_Document) & document, ModelData& model,
+                 const LabelItems& kept) {
     Handle(XCAFDoc_ViewTool) tool = XCAFDoc_DocumentTool::ViewTool(document->Main());
     TDF_LabelSequence labels;
     tool->GetViewLabels(labels);
@@ -563,6 +625,17 @@ void importViews(const Handle(TDocStd_Document) & document, ModelData& model) {
             v.name = wide(view->Name());
             if (v.name.empty())
                 v.name = numbered(L"View", i);
+            // The PMI the view shows, when it lists any.
+            TDF_LabelSequence shown;
+            if (tool->GetRefGDTLabel(labels.Value(i), shown) && shown.Length() > 0) {
+                v.listsPmi = true;
+                for (int g = 1; g <= shown.Length(); ++g) {
+                    const auto item = kept.find(entry(shown.Value(g)));
+                    if (item != kept.end() &&
+                        std::find(v.pmi.begin(), v.pmi.end(), item->second) == v.pmi.end())
+                        v.pmi.push_back(item->second);
+                }
+            }
             const gp_Dir direction = view->ViewDirection();
             // The up direction across the line of sight, whatever the file gives.
             gp_Vec up = gp_Vec(view->UpDirection()) -
@@ -608,18 +681,27 @@ int PmiImporter::import(const Handle(TDocStd_Document) & document, ModelData& mo
     if (document.IsNull() || !XCAFDoc_DocumentTool::IsXCAFDocument(document))
         return 0;
     const std::size_t before = model.pmi.size();
+    LabelItems kept;
     try {
         Handle(XCAFDoc_DimTolTool) tool = XCAFDoc_DocumentTool::DimTolTool(document->Main());
         if (!tool.IsNull()) {
-            importDimensions(tool, model);
-            importTolerances(tool, model);
-            importDatums(tool, model);
+            importDimensions(tool, model, kept);
+            importTolerances(tool, model, kept);
+            importDatums(tool, model, kept);
         }
-        importViews(document, model);
+        importViews(document, model, kept);
     } catch (const Standard_Failure&) {
         // What was read before the failure stays.
     } catch (const std::exception&) {
     }
+    qrnsg::BBox bounds;
+    try {
+        const Bnd_Box box = modelBox(document, model);
+        if (!box.IsVoid())
+            bounds = qrnsg::BBox(toVec3(box.CornerMin().XYZ()), toVec3(box.CornerMax().XYZ()));
+    } catch (const Standard_Failure&) {
+    }
+    PmiLayout::arrange(model, before, bounds);
     return static_cast<int>(model.pmi.size() - before);
 }
 

@@ -1,0 +1,194 @@
+#include "qrnviewer/PmiLayout.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace qrnviewer {
+
+namespace {
+
+using qrnmath::Vec3;
+using Item = ModelData::PmiItem;
+
+// A placed text's box in its plane, for keeping the next ones clear of it.
+struct Box {
+    Vec3 centre, x, y, normal;
+    float halfWidth = 0.0f, halfHeight = 0.0f;
+};
+
+bool overlaps(const Box& a, const Box& b) {
+    // Texts in planes far apart in angle or offset do not cover one another on a drawing.
+    if (std::abs(a.normal.dot(b.normal)) < 0.9f ||
+        std::abs(a.normal.dot(b.centre - a.centre)) > 2.0f * a.halfHeight)
+        return false;
+    const Vec3 d = b.centre - a.centre;
+    const float alongX = std::abs(d.dot(a.x)), alongY = std::abs(d.dot(a.y));
+    const float bx = std::abs(b.x.dot(a.x)) * b.halfWidth + std::abs(b.y.dot(a.x)) * b.halfHeight;
+    const float by = std::abs(b.x.dot(a.y)) * b.halfWidth + std::abs(b.y.dot(a.y)) * b.halfHeight;
+    return alongX < a.halfWidth + bx && alongY < a.halfHeight + by;
+}
+
+// How far from p along unit v the ray leaves the box (0 when p is outside it already).
+float exitDistance(const qrnsg::BBox& box, const Vec3& p, const Vec3& v) {
+    float far = std::numeric_limits<float>::max();
+    for (int i = 0; i < 3; ++i) {
+        if (std::abs(v[i]) < 1e-9f) {
+            if (p[i] < box.min()[i] || p[i] > box.max()[i])
+                return 0.0f;
+            continue;
+        }
+        const float t0 = (box.min()[i] - p[i]) / v[i], t1 = (box.max()[i] - p[i]) / v[i];
+        far = std::min(far, std::max(t0, t1));
+    }
+    return std::max(0.0f, far == std::numeric_limits<float>::max() ? 0.0f : far);
+}
+
+// The frame of a text: x along its baseline, y up, both unit and square.
+void textFrame(const qrnsg::Text& text, Vec3& x, Vec3& y, Vec3& normal) {
+    x = text.direction.length() > 0.0f ? text.direction.normalized() : Vec3(1, 0, 0);
+    y = text.up - x * x.dot(text.up);
+    y = y.length() > 1e-6f ? y.normalized() : qrnmath::cross(Vec3(0, 0, 1), x).normalized();
+    normal = qrnmath::cross(x, y);
+}
+
+// An arrowhead at the target, pointing at it from the text; a datum's feature triangle.
+void mark(Item& item, const Vec3& target, const Vec3& towardText, const Vec3& normal, float size) {
+    const Vec3 side = qrnmath::cross(normal, towardText).normalized();
+    if (item.kind == Item::DATUM) {
+        const Vec3 a = target + side * (0.45f * size), b = target - side * (0.45f * size);
+        const Vec3 apex = target + towardText * (0.8f * size);
+        // Filled with lines across it, as drawings fill the triangle.
+        std::vector<Vec3> fill{a, b, apex, a};
+        for (int i = 1; i < 6; ++i) {
+            const float t = static_cast<float>(i) / 6.0f;
+            fill.push_back(a + (apex - a) * t);
+            fill.push_back(b + (apex - b) * t);
+        }
+        item.leaders.addStrip(fill);
+        return;
+    }
+    const Vec3 back = target + towardText * size;
+    item.leaders.addStrip({back + side * (0.3f * size), target, back - side * (0.3f * size)});
+}
+
+} // namespace
+
+float PmiLayout::textHeight(float diagonal) {
+    return diagonal > 0.0f ? 0.025f * diagonal : 1.0f;
+}
+
+void PmiLayout::arrange(ModelData& model, std::size_t first, const qrnsg::BBox& bounds) {
+    qrnsg::BBox box = bounds.isEmpty() ? model.bbox() : bounds;
+    for (const auto& item : model.pmi)
+        if (item.hasTarget)
+            box.add(item.target);
+    if (box.isEmpty())
+        return;
+    const Vec3 centre = box.center();
+    const float diagonal = box.diagonal();
+    const float h = textHeight(diagonal);
+    qrnsg::BBox clear = box;
+    clear.add(box.min() - Vec3(1, 1, 1) * (0.04f * diagonal));
+    clear.add(box.max() + Vec3(1, 1, 1) * (0.04f * diagonal));
+
+    // Texts without a plane of their own face the first saved view, else stand upright facing
+    // the front (Z is up).
+    Vec3 defaultX(1, 0, 0), defaultY(0, 0, 1);
+    if (!model.views.empty()) {
+        const auto& v = model.views.front();
+        const Vec3 forward = (v.target - v.eye).normalized();
+        const Vec3 right = qrnmath::cross(forward, v.up);
+        if (right.length() > 1e-6f) {
+            defaultX = right.normalized();
+            defaultY = qrnmath::cross(defaultX, forward).normalized();
+        }
+    }
+
+    std::vector<Box> placed;
+    for (std::size_t index = 0; index < model.pmi.size(); ++index) {
+        Item& item = model.pmi[index];
+        for (auto& text : item.texts) {
+            if (index < first) { // laid out before: only in the way
+                Vec3 x, y, normal;
+                textFrame(text, x, y, normal);
+                const qrnsg::BBox b = text.bbox();
+                Box known;
+                known.centre = b.center();
+                known.x = x;
+                known.y = y;
+                known.normal = normal;
+                known.halfWidth = text.estimatedWidth() / 2.0f;
+                known.halfHeight = 0.75f * text.height;
+                placed.push_back(known);
+                continue;
+            }
+            text.height = h;
+            text.framed = item.kind == Item::TOLERANCE || item.kind == Item::DATUM;
+            if (!item.hasPlane) {
+                text.direction = defaultX;
+                text.up = defaultY;
+            }
+            Vec3 x, y, normal;
+            textFrame(text, x, y, normal);
+            const Vec3 target = item.hasTarget ? item.target : text.position;
+            Vec3 anchor = text.position;
+            Vec3 away = y;
+            if (!item.textPlaced) {
+                // In the text's plane, beyond the model's box: the shortest way out, preferring
+                // the way away from the model's middle, and not below (texts under a model are
+                // hidden by it from the usual views).
+                Vec3 out = target - centre;
+                out = out - normal * out.dot(normal);
+                out = out.length() > 1e-3f * diagonal ? out.normalized() : y;
+                float best = std::numeric_limits<float>::max();
+                for (int k = 0; k < 9; ++k) {
+                    const float angle = 0.7853982f * static_cast<float>(k);
+                    const Vec3 v = k == 8 ? out : x * std::cos(angle) + y * std::sin(angle);
+                    const float cost = exitDistance(clear, target, v) -
+                                       0.15f * diagonal * v.dot(out) +
+                                       (v[2] < -0.1f ? diagonal : 0.0f);
+                    if (cost < best) {
+                        best = cost;
+                        away = v;
+                    }
+                }
+                anchor = target + away * (exitDistance(clear, target, away) + 0.02f * diagonal);
+                text.align = away.dot(x) >= 0.0f ? qrnsg::Text::LEFT : qrnsg::Text::RIGHT;
+            }
+            Box b;
+            b.x = x;
+            b.y = y;
+            b.normal = normal;
+            b.halfWidth = text.estimatedWidth() / 2.0f;
+            b.halfHeight = 0.75f * h;
+            auto boxAt = [&](const Vec3& a) {
+                const float along = text.align == qrnsg::Text::LEFT    ? b.halfWidth
+                                    : text.align == qrnsg::Text::RIGHT ? -b.halfWidth
+                                                                       : 0.0f;
+                Box moved = b;
+                moved.centre = a + x * along;
+                return moved;
+            };
+            if (!item.textPlaced) {
+                // Stacked clear of the texts placed before, away from the model.
+                const Vec3 step = y * (away.dot(y) >= 0.0f ? 1.7f * h : -1.7f * h);
+                for (int tries = 0; tries < 40; ++tries) {
+                    const Box candidate = boxAt(anchor);
+                    if (std::none_of(placed.begin(), placed.end(),
+                                     [&](const Box& other) { return overlaps(other, candidate); }))
+                        break;
+                    anchor = anchor + step;
+                }
+                text.position = anchor;
+            }
+            placed.push_back(boxAt(text.position));
+            if (item.hasTarget && target.distance(text.position) > h) {
+                item.leaders.addStrip({text.position, target});
+                mark(item, target, (text.position - target).normalized(), normal, h);
+            }
+        }
+    }
+}
+
+} // namespace qrnviewer
