@@ -1,6 +1,7 @@
 #include "BenchModels.h"
 
 #include "qrnmath/MatrixUtils.h"
+#include "qrnviewer/PmiLayout.h"
 #include "qrnviewer/Shapes.h"
 #include "qrnviewer/occt/DemoAssembly.h"
 #include "qrnviewer/occt/ModelReader.h"
@@ -70,6 +71,41 @@ qrnviewer::ModelData BenchModels::demo() {
     std::string error;
     if (!qrnviewer::DemoAssembly::model(model, error))
         std::fprintf(stderr, "no demo assembly: %s\n", error.c_str());
+    return model;
+}
+
+qrnviewer::ModelData BenchModels::withPmi(std::size_t items) {
+    using Item = qrnviewer::ModelData::PmiItem;
+    qrnviewer::ModelData model = generatedAssembly(100000);
+    const qrnsg::BBox box = model.bbox();
+    const Vec3 size = box.max() - box.min();
+    const wchar_t* const texts[] = {L"\u230012.5 \u00B10.1 mm",
+                                    L"\u2316 | \u23000.2 \u24C2 | A | B",
+                                    L"A",
+                                    L"R4 +0.05/-0.02 mm",
+                                    L"\u23E5 | 0.05",
+                                    L"Note: deburr all edges"};
+    for (std::size_t i = 0; i < items; ++i) {
+        Item item;
+        item.kind = static_cast<Item::Kind>(i % 4);
+        item.name = L"Item " + std::to_wstring(i);
+        // Targets spread over the assembly's top; every other item in a plane of its own.
+        const float u = std::fmod(0.618034f * float(i), 1.0f);
+        const float v = std::fmod(0.754878f * float(i), 1.0f);
+        item.hasTarget = true;
+        item.target = box.min() + Vec3(u * size[0], v * size[1], size[2]);
+        item.hasPlane = i % 2 == 0;
+        qrnsg::Text text;
+        text.text = texts[i % 6];
+        text.position = item.target;
+        if (i % 4 == 2) { // upright, facing front
+            text.direction = Vec3(1, 0, 0);
+            text.up = Vec3(0, 0, 1);
+        }
+        item.texts.push_back(text);
+        model.pmi.push_back(std::move(item));
+    }
+    qrnviewer::PmiLayout::arrange(model);
     return model;
 }
 

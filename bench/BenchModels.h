@@ -17,6 +17,9 @@ public:
     static qrnviewer::ModelData read(const std::string& path);
     // The viewer's demo assembly; empty, with the reason printed, when it cannot be made.
     static qrnviewer::ModelData demo();
+    // A generated assembly carrying `items` PMI items (dimensions, feature control frames,
+    // datums, notes) laid out as the viewer lays out a file's.
+    static qrnviewer::ModelData withPmi(std::size_t items);
 };
 
 } // namespace qrnbench

@@ -11,6 +11,7 @@
 #include "qrngl/interaction/CameraManipulator.h"
 #include "qrngl/interaction/ViewState.h"
 #include "qrnviewer/HostFrame.h"
+#include "qrnviewer/PmiDisplay.h"
 #include "qrnviewer/occt/ModelReader.h"
 
 #include <benchmark/benchmark.h>
@@ -110,6 +111,31 @@ void addCase(const std::string& name, qrnviewer::ModelData model) {
     g_cases.push_back(std::move(c));
 }
 
+// The same frame with the PMI shown and hidden.
+std::vector<std::unique_ptr<BenchScene>> g_pmi;
+
+void addPmiCase(const std::string& name, qrnviewer::ModelData model) {
+    auto c = std::make_unique<BenchScene>();
+    c->name = name;
+    c->model = std::move(model);
+    if (!c->prepare(false))
+        return;
+    BenchScene* raw = c.get();
+    for (bool shown : {true, false})
+        benchmark::RegisterBenchmark(((shown ? "pmi-shown/" : "pmi-hidden/") + name).c_str(),
+                                     [raw, shown](benchmark::State& state) {
+                                         qrnviewer::PmiDisplay(raw->document).setShown(shown);
+                                         qrnbench::frameTime(state, raw);
+                                         std::size_t texts = 0;
+                                         for (const auto& item : raw->model.pmi)
+                                             texts += item.texts.size();
+                                         state.counters["texts"] = static_cast<double>(texts);
+                                     })
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
+    g_pmi.push_back(std::move(c));
+}
+
 std::vector<std::unique_ptr<BenchScene>> g_windows;
 
 // The still frame and the frames of a drag as the viewer's window draws them.
@@ -171,6 +197,11 @@ int main(int argc, char** argv) {
         if (qrnviewer::ModelData demo = qrnbench::BenchModels::demo(); demo.triangleCount() > 0)
             addCase("demo", std::move(demo));
         addCase("generated-1M", qrnbench::BenchModels::generatedAssembly(1000000));
+        addPmiCase("generated-1000-pmi", qrnbench::BenchModels::withPmi(1000));
+        const std::string nist =
+            qrnbench::BenchModels::sharedModel("nist_ctc_01_asme1_ap242-e1.stp");
+        if (!nist.empty())
+            addPmiCase("nist_ctc_01", qrnbench::BenchModels::read(nist));
     }
     for (const char* file : {"pm2_tess_fine.glb", "as1-oc-214-mat.stp", "trj4_pm2-ec-214.stp"}) {
         std::string path = qrnbench::BenchModels::sharedModel(file);
@@ -199,6 +230,20 @@ int main(int argc, char** argv) {
                     c->name.c_str(), c->model.triangleCount(), c->model.instanceCount(), f, g,
                     f / g);
     }
+    if (!g_pmi.empty())
+        std::printf("\nframe time with the PMI shown and hidden (1024x768):\n");
+    for (const auto& c : g_pmi) {
+        const double shown = reporter.time("pmi-shown/" + c->name);
+        const double hidden = reporter.time("pmi-hidden/" + c->name);
+        std::size_t texts = 0;
+        for (const auto& item : c->model.pmi)
+            texts += item.texts.size();
+        if (shown > 0 && hidden > 0)
+            std::printf("  %-22s %5zu PMI texts %9zu triangles  shown %8.2f ms  hidden %8.2f ms  "
+                        "ratio %.2f\n",
+                        c->name.c_str(), texts, c->model.triangleCount(), shown, hidden,
+                        shown / hidden);
+    }
     if (windows)
         std::printf("\nframes while a drag turns the model, drawn as the window draws them (4 "
                     "samples; budget %.0f ms):\n",
@@ -216,7 +261,7 @@ int main(int argc, char** argv) {
                     drag->second.coarse);
     }
     // GPU objects go with their own context.
-    for (auto* list : {&g_cases, &g_windows}) {
+    for (auto* list : {&g_cases, &g_windows, &g_pmi}) {
         for (auto& c : *list)
             c->release();
         list->clear();

@@ -49,6 +49,12 @@ public:
     // Draws the text from the current point (outlines) or raster position (bitmaps).
     void draw(const std::wstring& text) const;
 
+    // A glyph's outline as closed contours (x, y pairs in em) and its advance, coarser than
+    // the lists' (chords within a hundredth of the em), for drawing many glyphs in one call;
+    // false where the platform gives no outline geometry (Windows makes outlines only as
+    // lists) or for a bitmap font.
+    bool contours(wchar_t c, std::vector<std::vector<float>>& out, float& advance) const;
+
     // Calls a text's glyph lists: codes 0 to 254 through glListBase(base) and glCallLists of
     // one byte a character, any other character through the list `other` gives (0: none).
     static void callLists(unsigned int base, const std::wstring& text,

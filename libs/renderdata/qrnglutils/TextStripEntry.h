@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace qrnglutils {
 
@@ -25,7 +26,8 @@ private:
     mutable bool m_tried = false;
 };
 
-// One scene text in glyph outlines, compiled into one list on first draw. It draws in its own
+// One scene text in glyph outlines, made ready on first draw: one buffer of line loops drawn
+// in one call where the font gives its glyphs' contours, else one display list. It draws in its own
 // frame: the em is the text's height, the baseline runs along x, the anchor at the origin lies
 // on the text's box as its alignment says; the frame places it. Seen from behind or upside
 // down, it turns about its box's centre so that it reads from left to right, upright.
@@ -45,10 +47,15 @@ public:
 
 private:
     void compile(const qrngl::Font& font) const;
+    void draw() const;
 
     qrnsg::Text m_text;
     std::shared_ptr<TextFont> m_font;
-    mutable unsigned int m_list = 0;
+    mutable unsigned int m_list = 0; // the glyph lists' way
+    mutable unsigned int m_vbo = 0;  // the contours' way, or the points where no buffers
+    mutable std::vector<float> m_points;
+    mutable std::vector<int> m_firsts;
+    mutable std::vector<int> m_counts;
     mutable bool m_compiled = false;
     mutable float m_box[4] = {0.0f, 0.0f, 0.0f, 0.0f};
 };

@@ -92,6 +92,24 @@ std::shared_ptr<Font> Font::createLabel(float dpi) {
     return font;
 }
 
+bool Font::contours(wchar_t c, std::vector<std::vector<float>>& out, float& advance) const {
+    if (m_kind != OUTLINE)
+        return false;
+    const auto code = static_cast<unsigned long>(c);
+    Typeface& face = *m_source->face;
+    std::shared_ptr<Typeface> other = face.faceFor(code);
+    Typeface::Outline glyph;
+    // A quarter pixel at the sizes texts are read at, and far fewer lines to draw than the
+    // lists' one design unit.
+    const float deviation = 0.01f;
+    // A character no face has draws nothing and does not move on, as its list does.
+    if (other ? other->outline(code, deviation, glyph)
+              : face.has(code) && face.outline(code, deviation, glyph))
+        out = std::move(glyph.contours);
+    advance = glyph.advanceX;
+    return true;
+}
+
 bool Font::makeGlyph(wchar_t c, unsigned int list, float& advance) const {
     const auto code = static_cast<unsigned long>(c);
     Typeface& face = *m_source->face;

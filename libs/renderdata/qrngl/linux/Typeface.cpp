@@ -274,7 +274,7 @@ struct Flattener {
 
 bool Typeface::outline(unsigned long code, float deviation, Outline& out) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    auto known = m_outlines.find(code);
+    auto known = m_outlines.find({code, deviation});
     if (known != m_outlines.end()) {
         out = known->second;
         return true;
@@ -300,9 +300,7 @@ bool Typeface::outline(unsigned long code, float deviation, Outline& out) {
             if (c.size() >= 4 && c[c.size() - 2] == c[0] && c.back() == c[1])
                 c.resize(c.size() - 2);
     }
-    // Outlines are kept by the deviation they were first made with: every caller asks for one
-    // design unit.
-    m_outlines[code] = glyph;
+    m_outlines[{code, deviation}] = glyph;
     out = std::move(glyph);
     return true;
 }

@@ -80,7 +80,7 @@ private:
     std::wstring m_family;
     std::string m_file;
     std::mutex m_mutex;
-    std::map<unsigned long, Outline> m_outlines;
+    std::map<std::pair<unsigned long, float>, Outline> m_outlines; // by code and deviation
     std::map<unsigned long, std::weak_ptr<Typeface>> m_fallbacks;
 };
 

@@ -123,6 +123,10 @@ std::shared_ptr<Font> Font::createLabel(float) {
     return font;
 }
 
+bool Font::contours(wchar_t, std::vector<std::vector<float>>&, float&) const {
+    return false;
+}
+
 bool Font::makeGlyph(wchar_t c, unsigned int list, float& advance) const {
     HDC dc = wglGetCurrentDC();
     if (!dc)
