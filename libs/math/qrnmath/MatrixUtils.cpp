@@ -77,14 +77,20 @@ bool MatrixUtils::invert(const Mat4& m, Mat4& out) {
 }
 
 Mat4 MatrixUtils::inverse(const Mat4& m, float tolerance) {
-    const float* a = m.data();
-    // An affine matrix has the determinant of its upper 3x3; others are tested by invert().
-    const double det3 = static_cast<double>(a[0]) * (a[5] * a[10] - a[9] * a[6]) -
-                        static_cast<double>(a[4]) * (a[1] * a[10] - a[9] * a[2]) +
-                        static_cast<double>(a[8]) * (a[1] * a[6] - a[5] * a[2]);
+    // The determinant by the 2x2 minors of the top two and bottom two rows.
+    double a[16];
+    for (int i = 0; i < 16; ++i)
+        a[i] = m[i];
+    auto at = [&](int row, int column) { return a[column * 4 + row]; };
+    auto minor = [&](int r0, int r1, int c0, int c1) {
+        return at(r0, c0) * at(r1, c1) - at(r0, c1) * at(r1, c0);
+    };
+    const double det =
+        minor(0, 1, 0, 1) * minor(2, 3, 2, 3) - minor(0, 1, 0, 2) * minor(2, 3, 1, 3) +
+        minor(0, 1, 0, 3) * minor(2, 3, 1, 2) + minor(0, 1, 1, 2) * minor(2, 3, 0, 3) -
+        minor(0, 1, 1, 3) * minor(2, 3, 0, 2) + minor(0, 1, 2, 3) * minor(2, 3, 0, 1);
     Mat4 out;
-    const bool affine = a[3] == 0.0f && a[7] == 0.0f && a[11] == 0.0f && a[15] == 1.0f;
-    if ((affine && std::abs(det3) < tolerance) || !invert(m, out))
+    if (!(std::abs(det) >= tolerance) || !invert(m, out))
         return identity();
     return out;
 }

@@ -27,6 +27,14 @@ void Font::callLists(unsigned int base, const std::wstring& text,
     flush();
 }
 
+void Font::deleteLists() {
+    if (m_base != 0)
+        glDeleteLists(m_base, CODES);
+    for (const auto& g : m_glyphs)
+        if (g.second.list != 0)
+            glDeleteLists(g.second.list, 1);
+}
+
 float Font::width(const std::wstring& text) const {
     float w = 0.0f;
     for (const wchar_t c : text) {

@@ -65,6 +65,7 @@ private:
     Font();
     // Makes the list of one character above 254; false when no face has it.
     bool makeGlyph(wchar_t c, unsigned int list, float& advance) const;
+    void deleteLists();
 
     Kind m_kind = OUTLINE;
     unsigned int m_base = 0;

@@ -12,7 +12,7 @@ void FontRenderer::buildOutlines(const std::vector<wchar_t>& beyond) {
     std::shared_ptr<Typeface> face = Typeface::find(faceName());
     m_font = Typeface::createHandle(face);
     if (face) {
-        face->compileOutlines(0, OUTLINES, m_listBase, 0.0f, nullptr);
+        face->compileOutlines(0, OUTLINES, m_listBase, 0.0f, nullptr, false);
         if (!beyond.empty()) {
             m_beyond = beyond;
             m_beyondBase = glGenLists(static_cast<GLsizei>(beyond.size()));

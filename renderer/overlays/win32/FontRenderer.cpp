@@ -43,7 +43,9 @@ void FontRenderer::buildOutlines(const std::vector<wchar_t>& beyond) {
     m_font = api.createFontIndirectW(&logFont);
     HGDIOBJ previous = api.selectObject(dc, m_font);
     GLYPHMETRICSFLOAT metrics[LISTS] = {};
-    if (!api.useFontOutlinesW(dc, 0, OUTLINES, m_listBase, 0.0f, 0.001f, WGL_FONT_LINES, metrics))
+    const BOOL made =
+        api.useFontOutlinesW(dc, 0, OUTLINES, m_listBase, 0.0f, 0.001f, WGL_FONT_LINES, metrics);
+    if (!made)
         api.selectObject(dc, previous);
 
     // Characters the base's lists cannot hold, from this font or, where it has no glyph, from
@@ -67,7 +69,8 @@ void FontRenderer::buildOutlines(const std::vector<wchar_t>& beyond) {
                                  m_beyondBase + static_cast<unsigned int>(i), 0.0f, 0.001f,
                                  WGL_FONT_LINES, &glyph);
         }
-        api.selectObject(dc, m_font);
+        // The DC as the outline call left it, so that the release below is the same.
+        api.selectObject(dc, made ? static_cast<HGDIOBJ>(m_font) : previous);
         if (fallback)
             api.deleteObject(fallback);
     }

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <regex>
 #include <string>
 
@@ -37,6 +38,19 @@ ProcessResult runCommand(const std::string& command) {
 
 ProcessResult qrnview(const std::string& args) {
     return runCommand(std::string("'") + QRNVIEW_EXE + "' " + args + " 2>&1");
+}
+
+// The pixels of a PNG file that a test says yes to.
+std::size_t countPixels(const std::string& file,
+                        const std::function<bool(const std::uint8_t*)>& is) {
+    qrnimage::Image image;
+    std::string error;
+    EXPECT_TRUE(qrnimage::Image::loadPng(file, image, &error)) << error;
+    std::size_t count = 0;
+    for (unsigned y = 0; y < image.height(); ++y)
+        for (unsigned x = 0; x < image.width(); ++x)
+            count += is(image.pixel(x, y)) ? 1 : 0;
+    return count;
 }
 
 class QrnviewProcessTest : public ::testing::Test {
@@ -211,16 +225,9 @@ TEST_F(QrnviewProcessTest, PicksNameWhatLiesAtAPixelAndShowItHighlighted) {
     const auto tinted = [&](const std::string& args) {
         ProcessResult r = qrnview("--size 320x240 --snapshot '" + path("p.png") + "' " + args);
         EXPECT_EQ(r.exitCode, 0) << r.output;
-        qrnimage::Image image;
-        std::string error;
-        EXPECT_TRUE(qrnimage::Image::loadPng(path("p.png"), image, &error)) << error;
-        std::size_t count = 0;
-        for (unsigned y = 0; y < image.height(); ++y)
-            for (unsigned x = 0; x < image.width(); ++x) {
-                const std::uint8_t* p = image.pixel(x, y);
-                count += (p[0] > p[1] + 60 && p[2] > p[1] + 50) ? 1 : 0;
-            }
-        return count;
+        return countPixels(path("p.png"), [](const std::uint8_t* p) {
+            return p[0] > p[1] + 60 && p[2] > p[1] + 50;
+        });
     };
     EXPECT_GT(tinted("--pick 165,133 --select part"), tinted("") + 40);
 
@@ -239,17 +246,10 @@ TEST_F(QrnviewProcessTest, ThePmiOfAFileShownHiddenAndInItsSavedView) {
         ProcessResult r = qrnview("'" + file.string() + "' --size 400x300 --snapshot '" +
                                   path("pmi.png") + "' " + args);
         EXPECT_EQ(r.exitCode, 0) << args << "\n" << r.output;
-        qrnimage::Image image;
-        std::string error;
-        EXPECT_TRUE(qrnimage::Image::loadPng(path("pmi.png"), image, &error)) << error;
-        std::size_t count = 0;
-        for (unsigned y = 0; y < image.height(); ++y)
-            for (unsigned x = 0; x < image.width(); ++x) {
-                const std::uint8_t* p = image.pixel(x, y);
-                count += std::abs(p[0] - 13) <= 3 && std::abs(p[1] - 38) <= 3 &&
-                         std::abs(p[2] - 153) <= 3;
-            }
-        return count;
+        return countPixels(path("pmi.png"), [](const std::uint8_t* p) {
+            return std::abs(p[0] - 13) <= 3 && std::abs(p[1] - 38) <= 3 &&
+                   std::abs(p[2] - 153) <= 3;
+        });
     };
     EXPECT_GT(pmiPixels(""), 1000u) << "shown by default";
     EXPECT_EQ(pmiPixels("--pmi hide"), 0u);

@@ -41,6 +41,14 @@ TEST(MatrixUtils, InvertSingularFailsAndLeavesOutputAlone) {
     Mat4 out(42.0f);
     EXPECT_FALSE(M::invert(flat, out));
     EXPECT_EQ(out, Mat4(42.0f));
+    // With a tolerance: nearly flat (determinant 1e-4, perspective row or not) gives the
+    // identity; a turn and a scale give their inverse.
+    EXPECT_EQ(M::inverse(M::scaling(Vec3(1.0f, 1e-4f, 1.0f)), 0.001f), M::identity());
+    Mat4 projective = M::scaling(Vec3(1.0f, 1e-4f, 1.0f));
+    projective[3] = 0.5f;
+    EXPECT_EQ(M::inverse(projective, 0.001f), M::identity());
+    Mat4 turned = M::multiply(M::rotation(Vec3(1, 2, 3), 0.7f), M::scaling(Vec3(2, 2, 2)));
+    EXPECT_TRUE(tuplesNear(M::multiply(turned, M::inverse(turned, 0.001f)), M::identity()));
 }
 
 TEST(MatrixUtils, RotationIsRightHanded) {

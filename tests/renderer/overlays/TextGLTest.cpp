@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <memory>
 
 namespace qrntest {
 namespace {
@@ -126,7 +127,13 @@ TEST_F(TextGLTest, AnEmptyTextOnlyMovesTheMatrixAndCodesAbove254HaveNoOutline) {
         EXPECT_NEAR(after[i], expected[i], 1e-4f) << i;
     EXPECT_TRUE(ink().empty());
 
-    // The 256 lists from the base: 1 to 254 draw their glyphs, 255 is reserved and empty.
+    // The 256 lists from the base: 1 to 254 draw their glyphs, 255 is reserved and empty; the
+    // destructor deletes all of them.
+    auto gone = std::make_unique<qrngl::FontRenderer>(t, scale);
+    const unsigned int goneBase = gone->listBase();
+    EXPECT_TRUE(glIsList(goneBase) && glIsList(goneBase + 200));
+    gone.reset();
+    EXPECT_FALSE(glIsList(goneBase) || glIsList(goneBase + 200));
     t->text = L"x";
     qrngl::FontRenderer x(t, scale);
     const unsigned int base = x.listBase();

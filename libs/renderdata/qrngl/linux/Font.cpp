@@ -35,11 +35,7 @@ float screenDpi() {
 Font::Font() = default;
 
 Font::~Font() {
-    if (m_base != 0)
-        glDeleteLists(m_base, CODES);
-    for (const auto& g : m_glyphs)
-        if (g.second.list != 0)
-            glDeleteLists(g.second.list, 1);
+    deleteLists();
 }
 
 std::shared_ptr<Font> Font::createOutline(const std::wstring& faceName,
@@ -95,16 +91,12 @@ std::shared_ptr<Font> Font::createLabel(float dpi) {
 bool Font::contours(wchar_t c, std::vector<std::vector<float>>& out, float& advance) const {
     if (m_kind != OUTLINE)
         return false;
-    const auto code = static_cast<unsigned long>(c);
-    Typeface& face = *m_source->face;
-    std::shared_ptr<Typeface> other = face.faceFor(code);
     Typeface::Outline glyph;
     // A quarter pixel at the sizes texts are read at, and far fewer lines to draw than the
     // lists' one design unit.
     const float deviation = 0.01f;
     // A character no face has draws nothing and does not move on, as its list does.
-    if (other ? other->outline(code, deviation, glyph)
-              : face.has(code) && face.outline(code, deviation, glyph))
+    if (m_source->face->glyphOutline(static_cast<unsigned long>(c), deviation, glyph))
         out = std::move(glyph.contours);
     advance = glyph.advanceX;
     return true;

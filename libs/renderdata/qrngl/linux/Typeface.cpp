@@ -1,6 +1,7 @@
 #include "qrngl/linux/Typeface.h"
 
 #include "qrngl/GL.h"
+#include "qrnplatform/Text.h"
 
 #include <fontconfig/fontconfig.h>
 #include <ft2build.h>
@@ -32,43 +33,6 @@ const char kAliases[] = R"(<?xml version="1.0"?>
   </alias>
 </fontconfig>
 )";
-
-std::string utf8(const std::wstring& text) {
-    std::string out;
-    for (wchar_t w : text) {
-        const auto c = static_cast<std::uint32_t>(w);
-        if (c < 0x80) {
-            out += static_cast<char>(c);
-        } else if (c < 0x800) {
-            out += static_cast<char>(0xC0 | (c >> 6));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        } else if (c < 0x10000) {
-            out += static_cast<char>(0xE0 | (c >> 12));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        } else {
-            out += static_cast<char>(0xF0 | (c >> 18));
-            out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        }
-    }
-    return out;
-}
-
-std::wstring wide(const char* text) {
-    std::wstring out;
-    const auto* s = reinterpret_cast<const unsigned char*>(text ? text : "");
-    while (*s) {
-        std::uint32_t c = *s++;
-        int more = c >= 0xF0 ? 3 : c >= 0xE0 ? 2 : c >= 0xC0 ? 1 : 0;
-        c &= more == 3 ? 0x07 : more == 2 ? 0x0F : more == 1 ? 0x1F : 0x7F;
-        while (more-- > 0 && (*s & 0xC0) == 0x80)
-            c = (c << 6) | (*s++ & 0x3F);
-        out += static_cast<wchar_t>(c);
-    }
-    return out;
-}
 
 } // namespace
 
@@ -113,15 +77,18 @@ struct TypefaceLibrary {
         FT_Face face = nullptr;
         if (FT_New_Face(library, key.first.c_str(), index, &face) != 0)
             return nullptr;
-        std::shared_ptr<Typeface> typeface(
-            new Typeface(face, wide(reinterpret_cast<char*>(family)), key.first));
+        std::shared_ptr<Typeface> typeface(new Typeface(
+            face, qrnplatform::Text::fromUtf8(family ? reinterpret_cast<char*>(family) : ""),
+            key.first));
         faces[key] = typeface;
         return typeface;
     }
 
     FcPattern* pattern(const std::wstring& family, unsigned long code) {
         FcPattern* p = FcPatternCreate();
-        FcPatternAddString(p, FC_FAMILY, reinterpret_cast<const FcChar8*>(utf8(family).c_str()));
+        FcPatternAddString(
+            p, FC_FAMILY,
+            reinterpret_cast<const FcChar8*>(qrnplatform::Text::toUtf8(family).c_str()));
         FcPatternAddBool(p, FC_SCALABLE, FcTrue);
         if (code) {
             FcCharSet* set = FcCharSetCreate();
@@ -372,16 +339,26 @@ bool Typeface::deleteHandle(HFONT handle) {
     return true;
 }
 
+bool Typeface::glyphOutline(unsigned long code, float deviation, Outline& out) {
+    std::shared_ptr<Typeface> other = faceFor(code);
+    return other ? other->outline(code, deviation, out)
+                 : has(code) && outline(code, deviation, out);
+}
+
+bool Typeface::glyphBitmap(unsigned long code, int pixelSize, Bitmap& out) {
+    std::shared_ptr<Typeface> other = faceFor(code);
+    return other ? other->bitmap(code, pixelSize, out) : has(code) && bitmap(code, pixelSize, out);
+}
+
 bool Typeface::compileOutlines(unsigned long first, unsigned long count, unsigned int base,
-                               float deviation, float* advances) {
+                               float deviation, float* advances, bool fallback) {
     bool any = false;
     for (unsigned long i = 0; i < count; ++i) {
         const unsigned long code = first + i;
         Outline glyph;
-        std::shared_ptr<Typeface> other = faceFor(code);
-        const bool made = other ? other->outline(code, deviation, glyph)
-                                : has(code) && outline(code, deviation, glyph);
-        any = any || made;
+        any = (fallback ? glyphOutline(code, deviation, glyph)
+                        : has(code) && outline(code, deviation, glyph)) ||
+              any;
         if (advances)
             advances[i] = glyph.advanceX;
         glNewList(base + static_cast<unsigned int>(i), GL_COMPILE);
@@ -406,10 +383,7 @@ bool Typeface::compileBitmaps(unsigned long first, unsigned long count, unsigned
     for (unsigned long i = 0; i < count; ++i) {
         const unsigned long code = first + i;
         Bitmap glyph;
-        std::shared_ptr<Typeface> other = faceFor(code);
-        const bool made = other ? other->bitmap(code, pixelSize, glyph)
-                                : has(code) && bitmap(code, pixelSize, glyph);
-        any = any || made;
+        any = glyphBitmap(code, pixelSize, glyph) || any;
         if (advances)
             advances[i] = glyph.advance;
         // An empty glyph (a space) moves on with one clear pixel: Mesa takes no empty bitmap

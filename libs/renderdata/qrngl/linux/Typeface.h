@@ -49,10 +49,11 @@ public:
     std::shared_ptr<Typeface> faceFor(unsigned long code);
 
     // Contours flattened so that no chord strays more than `deviation` em from the curve (0:
-    // one font design unit); false when the face has no such glyph.
-    bool outline(unsigned long code, float deviation, Outline& out);
-    // A glyph rendered one bit a pixel at a pixel size (the em height).
-    bool bitmap(unsigned long code, int pixelSize, Bitmap& out);
+    // one font design unit), from this face or, for a character it lacks, from the face
+    // faceFor gives; false when no face has it.
+    bool glyphOutline(unsigned long code, float deviation, Outline& out);
+    // The same rendered one bit a pixel at a pixel size (the em height).
+    bool glyphBitmap(unsigned long code, int pixelSize, Bitmap& out);
     // Ascender to descender at a pixel size, rounded up, as Windows' tmHeight.
     int lineHeight(int pixelSize);
 
@@ -64,16 +65,20 @@ public:
 
     // Compiles glyphs first .. first + count - 1 into the lists base + code - first, as
     // wglUseFontOutlinesW does with WGL_FONT_LINES (line loops, then a move by the advance);
-    // characters the face lacks are taken from a fallback face. `advances` receives each glyph's
-    // advance (em) when given. False when no glyph could be made.
+    // characters the face lacks are taken from a fallback face when `fallback` says so, else
+    // their lists stay empty, as a GDI font's would. `advances` receives each glyph's advance
+    // (em) when given. False when no glyph could be made.
     bool compileOutlines(unsigned long first, unsigned long count, unsigned int base,
-                         float deviation, float* advances);
+                         float deviation, float* advances, bool fallback = true);
     // The same with glBitmap glyphs, as wglUseFontBitmapsW does.
     bool compileBitmaps(unsigned long first, unsigned long count, unsigned int base, int pixelSize,
                         float* advances);
 
 private:
     Typeface(void* face, std::wstring family, std::string file);
+    // This face's own glyphs.
+    bool outline(unsigned long code, float deviation, Outline& out);
+    bool bitmap(unsigned long code, int pixelSize, Bitmap& out);
     friend struct TypefaceLibrary;
 
     void* m_face; // FT_Face

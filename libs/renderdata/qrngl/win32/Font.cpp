@@ -55,11 +55,7 @@ bool hasGlyph(HDC dc, wchar_t c) {
 Font::Font() = default;
 
 Font::~Font() {
-    if (m_base != 0)
-        glDeleteLists(m_base, CODES);
-    for (const auto& g : m_glyphs)
-        if (g.second.list != 0)
-            glDeleteLists(g.second.list, 1);
+    deleteLists();
     if (m_source) {
         if (m_source->font)
             DeleteObject(m_source->font);
