@@ -17,7 +17,6 @@
 #include "qrnsgutils/InstanceWalker.h"
 
 #include <chrono>
-#include <cmath>
 #include <functional>
 #include <optional>
 #include <unordered_set>
@@ -66,15 +65,10 @@ bool clipPlaneOn() {
     return false;
 }
 
-// The frame of a text lying in its plane: x along its baseline, y up, z its normal.
+// The frame of a text lying in its plane, as a matrix.
 qrnmath::Mat4 textPlane(const qrnsg::Text& text) {
-    using qrnmath::Vec3;
-    Vec3 x = text.direction.length() > 0.0f ? text.direction.normalized() : Vec3(1, 0, 0);
-    Vec3 y = text.up - x * x.dot(text.up);
-    if (y.length() < 1e-6f)
-        y = qrnmath::cross(std::abs(x[2]) < 0.9f ? Vec3(0, 0, 1) : Vec3(0, 1, 0), x);
-    y = y.normalized();
-    const Vec3 z = qrnmath::cross(x, y);
+    qrnmath::Vec3 x, y, z;
+    text.frame(x, y, z);
     qrnmath::Mat4 m = qrnmath::MatrixUtils::identity();
     for (int r = 0; r < 3; ++r) {
         m[r] = x[r];

@@ -236,12 +236,7 @@ void DocumentBuilder::addPmi(const ModelData& model, qrn::Document& document, in
             break;
         }
         qrnsg::Polyline lines = item.lines;
-        for (std::size_t i = 0; i < item.leaders.stripCount(); ++i) {
-            const std::size_t end = i + 1 < item.leaders.stripCount() ? item.leaders.strips[i + 1]
-                                                                      : item.leaders.points.size();
-            lines.addStrip({item.leaders.points.begin() + item.leaders.strips[i],
-                            item.leaders.points.begin() + static_cast<std::ptrdiff_t>(end)});
-        }
+        lines.append(item.leaders);
         if (lines.stripCount() > 0) {
             int id = nextId++;
             rt->polylines.add(id, static_cast<int>(scene->polylines.size()), material);

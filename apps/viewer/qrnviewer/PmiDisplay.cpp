@@ -49,36 +49,39 @@ std::size_t PmiDisplay::items() const {
     return pmi ? pmi->items.size() : 0;
 }
 
+std::shared_ptr<qrnsg::SCView> PmiDisplay::listingView(const qrnsg::SCView::View*& view) const {
+    auto views = fetch<qrnsg::SCView>(m_document.lock(), qrnsg::SCHEMA_VIEW);
+    view = views && m_view >= 0 && static_cast<std::size_t>(m_view) < views->views.size() &&
+                   views->views[static_cast<std::size_t>(m_view)].listsPmi
+               ? &views->views[static_cast<std::size_t>(m_view)]
+               : nullptr;
+    return views;
+}
+
+bool PmiDisplay::isShown(std::size_t item, const qrnsg::SCView::View* listing) const {
+    return m_shown && (!listing || std::find(listing->pmiItems.begin(), listing->pmiItems.end(),
+                                             static_cast<int>(item)) != listing->pmiItems.end());
+}
+
 std::size_t PmiDisplay::shownItems() const {
-    auto document = m_document.lock();
-    auto pmi = fetch<qrnsg::SCPmi>(document, qrnsg::SCHEMA_PMI);
-    auto views = fetch<qrnsg::SCView>(document, qrnsg::SCHEMA_VIEW);
-    if (!pmi || !m_shown)
-        return 0;
-    if (!views || m_view < 0 || static_cast<std::size_t>(m_view) >= views->views.size() ||
-        !views->views[static_cast<std::size_t>(m_view)].listsPmi)
-        return pmi->items.size();
-    const auto& listed = views->views[static_cast<std::size_t>(m_view)].pmiItems;
-    return static_cast<std::size_t>(std::count_if(listed.begin(), listed.end(), [&](int i) {
-        return i >= 0 && static_cast<std::size_t>(i) < pmi->items.size();
-    }));
+    const qrnsg::SCView::View* listing = nullptr;
+    const auto views = listingView(listing);
+    std::size_t shown = 0;
+    for (std::size_t i = 0; i < items(); ++i)
+        shown += isShown(i, listing) ? 1 : 0;
+    return shown;
 }
 
 void PmiDisplay::apply() const {
     auto document = m_document.lock();
     auto pmi = fetch<qrnsg::SCPmi>(document, qrnsg::SCHEMA_PMI);
     auto rt = fetch<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
-    auto views = fetch<qrnsg::SCView>(document, qrnsg::SCHEMA_VIEW);
     if (!pmi || !rt)
         return;
-    const qrnsg::SCView::View* view =
-        views && m_view >= 0 && static_cast<std::size_t>(m_view) < views->views.size()
-            ? &views->views[static_cast<std::size_t>(m_view)]
-            : nullptr;
+    const qrnsg::SCView::View* listing = nullptr;
+    const auto views = listingView(listing);
     for (std::size_t i = 0; i < pmi->items.size(); ++i) {
-        const bool visible = m_shown && (!view || !view->listsPmi ||
-                                         std::find(view->pmiItems.begin(), view->pmiItems.end(),
-                                                   static_cast<int>(i)) != view->pmiItems.end());
+        const bool visible = isShown(i, listing);
         for (int id : pmi->items[i].polylineIds)
             setVisible(rt->polylines, id, visible);
         for (int id : pmi->items[i].textIds)
@@ -92,12 +95,11 @@ std::string PmiDisplay::describe() const {
         return "the model has no PMI";
     if (!m_shown)
         return "PMI hidden";
-    auto views = fetch<qrnsg::SCView>(m_document.lock(), qrnsg::SCHEMA_VIEW);
-    if (views && m_view >= 0 && static_cast<std::size_t>(m_view) < views->views.size() &&
-        views->views[static_cast<std::size_t>(m_view)].listsPmi)
-        return "PMI of view " +
-               qrnplatform::Text::toUtf8(views->views[static_cast<std::size_t>(m_view)].name) +
-               ": " + std::to_string(shownItems()) + " of " + std::to_string(all) + " items";
+    const qrnsg::SCView::View* listing = nullptr;
+    const auto views = listingView(listing);
+    if (listing)
+        return "PMI of view " + qrnplatform::Text::toUtf8(listing->name) + ": " +
+               std::to_string(shownItems()) + " of " + std::to_string(all) + " items";
     return "PMI shown: " + std::to_string(all) + (all == 1 ? " item" : " items");
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "qrn/IDocument.h"
+#include "qrnsg/SCView.h"
 
 #include <memory>
 #include <string>
@@ -26,6 +27,10 @@ public:
 
 private:
     void apply() const;
+    // The view component, and in `view` the saved view the camera is in when it lists its PMI
+    // (else null); the component is returned to keep the view alive.
+    std::shared_ptr<qrnsg::SCView> listingView(const qrnsg::SCView::View*& view) const;
+    bool isShown(std::size_t item, const qrnsg::SCView::View* listing) const;
 
     std::weak_ptr<qrn::IDocument> m_document;
     bool m_shown = true;

@@ -44,12 +44,14 @@ float exitDistance(const qrnsg::BBox& box, const Vec3& p, const Vec3& v) {
     return std::max(0.0f, far == std::numeric_limits<float>::max() ? 0.0f : far);
 }
 
-// The frame of a text: x along its baseline, y up, both unit and square.
-void textFrame(const qrnsg::Text& text, Vec3& x, Vec3& y, Vec3& normal) {
-    x = text.direction.length() > 0.0f ? text.direction.normalized() : Vec3(1, 0, 0);
-    y = text.up - x * x.dot(text.up);
-    y = y.length() > 1e-6f ? y.normalized() : qrnmath::cross(Vec3(0, 0, 1), x).normalized();
-    normal = qrnmath::cross(x, y);
+// The box a text would take with its anchor at `anchor`.
+Box boxOf(const qrnsg::Text& text, const Vec3& anchor) {
+    Box b;
+    text.frame(b.x, b.y, b.normal);
+    b.centre = anchor + b.x * text.middleFromAnchor();
+    b.halfWidth = text.estimatedWidth() / 2.0f;
+    b.halfHeight = 0.75f * text.height;
+    return b;
 }
 
 // An arrowhead at the target, pointing at it from the text; a datum's feature triangle.
@@ -110,17 +112,7 @@ void PmiLayout::arrange(ModelData& model, std::size_t first, const qrnsg::BBox& 
         Item& item = model.pmi[index];
         for (auto& text : item.texts) {
             if (index < first) { // laid out before: only in the way
-                Vec3 x, y, normal;
-                textFrame(text, x, y, normal);
-                const qrnsg::BBox b = text.bbox();
-                Box known;
-                known.centre = b.center();
-                known.x = x;
-                known.y = y;
-                known.normal = normal;
-                known.halfWidth = text.estimatedWidth() / 2.0f;
-                known.halfHeight = 0.75f * text.height;
-                placed.push_back(known);
+                placed.push_back(boxOf(text, text.position));
                 continue;
             }
             text.height = h;
@@ -130,7 +122,7 @@ void PmiLayout::arrange(ModelData& model, std::size_t first, const qrnsg::BBox& 
                 text.up = defaultY;
             }
             Vec3 x, y, normal;
-            textFrame(text, x, y, normal);
+            text.frame(x, y, normal);
             const Vec3 target = item.hasTarget ? item.target : text.position;
             Vec3 anchor = text.position;
             Vec3 away = y;
@@ -156,25 +148,11 @@ void PmiLayout::arrange(ModelData& model, std::size_t first, const qrnsg::BBox& 
                 anchor = target + away * (exitDistance(clear, target, away) + 0.02f * diagonal);
                 text.align = away.dot(x) >= 0.0f ? qrnsg::Text::LEFT : qrnsg::Text::RIGHT;
             }
-            Box b;
-            b.x = x;
-            b.y = y;
-            b.normal = normal;
-            b.halfWidth = text.estimatedWidth() / 2.0f;
-            b.halfHeight = 0.75f * h;
-            auto boxAt = [&](const Vec3& a) {
-                const float along = text.align == qrnsg::Text::LEFT    ? b.halfWidth
-                                    : text.align == qrnsg::Text::RIGHT ? -b.halfWidth
-                                                                       : 0.0f;
-                Box moved = b;
-                moved.centre = a + x * along;
-                return moved;
-            };
             if (!item.textPlaced) {
                 // Stacked clear of the texts placed before, away from the model.
                 const Vec3 step = y * (away.dot(y) >= 0.0f ? 1.7f * h : -1.7f * h);
                 for (int tries = 0; tries < 40; ++tries) {
-                    const Box candidate = boxAt(anchor);
+                    const Box candidate = boxOf(text, anchor);
                     if (std::none_of(placed.begin(), placed.end(),
                                      [&](const Box& other) { return overlaps(other, candidate); }))
                         break;
@@ -182,7 +160,7 @@ void PmiLayout::arrange(ModelData& model, std::size_t first, const qrnsg::BBox& 
                 }
                 text.position = anchor;
             }
-            placed.push_back(boxAt(text.position));
+            placed.push_back(boxOf(text, text.position));
             if (item.hasTarget && target.distance(text.position) > h) {
                 item.leaders.addStrip({text.position, target});
                 mark(item, target, (text.position - target).normalized(), normal, h);

@@ -21,6 +21,15 @@ struct Polyline {
             strips.push_back(static_cast<unsigned int>(points.size()));
         points.insert(points.end(), strip.begin(), strip.end());
     }
+    // Adds the strips of another polyline after these.
+    void append(const Polyline& other) {
+        for (std::size_t i = 0; i < other.stripCount(); ++i) {
+            const auto begin = other.points.begin() + other.strips[i];
+            const auto end = i + 1 < other.stripCount() ? other.points.begin() + other.strips[i + 1]
+                                                        : other.points.end();
+            addStrip(std::vector<qrnmath::Vec3>(begin, end));
+        }
+    }
     std::size_t stripCount() const { return points.empty() ? 0 : strips.size(); }
     BBox bbox() const {
         BBox b;

@@ -4,6 +4,7 @@
 #include "qrnsg/BBox.h"
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 
 namespace qrnsg {
@@ -34,16 +35,33 @@ struct Text {
         return height *
                (0.55f * static_cast<float>(text.size()) + 0.6f * static_cast<float>(compartments));
     }
+    // The frame of the text lying in its plane: x along its baseline, y up, z its normal, all
+    // unit and square (up is made square to the baseline; a direction alone gets an up).
+    void frame(qrnmath::Vec3& x, qrnmath::Vec3& y, qrnmath::Vec3& z) const {
+        using qrnmath::Vec3;
+        x = direction.length() > 0.0f ? direction.normalized() : Vec3(1, 0, 0);
+        y = up - x * x.dot(up);
+        if (y.length() < 1e-6f)
+            y = qrnmath::cross(std::abs(x[2]) < 0.9f ? Vec3(0, 0, 1) : Vec3(0, 1, 0), x);
+        y = y.normalized();
+        z = qrnmath::cross(x, y);
+    }
+    // Where the box's middle lies from the anchor along the baseline, from that estimate.
+    float middleFromAnchor() const {
+        const float w = estimatedWidth();
+        return align == LEFT ? w / 2.0f : align == RIGHT ? -w / 2.0f : 0.0f;
+    }
     // The box of the text lying in its plane, from that estimate.
     BBox bbox() const {
-        const float w = estimatedWidth();
-        const float from = align == LEFT ? 0.0f : align == RIGHT ? -w : -w / 2.0f;
-        const qrnmath::Vec3 x = direction.length() > 0.0f ? direction.normalized() : direction;
-        const qrnmath::Vec3 y = up.length() > 0.0f ? up.normalized() * (0.65f * height) : up;
+        qrnmath::Vec3 x, y, z;
+        frame(x, y, z);
+        const qrnmath::Vec3 middle = position + x * middleFromAnchor();
+        const qrnmath::Vec3 half = x * (estimatedWidth() / 2.0f);
+        const qrnmath::Vec3 halfUp = y * (0.65f * height);
         BBox b;
-        for (float t : {from, from + w})
-            for (float s : {-1.0f, 1.0f})
-                b.add(position + x * t + y * s);
+        for (float s : {-1.0f, 1.0f})
+            for (float t : {-1.0f, 1.0f})
+                b.add(middle + half * s + halfUp * t);
         return b;
     }
 };
