@@ -1,10 +1,10 @@
 #include "BenchModels.h"
 
+#include "qrnimport/DemoAssembly.h"
+#include "qrnimport/ModelReader.h"
+#include "qrnimport/PmiLayout.h"
+#include "qrnimport/Shapes.h"
 #include "qrnmath/MatrixUtils.h"
-#include "qrnviewer/PmiLayout.h"
-#include "qrnviewer/Shapes.h"
-#include "qrnviewer/occt/DemoAssembly.h"
-#include "qrnviewer/occt/ModelReader.h"
 
 #include <cmath>
 #include <cstdio>
@@ -14,8 +14,8 @@ namespace qrnbench {
 using qrnmath::MatrixUtils;
 using qrnmath::Vec3;
 
-qrnviewer::ModelData BenchModels::generatedAssembly(std::size_t minTriangles) {
-    qrnviewer::ModelData model;
+qrnimport::ModelData BenchModels::generatedAssembly(std::size_t minTriangles) {
+    qrnimport::ModelData model;
     int colors[4] = {
         model.addMaterial(qrnsg::MMaterial::fromColor(0.7f, 0.7f, 0.75f)),
         model.addMaterial(qrnsg::MMaterial::fromColor(0.2f, 0.4f, 0.8f)),
@@ -24,14 +24,14 @@ qrnviewer::ModelData BenchModels::generatedAssembly(std::size_t minTriangles) {
     };
     // Four parts of a few thousand triangles each.
     for (int p = 0; p < 4; ++p) {
-        qrnviewer::ModelData::Part part;
+        qrnimport::ModelData::Part part;
         part.name = L"Part " + std::to_wstring(p);
         if (p % 2 == 0)
-            part.meshes.push_back(qrnviewer::Shapes::sphere(Vec3(), 4.0f, 48 + 8 * p, 64));
+            part.meshes.push_back(qrnimport::Shapes::sphere(Vec3(), 4.0f, 48 + 8 * p, 64));
         else
-            part.meshes.push_back(qrnviewer::Shapes::cylinder(Vec3(), 3.0f, 8.0f, 512 * p));
+            part.meshes.push_back(qrnimport::Shapes::cylinder(Vec3(), 3.0f, 8.0f, 512 * p));
         part.meshMaterials.push_back(colors[p]);
-        part.edges = qrnviewer::Shapes::cylinderEdges(Vec3(), 3.0f, 8.0f, 64);
+        part.edges = qrnimport::Shapes::cylinderEdges(Vec3(), 3.0f, 8.0f, 64);
         model.addPart(std::move(part));
     }
     int root = model.addNode(L"Generated", -1, MatrixUtils::identity());
@@ -58,25 +58,25 @@ std::string BenchModels::sharedModel(const std::string& name) {
     return {};
 }
 
-qrnviewer::ModelData BenchModels::read(const std::string& path) {
-    qrnviewer::ModelData model;
+qrnimport::ModelData BenchModels::read(const std::string& path) {
+    qrnimport::ModelData model;
     std::string error;
-    if (!path.empty() && !qrnviewer::ModelReader::read(path, model, error))
+    if (!path.empty() && !qrnimport::ModelReader::read(path, model, error))
         std::fprintf(stderr, "cannot read %s: %s\n", path.c_str(), error.c_str());
     return model;
 }
 
-qrnviewer::ModelData BenchModels::demo() {
-    qrnviewer::ModelData model;
+qrnimport::ModelData BenchModels::demo() {
+    qrnimport::ModelData model;
     std::string error;
-    if (!qrnviewer::DemoAssembly::model(model, error))
+    if (!qrnimport::DemoAssembly::model(model, error))
         std::fprintf(stderr, "no demo assembly: %s\n", error.c_str());
     return model;
 }
 
-qrnviewer::ModelData BenchModels::withPmi(std::size_t items) {
-    using Item = qrnviewer::ModelData::PmiItem;
-    qrnviewer::ModelData model = generatedAssembly(100000);
+qrnimport::ModelData BenchModels::withPmi(std::size_t items) {
+    using Item = qrnimport::ModelData::PmiItem;
+    qrnimport::ModelData model = generatedAssembly(100000);
     const qrnsg::BBox box = model.bbox();
     const Vec3 size = box.max() - box.min();
     const wchar_t* const texts[] = {L"\u230012.5 \u00B10.1 mm",
@@ -105,7 +105,7 @@ qrnviewer::ModelData BenchModels::withPmi(std::size_t items) {
         item.texts.push_back(text);
         model.pmi.push_back(std::move(item));
     }
-    qrnviewer::PmiLayout::arrange(model);
+    qrnimport::PmiLayout::arrange(model);
     return model;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "qrnviewer/ModelData.h"
+#include "qrnimport/ModelData.h"
 
 #include <string>
 
@@ -10,16 +10,16 @@ namespace qrnbench {
 class BenchModels {
 public:
     // Many instances of a few parts: at least minTriangles in all.
-    static qrnviewer::ModelData generatedAssembly(std::size_t minTriangles);
+    static qrnimport::ModelData generatedAssembly(std::size_t minTriangles);
     // A file of the shared model folder; empty path when the folder or file is missing.
     static std::string sharedModel(const std::string& name);
     // A model file read through the viewer's reader; empty, saying why, when it cannot be.
-    static qrnviewer::ModelData read(const std::string& path);
+    static qrnimport::ModelData read(const std::string& path);
     // The viewer's demo assembly; empty, with the reason printed, when it cannot be made.
-    static qrnviewer::ModelData demo();
+    static qrnimport::ModelData demo();
     // A generated assembly carrying `items` PMI items (dimensions, feature control frames,
     // datums, notes) laid out as the viewer lays out a file's.
-    static qrnviewer::ModelData withPmi(std::size_t items);
+    static qrnimport::ModelData withPmi(std::size_t items);
 };
 
 } // namespace qrnbench

@@ -4,7 +4,7 @@
 #include "qrngl/frame/RCBitmap.h"
 #include "qrngl/frame/RCBuffer.h"
 #include "qrnglutils/SceneBuilder.h"
-#include "qrnviewer/DocumentBuilder.h"
+#include "qrnimport/DocumentBuilder.h"
 
 #include <cstdio>
 #include <cstring>
@@ -21,7 +21,7 @@ bool BenchScene::prepare(bool withFloor, bool windowLike) {
         std::fprintf(stderr, "no OpenGL context for %s\n", name.c_str());
         return false;
     }
-    document = qrnviewer::DocumentBuilder::build(model);
+    document = qrnimport::DocumentBuilder::build(model);
     canvas = std::make_shared<qrngl::Canvas>(context, document);
     canvas->OnCreate();
     canvas->OnSize(0, 0, kWidth, kHeight);

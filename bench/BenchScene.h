@@ -5,7 +5,7 @@
 #include "qrn/Document.h"
 #include "qrngl/IRenderContext.h"
 #include "qrngl/frame/Canvas.h"
-#include "qrnviewer/ModelData.h"
+#include "qrnimport/ModelData.h"
 
 #include <benchmark/benchmark.h>
 
@@ -24,7 +24,7 @@ constexpr unsigned int kHeight = 768;
 // and frame canvas, and on request the floor drawable of the same triangles.
 struct BenchScene {
     std::string name;
-    qrnviewer::ModelData model;
+    qrnimport::ModelData model;
     std::shared_ptr<qrngl::IRenderContext> context;
     std::shared_ptr<qrn::Document> document;
     std::shared_ptr<qrngl::Canvas> canvas;

@@ -8,7 +8,7 @@
 
 namespace qrnbench {
 
-FloorDrawable::FloorDrawable(const qrnviewer::ModelData& model) {
+FloorDrawable::FloorDrawable(const qrnimport::ModelData& model) {
     std::vector<float> vertices;
     std::vector<std::uint32_t> indices;
     for (std::size_t n = 0; n < model.nodes.size(); ++n) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "qrnviewer/ModelData.h"
+#include "qrnimport/ModelData.h"
 
 namespace qrnbench {
 
@@ -8,7 +8,7 @@ namespace qrnbench {
 // from one buffer with one call.
 class FloorDrawable {
 public:
-    explicit FloorDrawable(const qrnviewer::ModelData& model);
+    explicit FloorDrawable(const qrnimport::ModelData& model);
     ~FloorDrawable();
     void render() const;
     std::size_t triangleCount() const { return m_count / 3; }

@@ -10,9 +10,9 @@
 #include "qrngl/SCRenderer.h"
 #include "qrngl/interaction/CameraManipulator.h"
 #include "qrngl/interaction/ViewState.h"
+#include "qrnimport/ModelReader.h"
 #include "qrnviewer/HostFrame.h"
 #include "qrnviewer/PmiDisplay.h"
-#include "qrnviewer/occt/ModelReader.h"
 
 #include <benchmark/benchmark.h>
 
@@ -95,7 +95,7 @@ void floorFrame(benchmark::State& state, BenchScene* c) {
     state.counters["triangles"] = static_cast<double>(c->floor->triangleCount());
 }
 
-void addCase(const std::string& name, qrnviewer::ModelData model) {
+void addCase(const std::string& name, qrnimport::ModelData model) {
     auto c = std::make_unique<BenchScene>();
     c->name = name;
     c->model = std::move(model);
@@ -114,7 +114,7 @@ void addCase(const std::string& name, qrnviewer::ModelData model) {
 // The same frame with the PMI shown and hidden.
 std::vector<std::unique_ptr<BenchScene>> g_pmi;
 
-void addPmiCase(const std::string& name, qrnviewer::ModelData model) {
+void addPmiCase(const std::string& name, qrnimport::ModelData model) {
     auto c = std::make_unique<BenchScene>();
     c->name = name;
     c->model = std::move(model);
@@ -139,7 +139,7 @@ void addPmiCase(const std::string& name, qrnviewer::ModelData model) {
 std::vector<std::unique_ptr<BenchScene>> g_windows;
 
 // The still frame and the frames of a drag as the viewer's window draws them.
-void addWindowCase(const std::string& name, qrnviewer::ModelData model) {
+void addWindowCase(const std::string& name, qrnimport::ModelData model) {
     auto c = std::make_unique<BenchScene>();
     c->name = name;
     c->model = std::move(model);
@@ -160,9 +160,9 @@ void addImport(const std::string& name, const std::string& path) {
     benchmark::RegisterBenchmark(("import/" + name).c_str(),
                                  [path](benchmark::State& state) {
                                      for (auto _ : state) {
-                                         qrnviewer::ModelData model;
+                                         qrnimport::ModelData model;
                                          std::string error;
-                                         if (!qrnviewer::ModelReader::read(path, model, error)) {
+                                         if (!qrnimport::ModelReader::read(path, model, error)) {
                                              state.SkipWithError(error.c_str());
                                              break;
                                          }
@@ -194,7 +194,7 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (!windows) {
-        if (qrnviewer::ModelData demo = qrnbench::BenchModels::demo(); demo.triangleCount() > 0)
+        if (qrnimport::ModelData demo = qrnbench::BenchModels::demo(); demo.triangleCount() > 0)
             addCase("demo", std::move(demo));
         addCase("generated-1M", qrnbench::BenchModels::generatedAssembly(1000000));
         addPmiCase("generated-1000-pmi", qrnbench::BenchModels::withPmi(1000));
@@ -207,7 +207,7 @@ int main(int argc, char** argv) {
         std::string path = qrnbench::BenchModels::sharedModel(file);
         if (path.empty())
             continue;
-        qrnviewer::ModelData model = qrnbench::BenchModels::read(path);
+        qrnimport::ModelData model = qrnbench::BenchModels::read(path);
         if (model.triangleCount() > 0 && windows && std::string(file) != "as1-oc-214-mat.stp")
             addWindowCase(file, std::move(model));
         if (windows)

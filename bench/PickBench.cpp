@@ -134,7 +134,7 @@ std::string boxName(Kind kind, const std::string& model) {
     return std::string("box-after-turn/") + kKindNames[kind] + "/" + model;
 }
 
-void addCase(const std::string& name, qrnviewer::ModelData model) {
+void addCase(const std::string& name, qrnimport::ModelData model) {
     auto c = std::make_unique<PickCase>();
     c->scene.name = name;
     c->scene.model = std::move(model);
@@ -198,11 +198,11 @@ void line(const qrnbench::TimeReporter& reporter, const std::string& label,
 int main(int argc, char** argv) {
     qrnbench::TimeReporter reporter(argc, argv);
     benchmark::Initialize(&argc, argv);
-    if (qrnviewer::ModelData demo = qrnbench::BenchModels::demo(); demo.triangleCount() > 0)
+    if (qrnimport::ModelData demo = qrnbench::BenchModels::demo(); demo.triangleCount() > 0)
         addCase("demo", std::move(demo));
     const std::string path = qrnbench::BenchModels::sharedModel("pm2_tess_fine.glb");
     if (!path.empty()) {
-        qrnviewer::ModelData model = qrnbench::BenchModels::read(path);
+        qrnimport::ModelData model = qrnbench::BenchModels::read(path);
         if (model.triangleCount() > 0)
             addCase("pm2_tess_fine.glb", std::move(model));
     }

@@ -16,14 +16,20 @@ function(qrn_warnings target)
   endif()
 endfunction()
 
-# qrn_add_library(NAME <target> ROOT <include root> [INSTALL_PREFIX <folder>] HEADERS ... SOURCES ...
-#                 [PUBLIC_DEPS ...] [PRIVATE_DEPS ...])
+# qrn_add_library(NAME <target> ROOT <include root> [INSTALL_PREFIX <folder>] [EXPORT_NAME <name>]
+#                 HEADERS ... SOURCES ... [PUBLIC_DEPS ...] [PRIVATE_DEPS ...])
 # Headers are given relative to ROOT; they are the public headers, installed as they are laid out
 # (below INSTALL_PREFIX when given, and then included by that path in the build too).
+# EXPORT_NAME names the target in the package (qrn::<name>) where it differs from NAME.
 function(qrn_add_library)
-  cmake_parse_arguments(A "" "NAME;ROOT;INSTALL_PREFIX" "HEADERS;SOURCES;PUBLIC_DEPS;PRIVATE_DEPS" ${ARGN})
+  cmake_parse_arguments(A "" "NAME;ROOT;INSTALL_PREFIX;EXPORT_NAME" "HEADERS;SOURCES;PUBLIC_DEPS;PRIVATE_DEPS" ${ARGN})
   add_library(${A_NAME} SHARED ${A_SOURCES})
-  add_library(qrn::${A_NAME} ALIAS ${A_NAME})
+  if(A_EXPORT_NAME)
+    set_target_properties(${A_NAME} PROPERTIES EXPORT_NAME ${A_EXPORT_NAME})
+    add_library(qrn::${A_EXPORT_NAME} ALIAS ${A_NAME})
+  else()
+    add_library(qrn::${A_NAME} ALIAS ${A_NAME})
+  endif()
   string(TOUPPER ${A_NAME} upper)
   set(export_dir ${CMAKE_BINARY_DIR}/export)
   generate_export_header(${A_NAME}

@@ -1,6 +1,9 @@
 // qrnview: the viewer host. Reads a CAD file (or makes the built-in demo assembly), fills a
 // document and shows it in a window, or draws it off screen into a PNG.
-#include "qrnviewer/DocumentBuilder.h"
+#include "qrnimport/DemoAssembly.h"
+#include "qrnimport/DocumentBuilder.h"
+#include "qrnimport/ModelReader.h"
+#include "qrnimport/StandardView.h"
 #include "qrnviewer/EventLog.h"
 #include "qrnviewer/EventRouter.h"
 #include "qrnviewer/Options.h"
@@ -8,11 +11,8 @@
 #include "qrnviewer/RendererPlugins.h"
 #include "qrnviewer/Replay.h"
 #include "qrnviewer/Snapshot.h"
-#include "qrnviewer/StandardView.h"
 #include "qrnviewer/TerminalStatus.h"
 #include "qrnviewer/ViewerWindow.h"
-#include "qrnviewer/occt/DemoAssembly.h"
-#include "qrnviewer/occt/ModelReader.h"
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
@@ -55,17 +55,17 @@ int main(int argc, char** argv) {
     }
 
     qrnviewer::TerminalStatus status;
-    qrnviewer::ModelData model;
-    qrnviewer::ModelReader::Options reading;
+    qrnimport::ModelData model;
+    qrnimport::ModelReader::Options reading;
     reading.meshThreads = options.meshThreads;
     if (options.model.empty()) {
-        if (!qrnviewer::DemoAssembly::model(model, error, &status)) {
+        if (!qrnimport::DemoAssembly::model(model, error, &status)) {
             status.endProgress();
             std::fprintf(stderr, "qrnview: cannot make the demo assembly: %s\n", error.c_str());
             return 1;
         }
-        qrnviewer::DemoAssembly::addNote(model);
-    } else if (!qrnviewer::ModelReader::read(options.model, reading, model, error, &status)) {
+        qrnimport::DemoAssembly::addNote(model);
+    } else if (!qrnimport::ModelReader::read(options.model, reading, model, error, &status)) {
         status.endProgress();
         std::fprintf(stderr, "qrnview: %s\n", error.c_str());
         return 1;
@@ -74,22 +74,28 @@ int main(int argc, char** argv) {
     const qrnviewer::RendererPlugins plugins;
     // Meshes put in drawing order and simplified, on all cores.
     status.setProgress(L"preparing", 0);
-    auto document = qrnviewer::DocumentBuilder::build(model);
+    auto document = qrnimport::DocumentBuilder::build(model);
     status.setProgress(L"preparing", 100);
     status.endProgress();
+    if (!document) {
+        std::fprintf(stderr, "qrnview: not enough memory to prepare %s (%zu triangles)\n",
+                     options.model.empty() ? "the demo assembly" : options.model.c_str(),
+                     model.triangleCount());
+        return 1;
+    }
     auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     // The fit depends on the picture's shape.
     qrngl::CameraHelper::setViewport(options.width, options.height, renderer->camera);
     // A standard orientation fitted to the model and its PMI, or a saved view of the file with
     // its own PMI.
     int savedView = -1;
-    if (!qrnviewer::StandardView::apply(options.view, model.extent(), renderer->camera)) {
+    if (!qrnimport::StandardView::apply(options.view, model.extent(), renderer->camera)) {
         auto views = document->get<qrnsg::SCView>(qrnsg::SCHEMA_VIEW);
         savedView = views ? views->find(qrnplatform::Text::fromUtf8(options.view)) : -1;
         if (savedView < 0 ||
             !qrnglutils::ViewActivator::apply(*views, savedView, renderer->camera)) {
             std::string known;
-            for (const auto& n : qrnviewer::StandardView::names())
+            for (const auto& n : qrnimport::StandardView::names())
                 known += (known.empty() ? "" : ", ") + n;
             for (const auto& v : views ? views->views : std::vector<qrnsg::SCView::View>())
                 known += ", " + qrnplatform::Text::toUtf8(v.name);

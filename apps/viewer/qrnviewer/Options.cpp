@@ -1,8 +1,8 @@
 #include "qrnviewer/Options.h"
 
+#include "qrnimport/StandardView.h"
 #include "qrnviewer/EventRouter.h"
 #include "qrnviewer/MouseStyle.h"
-#include "qrnviewer/StandardView.h"
 
 #include "qrnplatform/Settings.h"
 
@@ -30,7 +30,7 @@ bool parseSize(const std::string& s, unsigned int& w, unsigned int& h) {
 
 std::string viewList() {
     std::string list;
-    for (const auto& n : StandardView::names())
+    for (const auto& n : qrnimport::StandardView::names())
         list += (list.empty() ? "" : ", ") + n;
     return list;
 }

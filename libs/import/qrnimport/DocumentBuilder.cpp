@@ -1,4 +1,6 @@
-#include "qrnviewer/DocumentBuilder.h"
+#include "qrnimport/DocumentBuilder.h"
+
+#include "qrnimport/MeshOptimizer.h"
 
 #include "qrngl/overlays/FontRenderer.h"
 
@@ -10,6 +12,7 @@
 #include "qrnglutils/LightRenderer.h"
 #include "qrnglutils/SceneBuilder.h"
 #include "qrnglutils/ViewRenderer.h"
+#include "qrnimport/StandardView.h"
 #include "qrnsg/SCFactory.h"
 #include "qrnsg/SCInfo.h"
 #include "qrnsg/SCPmi.h"
@@ -17,14 +20,14 @@
 #include "qrnsg/SCSceneRT.h"
 #include "qrnsg/SCSceneTopo.h"
 #include "qrnsg/SCView.h"
-#include "qrnviewer/StandardView.h"
 
 #include <algorithm>
 #include <atomic>
+#include <new>
 #include <thread>
 #include <utility>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 namespace {
 
@@ -42,7 +45,7 @@ qrnsg::SCInfo::UNITS unitOf(const std::wstring& name) {
 
 // Each part's meshes with its faces, parts spread over the cores.
 void optimizeMeshes(qrnsg::SCScene& scene, const std::vector<qrnsg::SCSceneTopo::Part>& parts,
-                    const MeshOptimizer::Options& options) {
+                    const DocumentBuilder::Options& options) {
     std::atomic<std::size_t> next{0};
     auto work = [&] {
         for (std::size_t p = next++; p < parts.size(); p = next++) {
@@ -64,6 +67,78 @@ void optimizeMeshes(qrnsg::SCScene& scene, const std::vector<qrnsg::SCSceneTopo:
         t.join();
 }
 
+// PMI and saved views. Each PMI item's lines and leaders are one polyline primitive in model
+// coordinates, its texts text primitives in their annotation planes (facing the viewer when
+// they have none); the PMI component lists them by item.
+void addPmi(const ModelData& model, qrn::Document& document, int& nextId) {
+    auto scene = document.get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
+    auto rt = document.get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
+    auto pmi = std::dynamic_pointer_cast<qrnsg::SCPmi>(document.addSchema(qrnsg::SCHEMA_PMI));
+    auto views = std::dynamic_pointer_cast<qrnsg::SCView>(document.addSchema(qrnsg::SCHEMA_VIEW));
+    if (!scene || !rt || !pmi || !views)
+        return;
+
+    int material = -1;
+    if (!model.pmi.empty()) {
+        qrnsg::PLMaterial lines;
+        lines.color = qrnmath::Vec4(0.05f, 0.15f, 0.6f, 1.0f); // dark blue, apart from the edges
+        material = static_cast<int>(scene->plMaterials.size());
+        scene->plMaterials.push_back(lines);
+    }
+    for (const auto& item : model.pmi) {
+        qrnsg::SCPmi::Item entry;
+        entry.name = item.name;
+        switch (item.kind) {
+        case ModelData::PmiItem::DIMENSION:
+            entry.kind = qrnsg::SCPmi::DIMENSION;
+            break;
+        case ModelData::PmiItem::TOLERANCE:
+            entry.kind = qrnsg::SCPmi::TOLERANCE;
+            break;
+        case ModelData::PmiItem::DATUM:
+            entry.kind = qrnsg::SCPmi::DATUM;
+            break;
+        case ModelData::PmiItem::NOTE:
+            entry.kind = qrnsg::SCPmi::NOTE;
+            break;
+        default:
+            entry.kind = qrnsg::SCPmi::OTHER;
+            break;
+        }
+        qrnsg::Polyline lines = item.lines;
+        lines.append(item.leaders);
+        if (lines.stripCount() > 0) {
+            int id = nextId++;
+            rt->polylines.add(id, static_cast<int>(scene->polylines.size()), material);
+            scene->polylines.push_back(std::move(lines));
+            entry.polylineIds.push_back(id);
+        }
+        for (const auto& text : item.texts) {
+            int id = nextId++;
+            // A text the file gives no plane for faces the viewer at one size on screen.
+            rt->texts.add(id, static_cast<int>(scene->texts.size()), material,
+                          item.hasPlane ? 0
+                                        : qrnsg::RTState::ANCHORED | qrnsg::RTState::CONSTANT_SIZE);
+            scene->texts.push_back(text);
+            entry.textIds.push_back(id);
+        }
+        pmi->items.push_back(std::move(entry));
+    }
+
+    for (const auto& view : model.views) {
+        qrnsg::SCView::View v;
+        v.name = view.name;
+        v.eye = view.eye;
+        v.target = view.target;
+        v.up = view.up;
+        v.orthographic = view.orthographic;
+        v.viewHeight = view.viewHeight;
+        v.listsPmi = view.listsPmi;
+        v.pmiItems = view.pmi;
+        views->views.push_back(v);
+    }
+}
+
 } // namespace
 
 std::shared_ptr<qrnsg::IFactory> DocumentBuilder::factoryChain() {
@@ -72,7 +147,16 @@ std::shared_ptr<qrnsg::IFactory> DocumentBuilder::factoryChain() {
 }
 
 std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model,
-                                                      const MeshOptimizer::Options& meshes) {
+                                                      const Options& meshes) {
+    try {
+        return fill(model, meshes);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+std::shared_ptr<qrn::Document> DocumentBuilder::fill(const ModelData& model,
+                                                     const Options& meshes) {
     auto document = std::make_shared<qrn::Document>(factoryChain());
     document->addSchema(qrnsg::SCHEMA_SCENE);
     document->addSchema(qrnsg::SCHEMA_SCENE_RT);
@@ -197,76 +281,4 @@ std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model,
     return document;
 }
 
-// PMI and saved views. Each PMI item's lines and leaders are one polyline primitive in model
-// coordinates, its texts text primitives in their annotation planes (facing the viewer when
-// they have none); the PMI component lists them by item.
-void DocumentBuilder::addPmi(const ModelData& model, qrn::Document& document, int& nextId) {
-    auto scene = document.get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
-    auto rt = document.get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
-    auto pmi = std::dynamic_pointer_cast<qrnsg::SCPmi>(document.addSchema(qrnsg::SCHEMA_PMI));
-    auto views = std::dynamic_pointer_cast<qrnsg::SCView>(document.addSchema(qrnsg::SCHEMA_VIEW));
-    if (!scene || !rt || !pmi || !views)
-        return;
-
-    int material = -1;
-    if (!model.pmi.empty()) {
-        qrnsg::PLMaterial lines;
-        lines.color = qrnmath::Vec4(0.05f, 0.15f, 0.6f, 1.0f); // dark blue, apart from the edges
-        material = static_cast<int>(scene->plMaterials.size());
-        scene->plMaterials.push_back(lines);
-    }
-    for (const auto& item : model.pmi) {
-        qrnsg::SCPmi::Item entry;
-        entry.name = item.name;
-        switch (item.kind) {
-        case ModelData::PmiItem::DIMENSION:
-            entry.kind = qrnsg::SCPmi::DIMENSION;
-            break;
-        case ModelData::PmiItem::TOLERANCE:
-            entry.kind = qrnsg::SCPmi::TOLERANCE;
-            break;
-        case ModelData::PmiItem::DATUM:
-            entry.kind = qrnsg::SCPmi::DATUM;
-            break;
-        case ModelData::PmiItem::NOTE:
-            entry.kind = qrnsg::SCPmi::NOTE;
-            break;
-        default:
-            entry.kind = qrnsg::SCPmi::OTHER;
-            break;
-        }
-        qrnsg::Polyline lines = item.lines;
-        lines.append(item.leaders);
-        if (lines.stripCount() > 0) {
-            int id = nextId++;
-            rt->polylines.add(id, static_cast<int>(scene->polylines.size()), material);
-            scene->polylines.push_back(std::move(lines));
-            entry.polylineIds.push_back(id);
-        }
-        for (const auto& text : item.texts) {
-            int id = nextId++;
-            // A text the file gives no plane for faces the viewer at one size on screen.
-            rt->texts.add(id, static_cast<int>(scene->texts.size()), material,
-                          item.hasPlane ? 0
-                                        : qrnsg::RTState::ANCHORED | qrnsg::RTState::CONSTANT_SIZE);
-            scene->texts.push_back(text);
-            entry.textIds.push_back(id);
-        }
-        pmi->items.push_back(std::move(entry));
-    }
-
-    for (const auto& view : model.views) {
-        qrnsg::SCView::View v;
-        v.name = view.name;
-        v.eye = view.eye;
-        v.target = view.target;
-        v.up = view.up;
-        v.orthographic = view.orthographic;
-        v.viewHeight = view.viewHeight;
-        v.listsPmi = view.listsPmi;
-        v.pmiItems = view.pmi;
-        views->views.push_back(v);
-    }
-}
-
-} // namespace qrnviewer
+} // namespace qrnimport

@@ -1,4 +1,4 @@
-#include "qrnviewer/occt/MeshNormals.h"
+#include "qrnimport/MeshNormals.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 #include <cstring>
 #include <unordered_map>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 using qrnmath::Vec3;
 
@@ -234,4 +234,4 @@ void MeshNormals::appendWithCreases(const std::vector<Vec3>& points,
                 mesh.indices.push_back(cornerVertex[t * 3 + c]);
 }
 
-} // namespace qrnviewer
+} // namespace qrnimport

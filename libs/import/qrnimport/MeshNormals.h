@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 // Vertex normals for triangles that come without them (mesh formats, faces with no surface).
 class MeshNormals {
@@ -32,4 +32,4 @@ public:
                                   float creaseAngle = kCreaseAngle);
 };
 
-} // namespace qrnviewer
+} // namespace qrnimport

@@ -1,10 +1,10 @@
-#include "qrnviewer/MeshOptimizer.h"
+#include "qrnimport/MeshOptimizer.h"
 
 #include <meshoptimizer.h>
 
 #include <algorithm>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 namespace {
 
@@ -113,4 +113,4 @@ MeshOptimizer::Stats MeshOptimizer::optimize(qrnsg::Mesh& mesh, const std::vecto
     return stats;
 }
 
-} // namespace qrnviewer
+} // namespace qrnimport

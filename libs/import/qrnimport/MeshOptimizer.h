@@ -1,12 +1,13 @@
 #pragma once
 
+#include "qrnimport/DocumentBuilder.h"
 #include "qrnsg/Mesh.h"
 #include "qrnsg/PartEntities.h"
 
 #include <cstddef>
 #include <vector>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 // Prepares a part's meshes for drawing once, at load: triangles reordered for the vertex
 // cache inside each face (a face stays the triangle range that picks name), vertices
@@ -14,16 +15,7 @@ namespace qrnviewer {
 // same vertices for frames drawn while the camera moves.
 class MeshOptimizer {
 public:
-    struct Options {
-        bool cacheOrder = true;
-        // On the software rasteriser the order pays on large meshes only (a few per cent of
-        // the frame); below this many triangles the reader's order stays.
-        std::size_t cacheOrderFrom = 4096;
-        bool coarse = true;
-        std::size_t coarseFrom = 1024; // triangles; smaller meshes cost little already
-        float coarseRatio = 0.1f;      // the triangles a coarse mesh aims at, of the full mesh
-        float coarseError = 0.01f;     // the deviation it may have, of the mesh's extent
-    };
+    using Options = DocumentBuilder::Options;
     struct Stats {
         std::size_t triangles = 0;
         std::size_t coarseTriangles = 0; // of the meshes that have a coarse version
@@ -38,4 +30,4 @@ public:
                           const Options& options);
 };
 
-} // namespace qrnviewer
+} // namespace qrnimport

@@ -1,8 +1,8 @@
-#include "qrnviewer/ModelData.h"
+#include "qrnimport/ModelData.h"
 
 #include "qrnmath/MatrixUtils.h"
 
-namespace qrnviewer {
+namespace qrnimport {
 
 using qrnmath::MatrixUtils;
 
@@ -87,4 +87,4 @@ std::size_t ModelData::instanceCount() const {
     return n;
 }
 
-} // namespace qrnviewer
+} // namespace qrnimport

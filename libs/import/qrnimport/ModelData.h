@@ -1,5 +1,6 @@
 #pragma once
 
+#include "qrnimport/qrnimport_export.h"
 #include "qrnmath/Tuple.h"
 #include "qrnsg/BBox.h"
 #include "qrnsg/MMaterial.h"
@@ -11,11 +12,11 @@
 #include <string>
 #include <vector>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 // What the viewer knows of a model before it fills a document: parts with their geometry,
 // and the assembly tree that places instances of them. A part used many times is held once.
-struct ModelData {
+struct QRNIMPORT_EXPORT ModelData {
     struct Part {
         std::wstring name;
         std::vector<qrnsg::Mesh> meshes; // one per material
@@ -78,4 +79,4 @@ struct ModelData {
     std::size_t instanceCount() const; // nodes that place a part
 };
 
-} // namespace qrnviewer
+} // namespace qrnimport

@@ -3,11 +3,11 @@
 #define OCC_CONVERT_SIGNALS
 #endif
 
-#include "qrnviewer/occt/ModelReader.h"
+#include "qrnimport/ModelReader.h"
 
+#include "qrnimport/XcafImporter.h"
 #include "qrnplatform/File.h"
 #include "qrnplatform/Text.h"
-#include "qrnviewer/occt/XcafImporter.h"
 
 #include <BRepTools.hxx>
 #include <BRep_Builder.hxx>
@@ -45,7 +45,7 @@
 #include <csignal>
 #endif
 
-namespace qrnviewer {
+namespace qrnimport {
 
 namespace {
 
@@ -565,4 +565,4 @@ bool ModelReader::read(const std::string& path, const Options& options, ModelDat
     return true;
 }
 
-} // namespace qrnviewer
+} // namespace qrnimport

@@ -1,17 +1,18 @@
 #pragma once
 
 #include "qrn/IStatusManager.h"
-#include "qrnviewer/ModelData.h"
+#include "qrnimport/ModelData.h"
+#include "qrnimport/qrnimport_export.h"
 
 #include <functional>
 #include <string>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 // Reads a CAD file into model data through Open CASCADE, chosen by the file's extension:
 // STEP (.step, .stp), IGES (.iges, .igs), BREP (.brep, .brp), glTF (.gltf, .glb), OBJ (.obj)
 // and STL (.stl). Progress goes to the status manager when one is given.
-class ModelReader {
+class QRNIMPORT_EXPORT ModelReader {
 public:
     struct Options {
         // Meshing tolerance as a fraction of the model's bounding-box diagonal, and the
@@ -38,4 +39,4 @@ public:
                      std::string& error, qrn::IStatusManager* status = nullptr);
 };
 
-} // namespace qrnviewer
+} // namespace qrnimport

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "qrnviewer/ModelData.h"
+#include "qrnimport/ModelData.h"
 
 #include <TDocStd_Document.hxx>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 // Reads the PMI of an XCAF document (dimensions, geometric tolerances, datums, with their
 // graphical presentations and texts) and its saved views into model data.
@@ -14,4 +14,4 @@ public:
     static int import(const Handle(TDocStd_Document) & document, ModelData& model);
 };
 
-} // namespace qrnviewer
+} // namespace qrnimport

@@ -1,10 +1,10 @@
-#include "qrnviewer/PmiLayout.h"
+#include "qrnimport/PmiLayout.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 namespace {
 
@@ -169,4 +169,4 @@ void PmiLayout::arrange(ModelData& model, std::size_t first, const qrnsg::BBox& 
     }
 }
 
-} // namespace qrnviewer
+} // namespace qrnimport

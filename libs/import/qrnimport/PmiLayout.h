@@ -1,15 +1,16 @@
 #pragma once
 
-#include "qrnviewer/ModelData.h"
+#include "qrnimport/ModelData.h"
+#include "qrnimport/qrnimport_export.h"
 
-namespace qrnviewer {
+namespace qrnimport {
 
 // Places the PMI texts that the file leaves unplaced (semantic PMI has values but no
 // positions) as a drawing would: on their annotation plane, out beside the model, each clear
 // of the others in its plane, with a leader to what it speaks of ending in an arrow (a filled
 // triangle for a datum). Texts the file placed stay; they get a leader when their target lies
 // elsewhere. Sizes follow the model's: the em is a fixed share of its diagonal.
-class PmiLayout {
+class QRNIMPORT_EXPORT PmiLayout {
 public:
     // The em of the PMI texts for a model of this diagonal.
     static float textHeight(float diagonal);
@@ -19,4 +20,4 @@ public:
                         const qrnsg::BBox& bounds = qrnsg::BBox());
 };
 
-} // namespace qrnviewer
+} // namespace qrnimport

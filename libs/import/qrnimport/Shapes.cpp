@@ -1,8 +1,8 @@
-#include "qrnviewer/Shapes.h"
+#include "qrnimport/Shapes.h"
 
 #include <cmath>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 using qrnmath::Vec3;
 
@@ -114,4 +114,4 @@ qrnsg::Mesh Shapes::sphere(const Vec3& c, float r, int rings, int segments) {
     return m;
 }
 
-} // namespace qrnviewer
+} // namespace qrnimport

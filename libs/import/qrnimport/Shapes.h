@@ -1,13 +1,14 @@
 #pragma once
 
+#include "qrnimport/qrnimport_export.h"
 #include "qrnsg/Mesh.h"
 #include "qrnsg/Polyline.h"
 
-namespace qrnviewer {
+namespace qrnimport {
 
 // Simple solids as meshes with normals, and their feature edges, for built-in scenes and
 // generated test and benchmark models.
-class Shapes {
+class QRNIMPORT_EXPORT Shapes {
 public:
     static qrnsg::Mesh box(const qrnmath::Vec3& min, const qrnmath::Vec3& max);
     static qrnsg::Polyline boxEdges(const qrnmath::Vec3& min, const qrnmath::Vec3& max);
@@ -20,4 +21,4 @@ public:
     static qrnsg::Mesh sphere(const qrnmath::Vec3& center, float radius, int rings, int segments);
 };
 
-} // namespace qrnviewer
+} // namespace qrnimport

@@ -1,4 +1,4 @@
-#include "qrnviewer/SolidCheck.h"
+#include "qrnimport/SolidCheck.h"
 
 #include <algorithm>
 #include <array>
@@ -6,7 +6,7 @@
 #include <cstring>
 #include <unordered_map>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 namespace {
 
@@ -83,4 +83,4 @@ bool SolidCheck::closed(const std::vector<qrnsg::Mesh>& meshes) {
     return true;
 }
 
-} // namespace qrnviewer
+} // namespace qrnimport

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 // Tells whether a part's triangles bound a solid: once coincident corners are joined, every
 // edge is shared by exactly two triangles that run along it in opposite directions, and the
@@ -15,4 +15,4 @@ public:
     static bool closed(const std::vector<qrnsg::Mesh>& meshes);
 };
 
-} // namespace qrnviewer
+} // namespace qrnimport

@@ -1,10 +1,10 @@
-#include "qrnviewer/StandardView.h"
+#include "qrnimport/StandardView.h"
 
 #include "qrngl/CameraHelper.h"
 
 #include <algorithm>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 using qrnsg::SCView;
 
@@ -52,4 +52,4 @@ bool StandardView::apply(const std::string& name, const qrnsg::BBox& box,
     return true;
 }
 
-} // namespace qrnviewer
+} // namespace qrnimport

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "qrngl/Camera.h"
+#include "qrnimport/qrnimport_export.h"
 #include "qrnsg/BBox.h"
 #include "qrnsg/SCView.h"
 
@@ -8,11 +9,11 @@
 #include <string>
 #include <vector>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 // The standard orientations of the view component by their command-line names: "iso",
 // "front", "back", "left", "right", "top", "bottom" (a Z-up model; front looks along +Y).
-class StandardView {
+class QRNIMPORT_EXPORT StandardView {
 public:
     static const std::vector<std::string>& names();
     // The orientation of a name; false for an unknown name.
@@ -22,4 +23,4 @@ public:
                       const std::shared_ptr<qrngl::Camera>& camera);
 };
 
-} // namespace qrnviewer
+} // namespace qrnimport

@@ -3,13 +3,15 @@
 #define OCC_CONVERT_SIGNALS
 #endif
 
-#include "qrnviewer/occt/XcafImporter.h"
+#include "qrnimport/XcafImporter.h"
 
+#include "qrnimport/BRepEntities.h"
+#include "qrnimport/OcctUtils.h"
+#include "qrnimport/PartMesher.h"
+#include "qrnimport/PmiImporter.h"
+#include "qrnimport/SolidCheck.h"
 #include "qrnmath/MatrixUtils.h"
 #include "qrnplatform/Text.h"
-#include "qrnviewer/SolidCheck.h"
-#include "qrnviewer/occt/MeshNormals.h"
-#include "qrnviewer/occt/PmiImporter.h"
 
 #include <BRepAdaptor_Curve.hxx>
 #include <BRepAdaptor_Surface.hxx>
@@ -62,7 +64,7 @@
 #include <unordered_set>
 #include <utility>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 namespace {
 
@@ -96,44 +98,6 @@ Colour styleColour(const XCAFPrs_Style& style) {
     return Colour();
 }
 
-// TCollection_ExtendedString is UTF-16; wchar_t is UTF-32 on Linux and UTF-16 on Windows.
-std::wstring toWide(const TCollection_ExtendedString& s) {
-    std::wstring out;
-    const Standard_ExtString p = s.ToExtString();
-    const int n = s.Length();
-    out.reserve(static_cast<std::size_t>(n));
-    for (int i = 0; i < n; ++i) {
-        char32_t c = p[i];
-        if constexpr (sizeof(wchar_t) >= 4) {
-            if (c >= 0xD800 && c <= 0xDBFF && i + 1 < n && p[i + 1] >= 0xDC00 &&
-                p[i + 1] <= 0xDFFF) {
-                c = 0x10000 + ((c - 0xD800) << 10) + (static_cast<char32_t>(p[i + 1]) - 0xDC00);
-                ++i;
-            } else if (c >= 0xD800 && c <= 0xDFFF) {
-                c = 0xFFFD; // a lone surrogate
-            }
-        }
-        out.push_back(static_cast<wchar_t>(c));
-    }
-    return out;
-}
-
-std::wstring trim(const std::wstring& s) {
-    const auto first = s.find_first_not_of(L" \t\r\n");
-    if (first == std::wstring::npos)
-        return std::wstring();
-    const auto last = s.find_last_not_of(L" \t\r\n");
-    return s.substr(first, last - first + 1);
-}
-
-bool labelName(const TDF_Label& label, std::wstring& name) {
-    Handle(TDataStd_Name) attr;
-    if (label.IsNull() || !label.FindAttribute(TDataStd_Name::GetID(), attr))
-        return false;
-    name = trim(toWide(attr->Get()));
-    return !name.empty();
-}
-
 // Instance names that say nothing: XCAF's for unnamed components ("=>[0:1:1:2]"), and the
 // bare occurrence numbers STEP readers fall back to when a file names no instance.
 bool isGeneratedName(const std::wstring& name) {
@@ -141,98 +105,7 @@ bool isGeneratedName(const std::wstring& name) {
            name.find_first_not_of(L"0123456789") == std::wstring::npos;
 }
 
-Mat4 toMat4(const gp_Trsf& t) {
-    Mat4 m = MatrixUtils::identity();
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 4; ++c)
-            m[c * 4 + r] = static_cast<float>(t.Value(r + 1, c + 1));
-    return m;
-}
-
-Vec3 toVec3(const gp_XYZ& p) {
-    return Vec3(static_cast<float>(p.X()), static_cast<float>(p.Y()), static_cast<float>(p.Z()));
-}
-
-// Kept faces by their index among the part's face entities.
-using FaceIndex = NCollection_DataMap<TopoDS_Shape, int, TopTools_ShapeMapHasher>;
-
-// The analytic surface under a face, in the frame of its triangulation, facing outwards.
-PartEntities::Surface surfaceOf(const TopoDS_Face& face) {
-    PartEntities::Surface out;
-    TopLoc_Location loc;
-    if (BRep_Tool::Surface(face, loc).IsNull())
-        return out;
-    out.type = PartEntities::Surface::OTHER;
-    const BRepAdaptor_Surface s(face, Standard_False);
-    const auto axis = [&out](const gp_Ax1& a) {
-        out.origin = toVec3(a.Location().XYZ());
-        out.axis = toVec3(a.Direction().XYZ());
-    };
-    switch (s.GetType()) {
-    case GeomAbs_Plane: {
-        const gp_Ax3 p = s.Plane().Position();
-        // The parametric normal flips with the face and with a mirroring placement.
-        gp_Dir n = p.XDirection().Crossed(p.YDirection());
-        if ((face.Orientation() == TopAbs_REVERSED) !=
-            (loc.Transformation().VectorialPart().Determinant() < 0.0))
-            n.Reverse();
-        out.type = PartEntities::Surface::PLANE;
-        out.origin = toVec3(p.Location().XYZ());
-        out.axis = toVec3(n.XYZ());
-        break;
-    }
-    case GeomAbs_Cylinder:
-        out.type = PartEntities::Surface::CYLINDER;
-        axis(s.Cylinder().Axis());
-        out.radius = static_cast<float>(s.Cylinder().Radius());
-        break;
-    case GeomAbs_Cone:
-        out.type = PartEntities::Surface::CONE;
-        axis(s.Cone().Axis());
-        out.radius = static_cast<float>(s.Cone().RefRadius());
-        out.halfAngle = static_cast<float>(s.Cone().SemiAngle());
-        break;
-    case GeomAbs_Sphere:
-        out.type = PartEntities::Surface::SPHERE;
-        axis(s.Sphere().Position().Axis());
-        out.radius = static_cast<float>(s.Sphere().Radius());
-        break;
-    case GeomAbs_Torus:
-        out.type = PartEntities::Surface::TORUS;
-        axis(s.Torus().Axis());
-        out.radius = static_cast<float>(s.Torus().MajorRadius());
-        out.minorRadius = static_cast<float>(s.Torus().MinorRadius());
-        break;
-    default:
-        break;
-    }
-    return out;
-}
-
-// The edge's curve in the part's frame; from the strip drawn where it has none.
-PartEntities::Curve curveOf(const TopoDS_Edge& edge, const std::vector<Vec3>& strip) {
-    PartEntities::Curve out;
-    for (std::size_t i = 1; i < strip.size(); ++i)
-        out.length += strip[i].distance(strip[i - 1]);
-    if (!BRep_Tool::IsGeometric(edge))
-        return out;
-    const BRepAdaptor_Curve c(edge);
-    out.type = PartEntities::Curve::OTHER;
-    out.length = static_cast<float>(GCPnts_AbscissaPoint::Length(c));
-    if (c.GetType() == GeomAbs_Line) {
-        out.type = PartEntities::Curve::LINE;
-        out.origin = toVec3(c.Value(c.FirstParameter()).XYZ());
-        out.axis = toVec3(c.Line().Direction().XYZ());
-    } else if (c.GetType() == GeomAbs_Circle) {
-        const gp_Circ circle = c.Circle();
-        const bool full = c.LastParameter() - c.FirstParameter() >= c.Period() - 1e-9;
-        out.type = full ? PartEntities::Curve::CIRCLE : PartEntities::Curve::ARC;
-        out.origin = toVec3(circle.Location().XYZ());
-        out.axis = toVec3(circle.Axis().Direction().XYZ());
-        out.radius = static_cast<float>(circle.Radius());
-    }
-    return out;
-}
+using FaceIndex = BRepEntities::FaceIndex;
 
 struct FaceInfo {
     TopoDS_Face face;
@@ -250,9 +123,7 @@ struct ShapeInfo {
     Bnd_Box box;
     // Made with the first part of the shape: the same for every colouring of it.
     bool topologyMade = false;
-    qrnsg::Polyline edges;
-    std::vector<PartEntities::Edge> edgeEntities;
-    std::vector<Vec3> vertices;
+    BRepEntities::Topology topology;
 };
 
 struct PendingNode {
@@ -330,9 +201,9 @@ private:
             if (Colour c = labelColour(label); c.set)
                 node.colour = c;
         std::wstring name;
-        if (ref != label && labelName(label, name) && !isGeneratedName(name))
+        if (ref != label && OcctUtils::labelName(label, name) && !isGeneratedName(name))
             node.name = name;
-        else if (labelName(ref, name))
+        else if (OcctUtils::labelName(ref, name))
             node.name = name;
 
         if (XCAFDoc_ShapeTool::IsAssembly(ref)) {
@@ -357,7 +228,7 @@ private:
         ShapeInfo info;
         info.label = ref;
         info.shape = shape;
-        labelName(ref, info.name);
+        OcctUtils::labelName(ref, info.name);
         const int index = static_cast<int>(m_shapeInfos.size());
         m_shapeInfos.push_back(info);
         m_shapeIndex.Bind(ref, index);
@@ -433,70 +304,27 @@ private:
         if (!std::isfinite(diagonal) || diagonal <= Precision::Confusion())
             diagonal = 1.0;
         m_deflection = std::max(m_options.relativeDeflection, 1e-6) * diagonal;
-        const double angular =
-            m_options.angularDeflection > 0.0 ? m_options.angularDeflection : 0.5;
 
-        // Parts that share no face or edge are meshed at once, each by one thread; a part that
-        // shares one with a part before it waits for the rest, since meshes are stored there.
-        std::vector<ShapeInfo*> together, after;
-        std::unordered_set<const void*> seen;
-        for (ShapeInfo& info : m_shapeInfos) {
-            if (info.triangulated)
-                continue;
-            bool shares = false;
-            std::vector<const void*> own;
-            for (TopAbs_ShapeEnum kind : {TopAbs_FACE, TopAbs_EDGE})
-                for (TopExp_Explorer e(info.shape, kind); e.More(); e.Next()) {
-                    own.push_back(e.Current().TShape().get());
-                    shares = shares || seen.count(own.back()) > 0;
-                }
-            seen.insert(own.begin(), own.end());
-            (shares ? after : together).push_back(&info);
-        }
-        const std::size_t todo = together.size() + after.size();
-        if (todo == 0)
-            return;
-        unsigned int threads = m_options.meshThreads;
-        if (threads == 0)
-            threads = std::max(1u, std::thread::hardware_concurrency());
-        threads = static_cast<unsigned int>(std::min<std::size_t>(threads, together.size()));
-        progress(L"meshing", 0);
-        std::atomic<std::size_t> next{0}, done{0};
-        std::mutex failuresLock;
-        std::vector<std::pair<ShapeInfo*, std::wstring>> failures;
-        // One part alone may spread over the cores itself; with one thread asked, never.
-        const bool inParallel = m_options.meshThreads != 1 && threads <= 1;
-        auto meshOne = [&](ShapeInfo* info) {
-            try {
-                BRepMesh_IncrementalMesh mesher(info->shape, m_deflection, Standard_False, angular,
-                                                inParallel ? Standard_True : Standard_False);
-            } catch (const Standard_Failure& e) {
-                std::lock_guard<std::mutex> lock(failuresLock);
-                failures.emplace_back(info, qrnplatform::Text::fromUtf8(e.GetMessageString()));
+        std::vector<TopoDS_Shape> shapes;
+        std::vector<const ShapeInfo*> infos;
+        for (const ShapeInfo& info : m_shapeInfos)
+            if (!info.triangulated) {
+                shapes.push_back(info.shape);
+                infos.push_back(&info);
             }
-            ++done;
-        };
-        std::vector<std::thread> workers;
-        for (unsigned int t = 1; t < threads; ++t)
-            workers.emplace_back([&] {
-                for (std::size_t i = next++; i < together.size(); i = next++)
-                    meshOne(together[i]);
-            });
-        // This thread meshes too, and tells the progress, which only it may.
-        for (std::size_t i = next++; i < together.size(); i = next++) {
-            meshOne(together[i]);
-            progress(L"meshing", static_cast<int>(done * 100 / todo));
-        }
-        for (std::thread& w : workers)
-            w.join();
-        for (ShapeInfo* info : after) {
-            meshOne(info);
-            progress(L"meshing", static_cast<int>(done * 100 / todo));
-        }
+        if (shapes.empty())
+            return;
+        const auto failures =
+            PartMesher::mesh(shapes, m_deflection, angularDeflection(), m_options.meshThreads,
+                             [this](int percent) { progress(L"meshing", percent); });
         progress(L"meshing", 100);
-        for (const auto& [info, message] : failures)
-            warn(L"could not mesh " + displayName(*info) + L": " + message);
+        for (const auto& failure : failures)
+            warn(L"could not mesh " + displayName(*infos[failure.shape]) + L": " + failure.message);
         endProgress();
+    }
+
+    double angularDeflection() const {
+        return m_options.angularDeflection > 0.0 ? m_options.angularDeflection : 0.5;
     }
 
     std::wstring displayName(const ShapeInfo& info) const {
@@ -564,7 +392,7 @@ private:
             if (name.empty())
                 name = (part >= 0 ? L"Part " : L"Assembly ") +
                        std::to_wstring(m_model.nodes.size() + 1);
-            m_model.addNode(name, node.parent, toMat4(node.local), part);
+            m_model.addNode(name, node.parent, OcctUtils::toMat4(node.local), part);
         }
         if (placed > 0)
             endProgress();
@@ -588,7 +416,7 @@ private:
             auto first = static_cast<unsigned int>(mesh.triangleCount());
             std::vector<unsigned int> sizes;
             try {
-                sizes = appendFace(face.face, mesh);
+                sizes = PartMesher::appendFace(face.face, mesh);
             } catch (const Standard_Failure&) {
                 // a face that cannot be tessellated is left out
             }
@@ -597,7 +425,7 @@ private:
                 if (!faceIndex.IsBound(face.face))
                     faceIndex.Bind(face.face, static_cast<int>(part.entities.faces.size()));
                 try {
-                    surface = surfaceOf(face.face);
+                    surface = BRepEntities::surface(face.face);
                 } catch (const Standard_Failure&) {
                     surface.type = PartEntities::Surface::OTHER;
                 }
@@ -623,182 +451,20 @@ private:
         for (PartEntities::Face& face : part.entities.faces)
             face.mesh = meshIndex[static_cast<std::size_t>(face.mesh)];
         if (!info.topologyMade) {
-            makeTopology(info, faceIndex);
+            info.topology = BRepEntities::topology(info.shape, faceIndex, m_options.edges,
+                                                   angularDeflection(), m_deflection);
             info.topologyMade = true;
         }
-        part.entities.vertices = info.vertices;
+        part.entities.vertices = info.topology.vertices;
         if (m_options.edges) {
-            part.edges = info.edges;
-            part.entities.edges = info.edgeEntities;
+            part.edges = info.topology.edges;
+            part.entities.edges = info.topology.edgeEntities;
         }
         // A part that bounds a solid is drawn without its back faces.
         const bool closed = SolidCheck::closed(part.meshes);
         for (qrnsg::Mesh& mesh : part.meshes)
             mesh.closed = closed;
         return part;
-    }
-
-    // Triangles per face entity appended: one for a face with a surface; one per smooth
-    // region for bare triangles, which have no faces of their own to tell them apart.
-    std::vector<unsigned int> appendFace(const TopoDS_Face& face, qrnsg::Mesh& mesh) const {
-        TopLoc_Location loc;
-        const Handle(Poly_Triangulation)& tri = BRep_Tool::Triangulation(face, loc);
-        if (tri.IsNull() || tri->NbNodes() < 3 || tri->NbTriangles() < 1)
-            return {};
-        const gp_Trsf trsf = loc.Transformation();
-        const bool reversed = face.Orientation() == TopAbs_REVERSED;
-        const bool mirrored = trsf.VectorialPart().Determinant() < 0.0;
-        const int nodes = tri->NbNodes();
-
-        std::vector<Vec3> points(static_cast<std::size_t>(nodes));
-        for (int i = 1; i <= nodes; ++i)
-            points[static_cast<std::size_t>(i - 1)] = toVec3(tri->Node(i).Transformed(trsf).XYZ());
-        std::vector<unsigned int> indices;
-        indices.reserve(static_cast<std::size_t>(tri->NbTriangles()) * 3);
-        for (int t = 1; t <= tri->NbTriangles(); ++t) {
-            int a = 0, b = 0, c = 0;
-            tri->Triangle(t).Get(a, b, c);
-            if (a < 1 || b < 1 || c < 1 || a > nodes || b > nodes || c > nodes)
-                continue;
-            if (reversed != mirrored)
-                std::swap(b, c);
-            indices.push_back(static_cast<unsigned int>(a - 1));
-            indices.push_back(static_cast<unsigned int>(b - 1));
-            indices.push_back(static_cast<unsigned int>(c - 1));
-        }
-        if (indices.empty())
-            return {};
-        TopLoc_Location surfaceLoc;
-        const Handle(Geom_Surface) surface = BRep_Tool::Surface(face, surfaceLoc);
-        std::vector<unsigned int> sizes{static_cast<unsigned int>(indices.size() / 3)};
-        if (surface.IsNull()) {
-            MeshNormals::Regions regions = MeshNormals::regions(points, indices);
-            indices = std::move(regions.indices);
-            sizes = std::move(regions.sizes);
-        }
-
-        std::vector<Vec3> normals;
-        if (tri->HasNormals()) {
-            normals.resize(points.size());
-            for (int i = 1; i <= nodes; ++i) {
-                gp_Dir n = tri->Normal(i).Transformed(trsf);
-                if (reversed)
-                    n.Reverse();
-                normals[static_cast<std::size_t>(i - 1)] = toVec3(n.XYZ());
-            }
-        } else {
-            if (surface.IsNull() || !tri->HasUVNodes()) {
-                // Only triangles (a mesh format): sharp edges stay sharp.
-                MeshNormals::appendWithCreases(points, indices, mesh);
-                return sizes;
-            }
-            // From the surface, where it has a normal; else from the triangles around.
-            normals = MeshNormals::smooth(points, indices);
-            const gp_Trsf surfaceTrsf = surfaceLoc.Transformation();
-            GeomLProp_SLProps props(surface, 1, Precision::Confusion());
-            for (int i = 1; i <= nodes; ++i) {
-                const gp_Pnt2d uv = tri->UVNode(i);
-                props.SetParameters(uv.X(), uv.Y());
-                if (!props.IsNormalDefined())
-                    continue;
-                gp_Dir n = props.Normal().Transformed(surfaceTrsf);
-                if (reversed)
-                    n.Reverse();
-                normals[static_cast<std::size_t>(i - 1)] = toVec3(n.XYZ());
-            }
-        }
-        const auto base = static_cast<unsigned int>(mesh.vertices.size());
-        mesh.vertices.insert(mesh.vertices.end(), points.begin(), points.end());
-        mesh.normals.insert(mesh.normals.end(), normals.begin(), normals.end());
-        for (unsigned int i : indices)
-            mesh.indices.push_back(base + i);
-        return sizes;
-    }
-
-    // The shape's vertices, and with edges asked for, one strip per edge: from the edge's own
-    // polygon, the polygon on a face's triangulation, or else its curve discretised with the
-    // meshing tolerances.
-    void makeTopology(ShapeInfo& info, const FaceIndex& faceIndex) const {
-        const TopoDS_Shape& shape = info.shape;
-        TopTools_IndexedMapOfShape vertices;
-        TopExp::MapShapes(shape, TopAbs_VERTEX, vertices);
-        for (int v = 1; v <= vertices.Extent(); ++v)
-            info.vertices.push_back(toVec3(BRep_Tool::Pnt(TopoDS::Vertex(vertices(v))).XYZ()));
-        if (!m_options.edges)
-            return;
-        qrnsg::Polyline& out = info.edges;
-        TopTools_IndexedMapOfShape edges;
-        TopExp::MapShapes(shape, TopAbs_EDGE, edges);
-        TopTools_IndexedDataMapOfShapeListOfShape faces;
-        TopExp::MapShapesAndAncestors(shape, TopAbs_EDGE, TopAbs_FACE, faces);
-        const double angular =
-            m_options.angularDeflection > 0.0 ? m_options.angularDeflection : 0.5;
-        std::vector<Vec3> strip;
-        for (int e = 1; e <= edges.Extent(); ++e) {
-            const TopoDS_Edge& edge = TopoDS::Edge(edges(e));
-            strip.clear();
-            try {
-                if (BRep_Tool::Degenerated(edge))
-                    continue;
-                TopLoc_Location loc;
-                const Handle(Poly_Polygon3D)& polygon = BRep_Tool::Polygon3D(edge, loc);
-                if (!polygon.IsNull() && polygon->NbNodes() >= 2) {
-                    const gp_Trsf trsf = loc.Transformation();
-                    for (int i = 1; i <= polygon->NbNodes(); ++i)
-                        strip.push_back(toVec3(polygon->Nodes().Value(i).Transformed(trsf).XYZ()));
-                }
-                if (strip.empty())
-                    if (const TopTools_ListOfShape* owners = faces.Seek(edge))
-                        for (TopTools_ListOfShape::Iterator f(*owners); f.More() && strip.empty();
-                             f.Next()) {
-                            TopLoc_Location faceLoc;
-                            const Handle(Poly_Triangulation)& tri =
-                                BRep_Tool::Triangulation(TopoDS::Face(f.Value()), faceLoc);
-                            if (tri.IsNull())
-                                continue;
-                            const Handle(Poly_PolygonOnTriangulation)& onTri =
-                                BRep_Tool::PolygonOnTriangulation(edge, tri, faceLoc);
-                            if (onTri.IsNull())
-                                continue;
-                            const gp_Trsf trsf = faceLoc.Transformation();
-                            for (int i = 1; i <= onTri->NbNodes(); ++i) {
-                                const int node = onTri->Node(i);
-                                if (node >= 1 && node <= tri->NbNodes())
-                                    strip.push_back(
-                                        toVec3(tri->Node(node).Transformed(trsf).XYZ()));
-                            }
-                        }
-                if (strip.empty() && BRep_Tool::IsGeometric(edge)) {
-                    BRepAdaptor_Curve curve(edge);
-                    GCPnts_TangentialDeflection points(curve, angular, m_deflection);
-                    for (int i = 1; i <= points.NbPoints(); ++i)
-                        strip.push_back(toVec3(points.Value(i).XYZ()));
-                }
-            } catch (const Standard_Failure&) {
-                strip.clear(); // an edge without usable geometry is left out
-            }
-            if (strip.size() < 2)
-                continue;
-            PartEntities::Edge entity;
-            entity.strip = static_cast<unsigned int>(out.stripCount());
-            out.addStrip(strip);
-            try {
-                entity.curve = curveOf(edge, strip);
-            } catch (const Standard_Failure&) {
-                entity.curve = PartEntities::Curve(); // drawn, but of no known curve
-            }
-            TopoDS_Vertex first, last;
-            TopExp::Vertices(edge, first, last);
-            entity.vertices[0] = first.IsNull() ? -1 : vertices.FindIndex(first) - 1;
-            entity.vertices[1] = last.IsNull() ? -1 : vertices.FindIndex(last) - 1;
-            int bounded = 0;
-            if (const TopTools_ListOfShape* owners = faces.Seek(edge))
-                for (TopTools_ListOfShape::Iterator f(*owners); f.More() && bounded < 2; f.Next())
-                    if (const int* index = faceIndex.Seek(f.Value()))
-                        if (bounded == 0 || entity.faces[0] != *index)
-                            entity.faces[bounded++] = *index;
-            info.edgeEntities.push_back(entity);
-        }
     }
 
     // Each percentage once: a model of many parts would flood the status otherwise.
@@ -887,4 +553,4 @@ bool XcafImporter::import(const Handle(TDocStd_Document) & document,
     return true;
 }
 
-} // namespace qrnviewer
+} // namespace qrnimport

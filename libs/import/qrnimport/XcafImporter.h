@@ -1,14 +1,14 @@
 #pragma once
 
 #include "qrn/IStatusManager.h"
-#include "qrnviewer/ModelData.h"
-#include "qrnviewer/occt/ModelReader.h"
+#include "qrnimport/ModelData.h"
+#include "qrnimport/ModelReader.h"
 
 #include <TDocStd_Document.hxx>
 
 #include <string>
 
-namespace qrnviewer {
+namespace qrnimport {
 
 // Turns an XCAF document into model data: the assembly tree with names and placements, each
 // shared part once (meshed once, instanced by its placements), colours and transparency as
@@ -22,4 +22,4 @@ public:
                        qrn::IStatusManager* status = nullptr);
 };
 
-} // namespace qrnviewer
+} // namespace qrnimport

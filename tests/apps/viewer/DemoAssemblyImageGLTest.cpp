@@ -2,10 +2,10 @@
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
-#include "qrnviewer/DocumentBuilder.h"
+#include "qrnimport/DemoAssembly.h"
+#include "qrnimport/DocumentBuilder.h"
+#include "qrnimport/StandardView.h"
 #include "qrnviewer/Snapshot.h"
-#include "qrnviewer/StandardView.h"
-#include "qrnviewer/occt/DemoAssembly.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@
 
 namespace {
 
-using qrnviewer::ModelData;
+using qrnimport::ModelData;
 
 constexpr unsigned int kWidth = 320, kHeight = 240;
 constexpr int kBackground = 230;
@@ -51,7 +51,7 @@ class DemoAssemblyImageGLTest : public ::testing::TestWithParam<const char*> {
 protected:
     static void SetUpTestSuite() {
         s_model = std::make_unique<ModelData>();
-        s_ok = qrnviewer::DemoAssembly::model(*s_model, s_error);
+        s_ok = qrnimport::DemoAssembly::model(*s_model, s_error);
     }
     static void TearDownTestSuite() { s_model.reset(); }
 
@@ -67,11 +67,11 @@ std::string DemoAssemblyImageGLTest::s_error;
 TEST_P(DemoAssemblyImageGLTest, ViewMatchesItsBaseline) {
     ASSERT_TRUE(s_ok) << s_error;
     const std::string view = GetParam();
-    auto document = qrnviewer::DocumentBuilder::build(*s_model);
+    auto document = qrnimport::DocumentBuilder::build(*s_model);
     auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     ASSERT_TRUE(renderer);
     qrngl::CameraHelper::setViewport(kWidth, kHeight, renderer->camera); // the fit's shape
-    ASSERT_TRUE(qrnviewer::StandardView::apply(view, s_model->bbox(), renderer->camera));
+    ASSERT_TRUE(qrnimport::StandardView::apply(view, s_model->bbox(), renderer->camera));
 
     const std::string name = "demo_assembly_" + view;
     const std::string path = (std::filesystem::current_path() / (name + ".png")).string();

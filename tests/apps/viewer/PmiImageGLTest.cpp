@@ -2,12 +2,12 @@
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
-#include "qrnviewer/DocumentBuilder.h"
+#include "qrnimport/DemoAssembly.h"
+#include "qrnimport/DocumentBuilder.h"
+#include "qrnimport/ModelReader.h"
+#include "qrnimport/StandardView.h"
 #include "qrnviewer/PmiDisplay.h"
 #include "qrnviewer/Snapshot.h"
-#include "qrnviewer/StandardView.h"
-#include "qrnviewer/occt/DemoAssembly.h"
-#include "qrnviewer/occt/ModelReader.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrnviewer::ModelData;
+using qrnimport::ModelData;
 
 // Pixels in the PMI's dark blue, which nothing else of these models shows.
 std::size_t pmiPixels(const qrnimage::Image& image, unsigned int* left = nullptr,
@@ -40,10 +40,10 @@ std::size_t pmiPixels(const qrnimage::Image& image, unsigned int* left = nullptr
 // The model drawn as the viewer shows it first: iso, fitted to the model and its PMI.
 qrnimage::Image picture(const ModelData& model, unsigned int width, unsigned int height,
                         const std::string& name, bool pmiShown = true) {
-    auto document = qrnviewer::DocumentBuilder::build(model);
+    auto document = qrnimport::DocumentBuilder::build(model);
     auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     qrngl::CameraHelper::setViewport(width, height, renderer->camera);
-    EXPECT_TRUE(qrnviewer::StandardView::apply("iso", model.extent(), renderer->camera));
+    EXPECT_TRUE(qrnimport::StandardView::apply("iso", model.extent(), renderer->camera));
     qrnviewer::PmiDisplay(document).setShown(pmiShown);
     const std::string path = (fs::current_path() / (name + ".png")).string();
     std::string error;
@@ -56,8 +56,8 @@ qrnimage::Image picture(const ModelData& model, unsigned int width, unsigned int
 TEST(PmiImageGLTest, TheDemoWithItsNote) {
     ModelData model;
     std::string error;
-    ASSERT_TRUE(qrnviewer::DemoAssembly::model(model, error)) << error;
-    qrnviewer::DemoAssembly::addNote(model);
+    ASSERT_TRUE(qrnimport::DemoAssembly::model(model, error)) << error;
+    qrnimport::DemoAssembly::addNote(model);
     ASSERT_EQ(model.pmi.size(), 1u);
     const qrnimage::Image image = picture(model, 640, 480, "pmi_demo_note");
     ASSERT_EQ(image.width(), 640u);
@@ -75,7 +75,7 @@ TEST(PmiImageGLTest, TheNistPartWithItsPmi) {
         GTEST_SKIP() << "*** SHARED MODELS MISSING: " << file.string() << " not found ***";
     ModelData model;
     std::string error;
-    ASSERT_TRUE(qrnviewer::ModelReader::read(file.string(), model, error)) << error;
+    ASSERT_TRUE(qrnimport::ModelReader::read(file.string(), model, error)) << error;
     ASSERT_EQ(model.pmi.size(), 21u);
     const qrnimage::Image image = picture(model, 800, 600, "pmi_nist_ctc_01_iso");
     EXPECT_GT(pmiPixels(image), 3000u) << "21 items with their leaders";

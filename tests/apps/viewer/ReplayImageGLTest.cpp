@@ -5,14 +5,14 @@
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
+#include "qrnimport/DemoAssembly.h"
+#include "qrnimport/DocumentBuilder.h"
+#include "qrnimport/StandardView.h"
 #include "qrnplatform/Input.h"
-#include "qrnviewer/DocumentBuilder.h"
 #include "qrnviewer/EventLog.h"
 #include "qrnviewer/EventRouter.h"
 #include "qrnviewer/Replay.h"
 #include "qrnviewer/Snapshot.h"
-#include "qrnviewer/StandardView.h"
-#include "qrnviewer/occt/DemoAssembly.h"
 
 #include <gtest/gtest.h>
 
@@ -135,16 +135,16 @@ class ReplayTest : public ::testing::Test {
 protected:
     // The demo (made once) as the viewer opens it, in a window of the test's size.
     void SetUp() override {
-        static qrnviewer::ModelData model;
+        static qrnimport::ModelData model;
         static std::string error;
-        static const bool ok = qrnviewer::DemoAssembly::model(model, error);
+        static const bool ok = qrnimport::DemoAssembly::model(model, error);
         ASSERT_TRUE(ok) << error;
         for (unsigned int vk : {VK_SHIFT, VK_CONTROL, VK_F4}) // held by an earlier test's log
             qrnplatform::Input::setKeyDown(static_cast<int>(vk), false);
-        document = qrnviewer::DocumentBuilder::build(model);
+        document = qrnimport::DocumentBuilder::build(model);
         camera = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER)->camera;
         qrngl::CameraHelper::setViewport(kWidth, kHeight, camera);
-        qrnviewer::StandardView::apply("iso", model.bbox(), camera);
+        qrnimport::StandardView::apply("iso", model.bbox(), camera);
         start = *camera;
     }
     // Plays the log as qrnview --replay does, on a fresh document. The left button pans, so that

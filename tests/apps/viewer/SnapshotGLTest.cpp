@@ -1,11 +1,12 @@
 #include "qrngl/SCRenderer.h"
 #include "qrngl/picking/SelectManipulator.h"
-#include "qrnviewer/DocumentBuilder.h"
-#include "qrnviewer/MeshOptimizer.h"
+#include "qrnimport/DemoAssembly.h"
+#include "qrnimport/DocumentBuilder.h"
+#include "qrnimport/Shapes.h"
+#include "qrnsg/SCScene.h"
+#include "qrnsg/SCSceneTopo.h"
 #include "qrnviewer/RendererPlugins.h"
-#include "qrnviewer/Shapes.h"
 #include "qrnviewer/Snapshot.h"
-#include "qrnviewer/occt/DemoAssembly.h"
 
 #include "qrnimage/Image.h"
 #include "qrnmath/MatrixUtils.h"
@@ -20,17 +21,17 @@
 
 namespace {
 
-qrnviewer::ModelData oneBox() {
-    qrnviewer::ModelData model;
-    qrnviewer::ModelData::Part part;
-    part.meshes.push_back(qrnviewer::Shapes::box(qrnmath::Vec3(0, 0, 0), qrnmath::Vec3(1, 1, 1)));
+qrnimport::ModelData oneBox() {
+    qrnimport::ModelData model;
+    qrnimport::ModelData::Part part;
+    part.meshes.push_back(qrnimport::Shapes::box(qrnmath::Vec3(0, 0, 0), qrnmath::Vec3(1, 1, 1)));
     part.meshMaterials.push_back(model.addMaterial(qrnsg::MMaterial::fromColor(1, 0, 0)));
     model.addNode(L"Box", -1, qrnmath::MatrixUtils::identity(), model.addPart(part));
     return model;
 }
 
 TEST(SnapshotGLTest, WritesTheFrameAtTheAskedSize) {
-    auto document = qrnviewer::DocumentBuilder::build(oneBox());
+    auto document = qrnimport::DocumentBuilder::build(oneBox());
     const std::string path = (std::filesystem::temp_directory_path() /
                               ("qrn-snapshot-" + std::to_string(getpid()) + ".png"))
                                  .string();
@@ -49,7 +50,7 @@ TEST(SnapshotGLTest, WritesTheFrameAtTheAskedSize) {
 }
 
 TEST(SnapshotGLTest, UnwritablePathIsReported) {
-    auto document = qrnviewer::DocumentBuilder::build(oneBox());
+    auto document = qrnimport::DocumentBuilder::build(oneBox());
     std::string error;
     EXPECT_FALSE(qrnviewer::Snapshot::write(document, 16, 16, "/nonexistent-dir/x.png", error));
     EXPECT_NE(error.find("/nonexistent-dir/x.png"), std::string::npos) << error;
@@ -59,12 +60,10 @@ TEST(SnapshotGLTest, UnwritablePathIsReported) {
 
 namespace {
 
-using qrnviewer::MeshOptimizer;
+using Options = qrnimport::DocumentBuilder::Options;
 
-// The faces a grid of picks takes on a model drawn with its meshes prepared as `meshes` says.
-std::vector<unsigned int> pickedFaces(const qrnviewer::ModelData& model,
-                                      const MeshOptimizer::Options& meshes) {
-    auto document = qrnviewer::DocumentBuilder::build(model, meshes);
+// The faces a grid of picks takes on a document.
+std::vector<unsigned int> pickedFaces(const std::shared_ptr<qrn::Document>& document) {
     auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     auto selection = std::make_shared<qrngl::SelectionSet>();
     selection->setMode(qrngl::SelectionSet::FACE);
@@ -93,38 +92,41 @@ std::vector<unsigned int> pickedFaces(const qrnviewer::ModelData& model,
     return names;
 }
 
-// Each face's triangles as corner positions, in an order of their own.
-std::vector<std::vector<std::array<float, 9>>>
-faceTriangles(const qrnviewer::ModelData::Part& part) {
-    std::vector<std::vector<std::array<float, 9>>> faces;
-    for (const auto& face : part.entities.faces) {
-        const auto& mesh = part.meshes[static_cast<std::size_t>(face.mesh)];
-        faces.emplace_back();
-        for (unsigned int t = face.firstTriangle; t < face.firstTriangle + face.triangleCount;
-             ++t) {
-            std::array<std::array<float, 3>, 3> corners;
-            for (int c = 0; c < 3; ++c) {
-                const auto& v = mesh.vertices[mesh.indices[t * 3 + static_cast<unsigned int>(c)]];
-                corners[static_cast<std::size_t>(c)] = {v[0], v[1], v[2]};
+using Triangle = std::array<float, 9>;
+
+// Each face's triangles as corner positions, in an order of their own, part by part.
+std::vector<std::vector<Triangle>> faceTriangles(qrn::Document& document) {
+    auto scene = document.get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
+    auto topology = document.get<qrnsg::SCSceneTopo>(qrnsg::SCHEMA_SCENE_TOPO);
+    std::vector<std::vector<Triangle>> faces;
+    for (const auto& part : topology->parts)
+        for (const auto& face : part.entities.faces) {
+            const auto& mesh = scene->meshes[static_cast<std::size_t>(
+                part.meshes[static_cast<std::size_t>(face.mesh)])];
+            faces.emplace_back();
+            for (unsigned int t = face.firstTriangle; t < face.firstTriangle + face.triangleCount;
+                 ++t) {
+                std::array<std::array<float, 3>, 3> corners;
+                for (unsigned int c = 0; c < 3; ++c) {
+                    const auto& v = mesh.vertices[mesh.indices[t * 3 + c]];
+                    corners[c] = {v[0], v[1], v[2]};
+                }
+                // The winding stays; only where the triangle starts may change.
+                std::rotate(corners.begin(), std::min_element(corners.begin(), corners.end()),
+                            corners.end());
+                Triangle flat;
+                for (std::size_t i = 0; i < 9; ++i)
+                    flat[i] = corners[i / 3][i % 3];
+                faces.back().push_back(flat);
             }
-            // The winding stays; only where the triangle starts may change.
-            std::rotate(corners.begin(), std::min_element(corners.begin(), corners.end()),
-                        corners.end());
-            std::array<float, 9> flat;
-            for (std::size_t i = 0; i < 9; ++i)
-                flat[i] = corners[i / 3][i % 3];
-            faces.back().push_back(flat);
+            std::sort(faces.back().begin(), faces.back().end());
         }
-        std::sort(faces.back().begin(), faces.back().end());
-    }
     return faces;
 }
 
-} // namespace
-
 // A welded grid of n x n squares in shuffled order, its rows in two faces.
-qrnviewer::ModelData::Part weldedGrid(unsigned int n) {
-    qrnviewer::ModelData::Part part;
+qrnimport::ModelData::Part weldedGrid(unsigned int n) {
+    qrnimport::ModelData::Part part;
     part.meshes.emplace_back();
     qrnsg::Mesh& mesh = part.meshes.back();
     for (unsigned int y = 0; y <= n; ++y)
@@ -152,47 +154,41 @@ qrnviewer::ModelData::Part weldedGrid(unsigned int n) {
     return part;
 }
 
+} // namespace
+
 TEST(SnapshotGLTest, MeshesInCacheOrderKeepTheirFacesAndPicks) {
-    qrnviewer::ModelData model;
+    qrnimport::ModelData model;
     std::string error;
-    ASSERT_TRUE(qrnviewer::DemoAssembly::model(model, error)) << error;
+    ASSERT_TRUE(qrnimport::DemoAssembly::model(model, error)) << error;
     model.parts.push_back(weldedGrid(16));
 
-    // Every face keeps its triangles, winding included; the order does change; the coarse
-    // triangles name existing vertices.
-    MeshOptimizer::Options everything;
-    everything.coarseFrom = 0;
-    everything.cacheOrderFrom = 0;
-    std::size_t reordered = 0, coarse = 0;
-    for (const auto& part : model.parts) {
-        auto optimised = part;
-        MeshOptimizer::optimize(optimised.meshes, optimised.entities, everything);
-        EXPECT_EQ(faceTriangles(optimised), faceTriangles(part));
-        for (std::size_t m = 0; m < part.meshes.size(); ++m) {
-            reordered += optimised.meshes[m].indices != part.meshes[m].indices ? 1 : 0;
-            coarse += optimised.meshes[m].coarseIndices.size() / 3;
-            for (unsigned int i : optimised.meshes[m].coarseIndices)
-                ASSERT_LT(i, optimised.meshes[m].vertices.size());
-        }
-    }
-    EXPECT_GT(reordered, 0u);
-    EXPECT_GT(coarse, 0u);
-    // The shuffled grid's triangles do come in another order.
-    auto positions = [](const qrnsg::Mesh& mesh) {
-        std::vector<float> out;
-        for (unsigned int i : mesh.indices)
-            out.insert(out.end(), mesh.vertices[i].data(), mesh.vertices[i].data() + 3);
-        return out;
-    };
-    auto grid = model.parts.back();
-    MeshOptimizer::optimize(grid.meshes, grid.entities, everything);
-    EXPECT_NE(positions(grid.meshes[0]), positions(model.parts.back().meshes[0]));
-
-    MeshOptimizer::Options asRead;
+    Options asRead;
     asRead.cacheOrder = false;
     asRead.coarse = false;
-    const auto before = pickedFaces(model, asRead);
-    const auto after = pickedFaces(model, everything);
-    EXPECT_GT(std::set<unsigned int>(before.begin(), before.end()).size(), 10u);
-    EXPECT_EQ(after, before);
+    Options everything;
+    everything.coarseFrom = 0;
+    everything.cacheOrderFrom = 0;
+    const auto read = qrnimport::DocumentBuilder::build(model, asRead);
+    const auto prepared = qrnimport::DocumentBuilder::build(model, everything);
+
+    // Every face keeps its triangles, winding included; the order does change, the shuffled
+    // grid's too; the coarse triangles name existing vertices.
+    EXPECT_EQ(faceTriangles(*prepared), faceTriangles(*read));
+    const auto& before = read->get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE)->meshes;
+    const auto& after = prepared->get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE)->meshes;
+    std::size_t reordered = 0, coarse = 0;
+    for (std::size_t m = 0; m < after.size(); ++m) {
+        EXPECT_TRUE(before[m].coarseIndices.empty());
+        reordered += after[m].indices != before[m].indices ? 1 : 0;
+        coarse += after[m].coarseIndices.size() / 3;
+        for (unsigned int i : after[m].coarseIndices)
+            ASSERT_LT(i, after[m].vertices.size());
+    }
+    EXPECT_GT(reordered, 1u);
+    EXPECT_GT(coarse, 0u);
+    EXPECT_NE(after.back().indices, before.back().indices);
+
+    const auto picked = pickedFaces(read);
+    EXPECT_GT(std::set<unsigned int>(picked.begin(), picked.end()).size(), 10u);
+    EXPECT_EQ(pickedFaces(prepared), picked);
 }

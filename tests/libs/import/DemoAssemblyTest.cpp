@@ -1,6 +1,7 @@
-#include "qrnviewer/occt/DemoAssembly.h"
+#include "qrnimport/DemoAssembly.h"
+#include "qrnimport/DemoDocument.h"
+#include "qrnimport/ModelReader.h"
 #include "qrnmath/MatrixUtils.h"
-#include "qrnviewer/occt/ModelReader.h"
 
 #include <BRepBndLib.hxx>
 #include <BRepCheck_Analyzer.hxx>
@@ -32,8 +33,9 @@
 
 namespace {
 
-using qrnviewer::DemoAssembly;
-using qrnviewer::ModelData;
+using qrnimport::DemoAssembly;
+using qrnimport::DemoDocument;
+using qrnimport::ModelData;
 
 const std::wstring kBlockName = L"Lagerbock \u00D820";
 constexpr double kPi = 3.14159265358979323846;
@@ -63,7 +65,7 @@ double volume(const TopoDS_Shape& shape) {
 
 // The document, made once: modelling with booleans and fillets takes a moment.
 const Handle(TDocStd_Document) & doc() {
-    static const Handle(TDocStd_Document) d = DemoAssembly::make();
+    static const Handle(TDocStd_Document) d = DemoDocument::make();
     return d;
 }
 Handle(XCAFDoc_ShapeTool) shapes() {
@@ -247,7 +249,7 @@ TEST(DemoAssemblyStepTest, WritesAp214AndReportsFailures) {
                               ("qrn-demo-" + std::to_string(getpid()) + ".step"))
                                  .string();
     std::string error;
-    EXPECT_TRUE(DemoAssembly::writeStep(doc(), path, error)) << error;
+    EXPECT_TRUE(DemoDocument::writeStep(doc(), path, error)) << error;
     EXPECT_EQ(std::string(Interface_Static::CVal("write.step.schema")), "AP203");
     Interface_Static::SetCVal("write.step.schema", before.c_str());
     std::ifstream in(path, std::ios::binary);
@@ -256,13 +258,13 @@ TEST(DemoAssemblyStepTest, WritesAp214AndReportsFailures) {
     EXPECT_NE(text.find("FILE_SCHEMA(('AUTOMOTIVE_DESIGN {"), std::string::npos) << "not AP214";
     EXPECT_NE(text.find("COLOUR_RGB"), std::string::npos);
 
-    EXPECT_FALSE(DemoAssembly::writeStep(doc(), "/nonexistent-dir/demo.step", error));
+    EXPECT_FALSE(DemoDocument::writeStep(doc(), "/nonexistent-dir/demo.step", error));
     EXPECT_NE(error.find("/nonexistent-dir/demo.step"), std::string::npos) << error;
-    EXPECT_FALSE(DemoAssembly::writeStep(Handle(TDocStd_Document)(), "x.step", error));
+    EXPECT_FALSE(DemoDocument::writeStep(Handle(TDocStd_Document)(), "x.step", error));
     EXPECT_NE(error.find("x.step"), std::string::npos) << error;
     Handle(TDocStd_Document) empty;
     XCAFApp_Application::GetApplication()->NewDocument("MDTV-XCAF", empty);
-    EXPECT_FALSE(DemoAssembly::writeStep(empty, "empty.step", error));
+    EXPECT_FALSE(DemoDocument::writeStep(empty, "empty.step", error));
     EXPECT_NE(error.find("no shapes"), std::string::npos) << error;
     XCAFApp_Application::GetApplication()->Close(empty);
 }
@@ -281,8 +283,8 @@ const Imported& imported() {
                                   ("qrn-demo-model-" + std::to_string(getpid()) + ".step"))
                                      .string();
         out.ok = DemoAssembly::model(out.direct, out.error) &&
-                 DemoAssembly::writeStep(doc(), path, out.error) &&
-                 qrnviewer::ModelReader::read(path, out.fromStep, out.error);
+                 DemoDocument::writeStep(doc(), path, out.error) &&
+                 qrnimport::ModelReader::read(path, out.fromStep, out.error);
         std::filesystem::remove(path);
         return out;
     }();

@@ -6,11 +6,12 @@
 #define OCC_CONVERT_SIGNALS
 #endif
 
-#include "qrnviewer/occt/ModelReader.h"
+#include "qrnimport/ModelReader.h"
+#include "qrnimport/DemoAssembly.h"
+#include "qrnimport/DemoDocument.h"
+#include "qrnimport/MeshNormals.h"
+#include "qrnimport/XcafImporter.h"
 #include "qrnmath/MatrixUtils.h"
-#include "qrnviewer/occt/DemoAssembly.h"
-#include "qrnviewer/occt/MeshNormals.h"
-#include "qrnviewer/occt/XcafImporter.h"
 
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRepPrimAPI_MakeBox.hxx>
@@ -56,9 +57,9 @@
 namespace {
 
 namespace fs = std::filesystem;
+using qrnimport::ModelData;
+using qrnimport::ModelReader;
 using qrnmath::Vec3;
-using qrnviewer::ModelData;
-using qrnviewer::ModelReader;
 
 const wchar_t* const GEAR_NAME = L"Zahnrad Ø12 – 歯車";
 const wchar_t* const ROW_NAME = L"Row \U0001D11E"; // beyond the BMP
@@ -163,7 +164,7 @@ ModelData importDoc(const Handle(TDocStd_Document) & doc,
                     const ModelReader::Options& options = ModelReader::Options()) {
     ModelData model;
     std::string error;
-    EXPECT_TRUE(qrnviewer::XcafImporter::import(doc, options, model, error)) << error;
+    EXPECT_TRUE(qrnimport::XcafImporter::import(doc, options, model, error)) << error;
     expectWellFormed(model);
     return model;
 }
@@ -331,7 +332,7 @@ TEST(XcafImporterTest, OptionsUnitsAndFailure) {
 
     ModelData none;
     std::string error;
-    EXPECT_FALSE(qrnviewer::XcafImporter::import(Handle(TDocStd_Document)(), ModelReader::Options(),
+    EXPECT_FALSE(qrnimport::XcafImporter::import(Handle(TDocStd_Document)(), ModelReader::Options(),
                                                  none, error));
     EXPECT_FALSE(error.empty());
 }
@@ -796,7 +797,7 @@ ModelData expectPartsMatchTheirShapes(const Handle(TDocStd_Document) & doc) {
 }
 
 TEST(PartEntitiesTest, DemoPartsKeepTheirTopologyAndGeometry) {
-    const ModelData model = expectPartsMatchTheirShapes(qrnviewer::DemoAssembly::make());
+    const ModelData model = expectPartsMatchTheirShapes(qrnimport::DemoDocument::make());
     ASSERT_EQ(model.parts.size(), 7u);
     // Solids, each face meshed with corners of its own: closed once the corners are joined.
     for (std::size_t p = 0; p < model.parts.size(); ++p)
@@ -920,7 +921,7 @@ TEST(PartEntitiesTest, BareTrianglesSplitAtCreases) {
         add(round(k, 0), round(k + 1, 1), round(k, 1));
     }
     add(round(0, 1), round(1, 1), Vec3(0, 0, 1));
-    const auto regions = qrnviewer::MeshNormals::regions(points, indices);
+    const auto regions = qrnimport::MeshNormals::regions(points, indices);
     EXPECT_EQ(regions.sizes, (std::vector<unsigned int>{49, 1}));
     EXPECT_EQ(regions.indices.size(), indices.size());
 }

@@ -1,14 +1,15 @@
 // PMI and saved views: from XCAF documents (the shared AP242 files, files written here, and
 // documents made in memory) into model data, and from model data into a viewer document.
-#include "qrnviewer/occt/PmiImporter.h"
+#include "qrnimport/PmiImporter.h"
+#include "qrnimport/DemoAssembly.h"
+#include "qrnimport/DemoDocument.h"
+#include "qrnimport/DocumentBuilder.h"
+#include "qrnimport/ModelReader.h"
 #include "qrnmath/MatrixUtils.h"
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
 #include "qrnsg/SCView.h"
-#include "qrnviewer/DocumentBuilder.h"
-#include "qrnviewer/occt/DemoAssembly.h"
-#include "qrnviewer/occt/ModelReader.h"
 
 #include <BRepBndLib.hxx>
 #include <BRepBuilderAPI_MakeEdge.hxx>
@@ -44,9 +45,9 @@
 namespace {
 
 namespace fs = std::filesystem;
+using qrnimport::ModelData;
+using qrnimport::PmiImporter;
 using qrnmath::Vec3;
-using qrnviewer::ModelData;
-using qrnviewer::PmiImporter;
 using Item = ModelData::PmiItem;
 using Texts = std::vector<std::wstring>;
 
@@ -276,7 +277,7 @@ TEST_F(PmiImporterWritten, GraphicalPresentationComesBackAsPolylinesOnThePart) {
 
 TEST_F(PmiImporterWritten, PmiFreeModelsYieldNoItems) {
     // The demo assembly, and the same written and read back: geometry there, PMI absent.
-    Handle(TDocStd_Document) demo = qrnviewer::DemoAssembly::make();
+    Handle(TDocStd_Document) demo = qrnimport::DemoDocument::make();
     ASSERT_TRUE(writeStep(demo, path("plain.stp")));
     for (const auto& doc : {demo, readStep(path("plain.stp"))}) {
         ASSERT_FALSE(doc.IsNull());
@@ -318,12 +319,12 @@ TEST_F(PmiImporterWritten, PmiTheReaderFailsOnCostsThePmiNotTheModel) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         int calls = 0;
-        qrnviewer::ModelReader::Options options;
+        qrnimport::ModelReader::Options options;
         options.pmiTransferHook = [&] { ++calls, c.fail(); };
         ModelData model;
         std::string error;
         Status status;
-        ASSERT_TRUE(qrnviewer::ModelReader::read(file, options, model, error, &status)) << error;
+        ASSERT_TRUE(qrnimport::ModelReader::read(file, options, model, error, &status)) << error;
         EXPECT_EQ(calls, 1) << "read again without PMI";
         EXPECT_TRUE(qrnmath::nearlyEqual(model.bbox().max(), Vec3(100, 50, 20), 1e-3f));
         EXPECT_EQ(model.pmi.size(), c.said ? 0u : 1u);
@@ -561,7 +562,7 @@ TEST(PmiDocument, BuilderPutsPmiAndViewsInTheDocument) {
         if (withPmi)
             model.views.push_back(
                 {L"MBD_0", Vec3(5, -50, 5), Vec3(5, 0, 0), Vec3(0, 0, 1), false, 12.0f, false, {}});
-        auto document = qrnviewer::DocumentBuilder::build(model);
+        auto document = qrnimport::DocumentBuilder::build(model);
         auto scene = document->get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
         auto rt = document->get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
         auto pmi = document->get<qrnsg::SCPmi>(qrnsg::SCHEMA_PMI);
