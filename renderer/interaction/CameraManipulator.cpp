@@ -2,16 +2,13 @@
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
-#include "qrngl/interaction/EntityGeometry.h"
 #include "qrngl/interaction/EventInterpreterFactory.h"
 #include "qrngl/interaction/OperationSettings.h"
 #include "qrngl/interaction/QrnEventInterpreter.h"
+#include "qrngl/interaction/ViewCommands.h"
 #include "qrngl/interaction/ViewState.h"
 #include "qrngl/overlays/CrossHairRenderer.h"
 #include "qrngl/overlays/ZoomboxRenderer.h"
-#include "qrngl/picking/EntityFilter.h"
-#include "qrngl/picking/PickingHelper.h"
-#include "qrnglutils/BBoxUtils.h"
 #include "qrnglutils/CameraState.h"
 #include "qrnglutils/CrossHairUtils.h"
 #include "qrnglutils/MeshRenderer.h"
@@ -22,9 +19,6 @@
 #include "qrnplatform/Input.h"
 #include "qrnplatform/WindowTimer.h"
 #include "qrnsg/SCInfo.h"
-#include "qrnsg/SCScene.h"
-#include "qrnsg/SCSceneRT.h"
-#include "qrnsg/SCSceneRes.h"
 #include "qrnui/IFrame.h"
 
 #include <algorithm>
@@ -68,30 +62,6 @@ void invalidate(const SCRenderer& renderer) {
             canvas->Invalidate();
 }
 
-// Pixels each side of the point that the view commands' picks look at.
-const int kPickSize = 2;
-// The face mask of a pick.
-const unsigned short kFaces = 1;
-
-template <class T>
-std::shared_ptr<T> fetch(const std::shared_ptr<qrn::IDocument>& document, short type) {
-    return document ? std::dynamic_pointer_cast<T>(document->getSchema(type)) : nullptr;
-}
-
-// The box of what is shown, as the view animation fits it.
-qrnsg::BBox shownBounds(const std::shared_ptr<qrn::IDocument>& document) {
-    auto rt = fetch<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
-    auto scene = fetch<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE);
-    auto resources = fetch<qrnsg::SCSceneRes>(document, qrnsg::SCHEMA_SCENE_RES);
-    if (!rt)
-        return qrnsg::BBox();
-    if (scene && (!scene->meshes.empty() || !scene->polylines.empty()))
-        return qrnglutils::BBoxUtils::get(*scene, *rt, true);
-    if (resources && !resources->empty())
-        return qrnglutils::BBoxUtils::get(*resources, *rt, true);
-    return qrnsg::BBox();
-}
-
 } // namespace
 
 CameraManipulator::CameraManipulator(std::shared_ptr<qrnui::IFrame> frame,
@@ -104,7 +74,8 @@ CameraManipulator::CameraManipulator(std::shared_ptr<qrnui::IFrame> frame,
       m_availOperations(IEventInterpreter::ALL_OPERATIONS), m_chord(false), m_zoomed(false),
       m_escapePressed(false), m_spinMode(false), m_viewOperation(false),
       m_orientation(qrnsg::SCView::ISOMETRIC), m_lastStepSpin(false), m_spinDx(0), m_spinDy(0),
-      m_spinning(false) {
+      m_spinning(false), m_commands(std::make_unique<ViewCommands>(m_frame, m_viewState)) {
+    m_commands->setBeforeCameraChange([this] { stopSpin(); });
     const bool is2D = m_frame && m_frame->is2DViewer();
     // The library's own convention until the settings say otherwise; in the sheet viewer it
     // stays, and its rules refuse rotations there.
@@ -201,7 +172,7 @@ FrameStatus CameraManipulator::mouseButtonDown(FrameStatus status, unsigned int 
     if ((button == LEFT || button == MIDDLE) && m_requested == IEventInterpreter::SPIN)
         activateSpinOperation(x, y);
     if (button == LEFT && m_requested == IEventInterpreter::NORMALVIEW)
-        activateNormalView(x, y);
+        m_commands->activateNormalView(x, y);
 
     m_changed = false;
     m_lastStepSpin = false;
@@ -588,93 +559,11 @@ void CameraManipulator::removeCrossHair() {
         invalidate(*r);
 }
 
-unsigned int CameraManipulator::pickAt(int x, int y, unsigned short type) const {
-    auto r = renderer();
-    if (!r || !r->pickCanvas)
-        return 0;
-    return EntityFilter::nearest(r->pickCanvas, type, x, y, kPickSize);
-}
-
-bool CameraManipulator::activateNormalView(int x, int y) {
-    auto r = renderer();
-    if (!r || !r->camera)
-        return false;
-    const unsigned int face = pickAt(x, y, kFaces);
-    Vec3 normal;
-    if (!face || !EntityGeometry(m_document).planeNormal(face, normal))
-        return false;
-    // A face seen from behind is looked at from the side it was seen from.
-    if (normal.dot(r->camera->direction()) > 0.0f)
-        normal = -normal;
-    return doOrthoView(normal);
-}
-
-bool CameraManipulator::doOrthoView(const Vec3& normal) {
-    auto r = renderer();
-    auto camera = r ? r->camera : nullptr;
-    const float length = normal.length();
-    if (!camera || !std::isfinite(length) || length <= 0.0f)
-        return false;
-    const Vec3 back = normal / length;
-    Vec3 up = camera->up() - back * camera->up().dot(back);
-    if (up.lengthSquared() < 1e-6f) {
-        // Looking along the old up turns the view over: what was ahead becomes up.
-        const Vec3 ahead = camera->direction();
-        up = ahead - back * ahead.dot(back);
-    }
-    if (up.lengthSquared() < 1e-6f)
-        return false;
-    up = up.normalized();
-    const Vec3 right = qrnmath::cross(up, back);
-    Mat4 rotation = MatrixUtils::identity();
-    for (int i = 0; i < 3; ++i) {
-        rotation[4 * i] = right[i];
-        rotation[4 * i + 1] = up[i];
-        rotation[4 * i + 2] = back[i];
-    }
-
-    auto views = fetch<qrnsg::SCView>(m_document, qrnsg::SCHEMA_VIEW);
-    if (!m_viewState || !views) {
-        CameraHelper::setRotation(camera, rotation);
-        invalidate(*r);
-        r->update();
-        return true;
-    }
-    // The animation goes to orientations: it borrows one for this play, which takes its
-    // target at the start.
-    const qrnsg::SCView::ORIENTATION slot = qrnsg::SCView::ISOMETRIC;
-    const Mat4 kept = views->orientations[slot];
-    views->orientations[slot] = rotation;
-    m_viewState->play(slot, VIEW_FRAMES);
-    views->orientations[slot] = kept;
-    return true;
-}
-
-bool CameraManipulator::getPointInWorld(int x, int y, Vec3& point) const {
-    auto r = renderer();
-    auto camera = r ? r->camera : nullptr;
-    Mat4 fromScreen;
-    if (!camera || !MatrixUtils::invert(CameraHelper::getModelToScreen(camera), fromScreen))
-        return false;
-    const unsigned int face = pickAt(x, y, kFaces);
-    if (!face)
-        return false;
-    const float fx = static_cast<float>(x), fy = static_cast<float>(y);
-    const Vec3 nearest = MatrixUtils::transformPoint(fromScreen, Vec3(fx, fy, 0.0f));
-    const Vec3 farthest = MatrixUtils::transformPoint(fromScreen, Vec3(fx, fy, 1.0f));
-    const qrnmath::Ray ray(nearest, farthest - nearest);
-    float t = 0.0f;
-    if (!EntityGeometry(m_document).intersect(face, ray, t))
-        return false;
-    point = ray.pointAt(t);
-    return true;
-}
-
 void CameraManipulator::rotateAboutPivot(const std::shared_ptr<Camera>& camera, int x, int y,
                                          int dx, int dy) {
     // Picked once a drag, where its first turn starts, before the camera moves.
     if (m_pivot == PIVOT_UNKNOWN)
-        m_pivot = getPointInWorld(x, y, m_pivotPoint) ? PIVOT_FOUND : PIVOT_NONE;
+        m_pivot = m_commands->getPointInWorld(x, y, m_pivotPoint) ? PIVOT_FOUND : PIVOT_NONE;
     if (m_pivot != PIVOT_FOUND) {
         CameraHelper::rotate(camera, dx, dy);
         return;
@@ -690,100 +579,6 @@ void CameraManipulator::rotateAboutPivot(const std::shared_ptr<Camera>& camera, 
     pan[0] += before[0] * scale - after[0];
     pan[1] += before[1] * scale - after[1];
     camera->setModelTranslation(pan);
-}
-
-bool CameraManipulator::zoomToSelection(const std::vector<unsigned int>& names) {
-    auto r = renderer();
-    auto camera = r ? r->camera : nullptr;
-    const qrnsg::BBox box = EntityGeometry(m_document).bounds(names);
-    if (!camera || box.isEmpty())
-        return false;
-    if (m_viewState)
-        m_viewState->reset();
-    stopSpin();
-    std::shared_ptr<qrn::IState> before, after;
-    getCameraState(before);
-    // The rest of the model stays inside the depth range.
-    qrnsg::BBox all = shownBounds(m_document);
-    all.add(box);
-    camera->setSceneSphere(all.center(), 0.5f * all.diagonal());
-    if (box.diagonal() > 0.0f) {
-        CameraHelper::lookAt(camera, box.center(),
-                             CameraHelper::getFitRadius(camera, box, camera->modelRotation()));
-    } else {
-        // A single point is centred at the scale the view has.
-        camera->setSphere(box.center(), camera->sphereRadius());
-        camera->setModelTranslation(Vec3(0.0f, 0.0f, 0.0f));
-    }
-    getCameraState(after);
-    setState(before, after);
-    invalidate(*r);
-    r->update();
-    return true;
-}
-
-void CameraManipulator::recordVisibility(const std::shared_ptr<qrn::IState>& before) {
-    setState(before, std::make_shared<PartVisibility>(m_document));
-    visibilityChanged(m_document);
-}
-
-bool CameraManipulator::hideSelected(const std::vector<unsigned int>& names) {
-    EntityGeometry geometry(m_document);
-    auto before = std::make_shared<PartVisibility>(m_document);
-    if (!geometry.setShown(geometry.partsOf(names), false))
-        return false;
-    recordVisibility(before);
-    return true;
-}
-
-bool CameraManipulator::showAll() {
-    EntityGeometry geometry(m_document);
-    auto before = std::make_shared<PartVisibility>(m_document);
-    if (!geometry.setShown(geometry.allParts(), true))
-        return false;
-    recordVisibility(before);
-    return true;
-}
-
-bool CameraManipulator::isolate(const std::vector<unsigned int>& names) {
-    EntityGeometry geometry(m_document);
-    const std::vector<bool> parts = geometry.partsOf(names);
-    // Isolating nothing would leave an empty view.
-    if (std::find(parts.begin(), parts.end(), true) == parts.end())
-        return false;
-    auto before = std::make_shared<PartVisibility>(m_document);
-    if (!geometry.showOnly(parts))
-        return false;
-    recordVisibility(before);
-    return true;
-}
-
-void CameraManipulator::changeRenderMode(RENDERMODE mode) {
-    auto r = renderer();
-    if (!r || r->renderMode == mode)
-        return;
-    r->renderMode = mode;
-    invalidate(*r);
-    r->update();
-}
-
-CameraManipulator::RENDERMODE CameraManipulator::getRenderMode() const {
-    auto r = renderer();
-    return r ? r->renderMode : SCRenderer::SHADED_WITH_EDGES;
-}
-
-void CameraManipulator::changeProjection() {
-    auto r = renderer();
-    if (!r || !r->camera)
-        return;
-    std::shared_ptr<qrn::IState> before, after;
-    getCameraState(before);
-    r->camera->setProjection(r->camera->isOrthographic() ? Camera::PERSPECTIVE
-                                                         : Camera::ORTHOGRAPHIC);
-    getCameraState(after);
-    setState(before, after);
-    invalidate(*r);
-    r->update();
 }
 
 void CameraManipulator::doSizeCulling() {

@@ -5,6 +5,7 @@
 #include "qrngl/IManipulator.h"
 #include "qrngl/SCRenderer.h"
 #include "qrngl/interaction/IEventInterpreter.h"
+#include "qrngl/interaction/ViewCommands.h"
 #include "qrngl/qrngl_export.h"
 #include "qrnmath/Tuple.h"
 #include "qrnsg/Mesh.h"
@@ -39,7 +40,6 @@ class ZoomboxRenderer;
 class QRNGL_EXPORT CameraManipulator : public IManipulator {
 public:
     using Operation = IEventInterpreter::Operation;
-    using RENDERMODE = SCRenderer::RENDERMODE;
     // Selects what lies in the window rectangle of a finished BOXSELECT drag (corners in
     // either order; flags as at the release, for the host's add and toggle modifiers).
     using BoxSelectHandler =
@@ -100,32 +100,13 @@ public:
     const qrnsg::Mesh& getZoomboxFill() const { return m_boxFill; }
     const qrnsg::Polyline& getZoomboxOutline() const { return m_boxOutline; }
 
-    // View commands. The selection is given as entity names (SelectionSet::selected()).
-    //
-    // Normal view: when the face under the window point is planar, the view turns, animated,
-    // to look straight at it (the NORMALVIEW click). False when it does not turn.
-    bool activateNormalView(int x, int y);
-    // Turns the view to look against a world normal, the up vector kept as near the current
-    // one as can be. Animated as a standard view is, fitting the shown model; without the
-    // view animation or the document's views it only turns, at once.
-    bool doOrthoView(const qrnmath::Vec3& normal);
     // A rotate drag that starts on the model turns about the point under the pointer instead
     // of the view sphere's centre. Off by default.
     void setRotateAboutPickedPoint(bool on) { m_rotateAboutPick = on; }
     bool getRotateAboutPickedPoint() const { return m_rotateAboutPick; }
-    // The world point of the face seen at the window point; false over empty space.
-    bool getPointInWorld(int x, int y, qrnmath::Vec3& point) const;
-    // Fits the view to the entities at once, one undo step; false when they have no extent.
-    bool zoomToSelection(const std::vector<unsigned int>& names);
-    // Hide the entities' placed parts, show every part, or show only the entities' parts;
-    // each change is one undo step. False when nothing changed.
-    bool hideSelected(const std::vector<unsigned int>& names);
-    bool showAll();
-    bool isolate(const std::vector<unsigned int>& names);
-    void changeRenderMode(RENDERMODE mode);
-    RENDERMODE getRenderMode() const;
-    // Orthographic to perspective and back; the scale at the view's centre stays.
-    void changeProjection();
+
+    // Normal view, zoom to selection, hide, isolate, render modes, projection.
+    ViewCommands& viewCommands() { return *m_commands; }
 
 private:
     // The camera change since the saved state, as one undo step; the saved state is dropped.
@@ -143,12 +124,8 @@ private:
     void activateSpinOperation(int x, int y);
     void stopSpin();
     void removeCrossHair();
-    // The entity of a kind nearest the window point; 0 for none.
-    unsigned int pickAt(int x, int y, unsigned short type) const;
     // One rotate step about the picked point, when the drag started on the model.
     void rotateAboutPivot(const std::shared_ptr<Camera>& camera, int x, int y, int dx, int dy);
-    // Records the visibility change since `before` as one undo step, and shows it.
-    void recordVisibility(const std::shared_ptr<qrn::IState>& before);
     // While the camera moves under a drag, frames may leave the smallest parts out and draw
     // coarse meshes (see SCRenderer::frameBudget); the reset brings the full frame back.
     void doSizeCulling();
@@ -189,6 +166,7 @@ private:
     enum Pivot { PIVOT_UNKNOWN, PIVOT_NONE, PIVOT_FOUND };
     Pivot m_pivot = PIVOT_UNKNOWN;
     qrnmath::Vec3 m_pivotPoint;
+    std::unique_ptr<ViewCommands> m_commands;
 };
 
 } // namespace qrngl

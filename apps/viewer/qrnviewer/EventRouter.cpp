@@ -367,35 +367,35 @@ void EventRouter::command(unsigned int key, bool repeat) {
     case 'A':
         if (m_selection->selected().empty())
             say("nothing selected to zoom to");
-        else if (m_camera->zoomToSelection(m_selection->selected()))
+        else if (m_camera->viewCommands().zoomToSelection(m_selection->selected()))
             m_repaint = true;
         break;
     case 'D':
     case 'I':
         if (m_selection->selected().empty()) {
             say("nothing selected");
-        } else if (key == 'D' ? m_camera->hideSelected(m_selection->selected())
-                              : m_camera->isolate(m_selection->selected())) {
+        } else if (key == 'D' ? m_camera->viewCommands().hideSelected(m_selection->selected())
+                              : m_camera->viewCommands().isolate(m_selection->selected())) {
             m_repaint = true;
             say(key == 'D' ? "selected parts hidden" : "selected parts isolated");
         }
         break;
     case 'U':
-        if (m_camera->showAll()) {
+        if (m_camera->viewCommands().showAll()) {
             m_repaint = true;
             say("all parts shown");
         }
         break;
     case 'V': {
-        const auto mode =
-            static_cast<qrngl::SCRenderer::RENDERMODE>((m_camera->getRenderMode() + 1) % 4);
-        m_camera->changeRenderMode(mode);
+        const auto mode = static_cast<qrngl::SCRenderer::RENDERMODE>(
+            (m_camera->viewCommands().getRenderMode() + 1) % 4);
+        m_camera->viewCommands().changeRenderMode(mode);
         m_repaint = true;
         say(std::string("render mode: ") + kRenderModeNames[mode]);
         break;
     }
     case 'O': {
-        m_camera->changeProjection();
+        m_camera->viewCommands().changeProjection();
         m_repaint = true;
         auto r = renderer();
         say(r && r->camera && r->camera->isOrthographic() ? "orthographic projection"

@@ -243,9 +243,9 @@ TEST_F(ViewCommandsGLTest, RotationAboutThePickedPointKeepsItUnderThePointer) {
         look(Vec3(0, 0, 100), Vec3(0, 1, 0), 45.0f);
         camera->setProjection(projection);
         Vec3 grabbed;
-        ASSERT_TRUE(m->getPointInWorld(70, 50, grabbed));
+        ASSERT_TRUE(m->viewCommands().getPointInWorld(70, 50, grabbed));
         EXPECT_NEAR(grabbed[2], 10.0f, 1e-3f) << "on A's front face";
-        EXPECT_FALSE(m->getPointInWorld(150, 110, grabbed));
+        EXPECT_FALSE(m->viewCommands().getPointInWorld(150, 110, grabbed));
         drag(onA, [&] { expectShownAt(camera, grabbed, 70.0f, 50.0f); });
         EXPECT_NE(camera->modelRotation(), qrnmath::MatrixUtils::identity());
     }
@@ -278,7 +278,7 @@ TEST_F(ViewCommandsGLTest, ZoomToSelectionFitsTheEntitiesAndIsOneUndoStep) {
 
     EXPECT_LT(shownHeight(cCorners), 0.2f);
     const qrngl::Camera start = *camera;
-    ASSERT_TRUE(m->zoomToSelection({EntityNames::part(c)}));
+    ASSERT_TRUE(m->viewCommands().zoomToSelection({EntityNames::part(c)}));
     EXPECT_GT(shownHeight(cCorners), 0.9f);
     paint();
     EXPECT_TRUE(anyNear(Vec3(80, 60, 0), [](const Rgba& p) { return p.r > p.b + 40; }))
@@ -292,9 +292,10 @@ TEST_F(ViewCommandsGLTest, ZoomToSelectionFitsTheEntitiesAndIsOneUndoStep) {
     EXPECT_EQ(camera->sphereCentre(), start.sphereCentre());
 
     // A face and an edge of A: the face's top and bottom edges reach the window's.
-    ASSERT_TRUE(m->zoomToSelection({face(a, 4), doc.topology->name(a, EntityNames::EDGE, 0)}));
+    ASSERT_TRUE(m->viewCommands().zoomToSelection(
+        {face(a, 4), doc.topology->name(a, EntityNames::EDGE, 0)}));
     EXPECT_GT(shownHeight({{-10, -10, 10}, {10, 10, 10}}), 0.9f);
-    EXPECT_FALSE(m->zoomToSelection({}));
+    EXPECT_FALSE(m->viewCommands().zoomToSelection({}));
     // The picks leave the context released, as canvases do.
     context->activate();
     EXPECT_NO_GL_ERROR();
@@ -308,13 +309,13 @@ TEST_F(ViewCommandsGLTest, HideShowAndIsolateChangeWhatIsDrawnAndPicked) {
     ASSERT_TRUE(greyish(at(70, 60))) << at(70, 60);
     ASSERT_TRUE(greyish(at(92, 60))) << "A in front of B";
 
-    ASSERT_TRUE(m->hideSelected({face(a, 2)}));
+    ASSERT_TRUE(m->viewCommands().hideSelected({face(a, 2)}));
     paint();
     EXPECT_TRUE(blank(at(70, 60))) << at(70, 60);
     EXPECT_TRUE(bluish(at(92, 60))) << at(92, 60);
     EXPECT_FALSE(pickAt(70, 60).valid());
     EXPECT_EQ(pickAt(92, 60).node, b);
-    EXPECT_FALSE(m->hideSelected({EntityNames::part(a)})) << "already hidden";
+    EXPECT_FALSE(m->viewCommands().hideSelected({EntityNames::part(a)})) << "already hidden";
 
     // One undo step each.
     ASSERT_EQ(frame->undo->size(), 1u);
@@ -323,19 +324,19 @@ TEST_F(ViewCommandsGLTest, HideShowAndIsolateChangeWhatIsDrawnAndPicked) {
     EXPECT_TRUE(greyish(at(70, 60)));
     EXPECT_EQ(pickAt(92, 60).node, a);
     frame->undo->redo();
-    EXPECT_TRUE(m->showAll());
+    EXPECT_TRUE(m->viewCommands().showAll());
     paint();
     EXPECT_TRUE(greyish(at(70, 60)));
-    EXPECT_FALSE(m->showAll());
+    EXPECT_FALSE(m->viewCommands().showAll());
 
-    ASSERT_TRUE(m->isolate({face(b, 4)}));
+    ASSERT_TRUE(m->viewCommands().isolate({face(b, 4)}));
     paint();
     EXPECT_TRUE(blank(at(70, 60)));
     EXPECT_TRUE(blank(at(40, 60))) << "C hidden as well";
     EXPECT_TRUE(bluish(at(92, 60)));
     EXPECT_EQ(pickAt(92, 60).node, b);
     EXPECT_FALSE(pickAt(40, 60).valid());
-    EXPECT_FALSE(m->isolate({})) << "isolating nothing would empty the view";
+    EXPECT_FALSE(m->viewCommands().isolate({})) << "isolating nothing would empty the view";
     EXPECT_EQ(frame->undo->size(), 3u);
     // The picks leave the context released, as canvases do.
     context->activate();
@@ -343,7 +344,7 @@ TEST_F(ViewCommandsGLTest, HideShowAndIsolateChangeWhatIsDrawnAndPicked) {
 }
 
 TEST_F(ViewCommandsGLTest, RenderModesDrawFacesAndEdgesAsNamed) {
-    ASSERT_TRUE(m->isolate({EntityNames::part(a)}));
+    ASSERT_TRUE(m->viewCommands().isolate({EntityNames::part(a)}));
     look(Vec3(100, 100, 100), Vec3(0, 0, 1), 20.0f);
     // On A, seen from its +x +y +z corner: inside the +x face; on the edge between +x and +z;
     // on the hidden edge from the far corner up, behind the +z face.
@@ -354,7 +355,7 @@ TEST_F(ViewCommandsGLTest, RenderModesDrawFacesAndEdgesAsNamed) {
         return pixel(static_cast<unsigned>(faceAt[0]), static_cast<unsigned>(faceAt[1]));
     };
 
-    EXPECT_EQ(m->getRenderMode(), qrngl::SCRenderer::SHADED_WITH_EDGES);
+    EXPECT_EQ(m->viewCommands().getRenderMode(), qrngl::SCRenderer::SHADED_WITH_EDGES);
     struct Case {
         Mode mode;
         bool faces, edges, hidden;
@@ -363,7 +364,7 @@ TEST_F(ViewCommandsGLTest, RenderModesDrawFacesAndEdgesAsNamed) {
                           Case{qrngl::SCRenderer::SHADED, true, false, false},
                           Case{qrngl::SCRenderer::WIREFRAME, false, true, true},
                           Case{qrngl::SCRenderer::HIDDEN_LINE, false, true, false}}) {
-        m->changeRenderMode(k.mode);
+        m->viewCommands().changeRenderMode(k.mode);
         EXPECT_EQ(doc.renderer->renderMode, k.mode);
         paint();
         EXPECT_EQ(!blank(face()), k.faces) << "mode " << k.mode << ": " << face();
@@ -376,12 +377,12 @@ TEST_F(ViewCommandsGLTest, RenderModesDrawFacesAndEdgesAsNamed) {
 TEST_F(ViewCommandsGLTest, ProjectionToggleKeepsTheScaleAtTheCentre) {
     const Vec3 p(10, 5, 0); // in the plane of the view sphere's centre
     const Vec3 before = onScreen(p);
-    m->changeProjection();
+    m->viewCommands().changeProjection();
     EXPECT_FALSE(camera->isOrthographic());
     expectShownAt(camera, p, before[0], before[1]);
     paint();
     EXPECT_TRUE(greyish(pixel(80, 60)));
-    m->changeProjection();
+    m->viewCommands().changeProjection();
     EXPECT_TRUE(camera->isOrthographic());
     ASSERT_EQ(frame->undo->size(), 2u);
     frame->undo->undo();
