@@ -4,6 +4,7 @@
 #include "qrngl/frame/RCBitmap.h"
 
 #include "qrngl/GL.h"
+#include "qrngl/frame/linux/FrameBufferObject.h"
 
 #include <EGL/egl.h>
 #include <EGL/eglext.h>
@@ -18,9 +19,7 @@ namespace {
 struct Surface {
     EGLDisplay display = EGL_NO_DISPLAY;
     EGLSurface pbuffer = EGL_NO_SURFACE; // only where surfaceless contexts are missing
-    GLuint framebuffer = 0;
-    GLuint color = 0;
-    GLuint depthStencil = 0;
+    FrameBufferObject target;
     std::vector<unsigned char> image;
 };
 
@@ -142,21 +141,7 @@ bool RCBitmap::create() {
         destroy();
         return false;
     }
-    glGenFramebuffers(1, &s->framebuffer);
-    glBindFramebuffer(GL_FRAMEBUFFER, s->framebuffer);
-    glGenRenderbuffers(1, &s->color);
-    glBindRenderbuffer(GL_RENDERBUFFER, s->color);
-    glRenderbufferStorage(GL_RENDERBUFFER, GL_RGBA8, static_cast<GLsizei>(m_width),
-                          static_cast<GLsizei>(m_height));
-    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, s->color);
-    glGenRenderbuffers(1, &s->depthStencil);
-    glBindRenderbuffer(GL_RENDERBUFFER, s->depthStencil);
-    glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, static_cast<GLsizei>(m_width),
-                          static_cast<GLsizei>(m_height));
-    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER,
-                              s->depthStencil);
-    glBindRenderbuffer(GL_RENDERBUFFER, 0);
-    if (glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) {
+    if (!s->target.create(m_width, m_height, 0, true)) {
         destroy();
         return false;
     }
@@ -173,12 +158,8 @@ void RCBitmap::destroy() {
         return;
     if (m_rc) {
         EGLContext context = reinterpret_cast<EGLContext>(m_rc);
-        if (s->framebuffer && eglMakeCurrent(s->display, s->pbuffer, s->pbuffer, context)) {
-            glBindFramebuffer(GL_FRAMEBUFFER, 0);
-            glDeleteFramebuffers(1, &s->framebuffer);
-            glDeleteRenderbuffers(1, &s->color);
-            glDeleteRenderbuffers(1, &s->depthStencil);
-        }
+        if (s->target.framebuffer && eglMakeCurrent(s->display, s->pbuffer, s->pbuffer, context))
+            s->target.destroy();
         eglMakeCurrent(s->display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
         eglDestroyContext(s->display, context);
         m_rc = nullptr;
@@ -198,7 +179,7 @@ void RCBitmap::activate() {
     if (!s || !m_rc)
         return;
     eglMakeCurrent(s->display, s->pbuffer, s->pbuffer, reinterpret_cast<EGLContext>(m_rc));
-    glBindFramebuffer(GL_FRAMEBUFFER, s->framebuffer);
+    glBindFramebuffer(GL_FRAMEBUFFER, s->target.framebuffer);
 }
 
 void RCBitmap::deactivate() {
@@ -206,7 +187,7 @@ void RCBitmap::deactivate() {
     if (!s || !m_rc || eglGetCurrentContext() != reinterpret_cast<EGLContext>(m_rc))
         return;
     // The frame lands in the memory image, bottom-up rows of BGR padded to four bytes.
-    glBindFramebuffer(GL_FRAMEBUFFER, s->framebuffer);
+    glBindFramebuffer(GL_FRAMEBUFFER, s->target.framebuffer);
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
     glReadPixels(0, 0, static_cast<GLsizei>(m_width), static_cast<GLsizei>(m_height), GL_BGR,
                  GL_UNSIGNED_BYTE, s->image.data());

@@ -9,6 +9,7 @@
 // m_pbuffer holds the GLXPbuffer id, as the header says.
 #include "qrngl/frame/RCBuffer.h"
 
+#include "qrngl/frame/linux/FrameBufferObject.h"
 #include "qrngl/frame/linux/Glx.h"
 
 #include <cstdint>
@@ -20,11 +21,7 @@ namespace qrngl {
 namespace {
 
 // The multisampled frame buffer object in front of a pbuffer.
-struct Surface {
-    GLuint framebuffer = 0;
-    GLuint color = 0;
-    GLuint depthStencil = 0;
-};
+using Surface = FrameBufferObject;
 
 // By pbuffer: copies of a context share its pbuffer, and the one destroyed first releases
 // what both drew with. Only the user-interface thread uses contexts.
@@ -45,39 +42,6 @@ void* pbufferHandle(GLXPbuffer pbuffer) {
 const Surface* surfaceOf(void* handle) {
     auto it = surfaces().find(pbufferOf(handle));
     return it == surfaces().end() ? nullptr : &it->second;
-}
-
-// A 4-sample colour and depth-stencil frame buffer of the size, with the context current;
-// false where the driver has none.
-bool multisampledFramebuffer(Surface& s, unsigned int width, unsigned int height) {
-    GLint maxSamples = 0;
-    if (!glGenFramebuffers || !glRenderbufferStorageMultisample || !glBlitFramebuffer)
-        return false;
-    glGetIntegerv(GL_MAX_SAMPLES, &maxSamples);
-    if (maxSamples < 4)
-        return false;
-    const auto w = static_cast<GLsizei>(width);
-    const auto h = static_cast<GLsizei>(height);
-    glGenFramebuffers(1, &s.framebuffer);
-    glBindFramebuffer(GL_FRAMEBUFFER, s.framebuffer);
-    glGenRenderbuffers(1, &s.color);
-    glBindRenderbuffer(GL_RENDERBUFFER, s.color);
-    glRenderbufferStorageMultisample(GL_RENDERBUFFER, 4, GL_RGBA8, w, h);
-    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, s.color);
-    glGenRenderbuffers(1, &s.depthStencil);
-    glBindRenderbuffer(GL_RENDERBUFFER, s.depthStencil);
-    glRenderbufferStorageMultisample(GL_RENDERBUFFER, 4, GL_DEPTH24_STENCIL8, w, h);
-    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER,
-                              s.depthStencil);
-    glBindRenderbuffer(GL_RENDERBUFFER, 0);
-    const bool complete = glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
-    glBindFramebuffer(GL_FRAMEBUFFER, 0);
-    if (!complete) {
-        glDeleteFramebuffers(1, &s.framebuffer);
-        glDeleteRenderbuffers(1, &s.color);
-        glDeleteRenderbuffers(1, &s.depthStencil);
-    }
-    return complete;
 }
 
 GLXDrawable drawableOf(HDC dc) {
@@ -150,8 +114,9 @@ bool RCBuffer::create() {
     tearDown(temp);
     if (pbuffer && m_rc && glx.makeContextCurrent(display, pbuffer, Glx::context(m_rc))) {
         Surface surface;
-        if (m_multisample && glx.hasMultisample() &&
-            multisampledFramebuffer(surface, m_width, m_height))
+        // Blitted into the pbuffer at each frame's end.
+        if (m_multisample && glx.hasMultisample() && glBlitFramebuffer &&
+            surface.create(m_width, m_height, 4, false))
             surfaces()[pbuffer] = surface;
         activate();
         return true;
@@ -170,12 +135,8 @@ void RCBuffer::destroy() {
     // parent's lists, it would outlive the context otherwise.
     auto it = surfaces().find(pbufferOf(m_pbuffer));
     if (it != surfaces().end()) {
-        if (m_rc && glx.makeContextCurrent(display, pbufferOf(m_pbuffer), Glx::context(m_rc))) {
-            glBindFramebuffer(GL_FRAMEBUFFER, 0);
-            glDeleteFramebuffers(1, &it->second.framebuffer);
-            glDeleteRenderbuffers(1, &it->second.color);
-            glDeleteRenderbuffers(1, &it->second.depthStencil);
-        }
+        if (m_rc && glx.makeContextCurrent(display, pbufferOf(m_pbuffer), Glx::context(m_rc)))
+            it->second.destroy();
         surfaces().erase(it);
     }
     glx.makeContextCurrent(display, drawableOf(m_dc), nullptr);
