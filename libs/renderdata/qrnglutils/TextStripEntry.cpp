@@ -8,13 +8,10 @@ namespace qrnglutils {
 
 namespace {
 
-// The box around a text line, in em from its baseline, and the room inside a frame.
-// The box is centred on the anchor's height.
-const float kBelow = 0.3f;
-const float kAbove = 0.95f;
-const float kHalfHeight = (kAbove + kBelow) / 2.0f;
-const float kBaseline = kBelow - kHalfHeight;
-const float kPadding = 0.3f;
+// The box around a text line is centred on the anchor's height.
+const float kHalfHeight = qrnsg::Text::BOX_HALF_HEIGHT;
+const float kBaseline = qrnsg::Text::BOX_BELOW - kHalfHeight;
+const float kPadding = qrnsg::Text::FRAME_PADDING;
 
 std::vector<std::wstring> compartments(const std::wstring& text, bool framed) {
     std::vector<std::wstring> parts;

@@ -27,13 +27,20 @@ struct Text {
     // label).
     bool framed = false;
 
+    // The box of a line as it is drawn, in em: from below the baseline to above it, centred
+    // on the anchor's height; and the room a frame leaves each side of a compartment.
+    static constexpr float BOX_BELOW = 0.3f;
+    static constexpr float BOX_ABOVE = 0.95f;
+    static constexpr float BOX_HALF_HEIGHT = (BOX_ABOVE + BOX_BELOW) / 2.0f;
+    static constexpr float FRAME_PADDING = 0.3f;
+
     // An estimate of the drawn width before any font is at hand (about half an em a character,
     // a frame's padding), for layouts and view fits.
     float estimatedWidth() const {
         const auto compartments =
             framed ? std::count(text.begin(), text.end(), L'|') + 1 : std::ptrdiff_t(0);
-        return height *
-               (0.55f * static_cast<float>(text.size()) + 0.6f * static_cast<float>(compartments));
+        return height * (0.55f * static_cast<float>(text.size()) +
+                         2.0f * FRAME_PADDING * static_cast<float>(compartments));
     }
     // The frame of the text lying in its plane: x along its baseline, y up, z its normal, all
     // unit and square (up is made square to the baseline; a direction alone gets an up).
@@ -57,7 +64,7 @@ struct Text {
         frame(x, y, z);
         const qrnmath::Vec3 middle = position + x * middleFromAnchor();
         const qrnmath::Vec3 half = x * (estimatedWidth() / 2.0f);
-        const qrnmath::Vec3 halfUp = y * (0.65f * height);
+        const qrnmath::Vec3 halfUp = y * (BOX_HALF_HEIGHT * height);
         BBox b;
         for (float s : {-1.0f, 1.0f})
             for (float t : {-1.0f, 1.0f})
