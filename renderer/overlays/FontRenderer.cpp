@@ -1,13 +1,10 @@
 #include "qrngl/overlays/FontRenderer.h"
 
-#include "qrngl/Font.h"
 #include "qrngl/GL.h"
 #include "qrngl/resources/StringTable.h"
 #include "qrnmath/MatrixUtils.h"
 #include "qrnsgutils/ResourceLoader.h"
 #include "qrnsgutils/StringUtils.h"
-
-#include <algorithm>
 
 namespace qrngl {
 
@@ -37,27 +34,15 @@ void FontRenderer::compileList(const qrnsg::Text3D& text, float scale) {
     const qrnmath::Mat4 inverse = qrnmath::MatrixUtils::inverse(matrix, 0.001f);
     m_listBase = glGenLists(LISTS);
 
-    std::vector<wchar_t> beyond;
-    for (const wchar_t c : text.text)
-        if (static_cast<unsigned long>(c) >= OUTLINES &&
-            std::find(beyond.begin(), beyond.end(), c) == beyond.end())
-            beyond.push_back(c);
-    buildOutlines(beyond);
+    buildOutlines();
 
     // Code 0 never occurs in a text: its list becomes the text's.
     glNewList(m_listBase, GL_COMPILE);
     glTranslatef(anchor[0], anchor[1], anchor[2]);
     glScalef(scale, scale, scale);
     glMultMatrixf(inverse.data());
-    if (m_beyond.empty()) {
-        glListBase(m_listBase);
-        glCallLists(static_cast<GLsizei>(narrow.size()), GL_UNSIGNED_BYTE, narrow.data());
-    } else {
-        Font::callLists(m_listBase, text.text, [this](wchar_t c) {
-            const auto at = std::find(m_beyond.begin(), m_beyond.end(), c);
-            return m_beyondBase + static_cast<unsigned int>(at - m_beyond.begin());
-        });
-    }
+    glListBase(m_listBase);
+    glCallLists(static_cast<GLsizei>(narrow.size()), GL_UNSIGNED_BYTE, narrow.data());
     glMultMatrixf(matrix.data());
     glEndList();
 }

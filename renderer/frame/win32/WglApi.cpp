@@ -72,7 +72,6 @@ WglApi WglApi::system() {
     api.selectObject = &SelectObject;
     api.deleteObject = &DeleteObject;
     api.createFontIndirectW = &CreateFontIndirectW;
-    api.getGlyphIndicesW = &GetGlyphIndicesW;
     api.getTextFaceW = &GetTextFaceW;
     api.createContext = &wglCreateContext;
     api.deleteContext = &wglDeleteContext;

@@ -35,7 +35,6 @@ struct QRNGL_EXPORT WglApi {
     BOOL(WINAPI* deleteObject)(HGDIOBJ object);
     // GDI fonts, for the glyph lists of the texts
     HFONT(WINAPI* createFontIndirectW)(const LOGFONTW* font);
-    DWORD(WINAPI* getGlyphIndicesW)(HDC dc, LPCWSTR text, int count, LPWORD indices, DWORD flags);
     int(WINAPI* getTextFaceW)(HDC dc, int count, LPWSTR name);
     // WGL
     HGLRC(WINAPI* createContext)(HDC dc);

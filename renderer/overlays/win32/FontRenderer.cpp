@@ -2,17 +2,9 @@
 
 #include "qrngl/overlays/FontRenderer.h"
 
-#include <vector>
-
 namespace qrngl {
 
 namespace {
-
-bool hasGlyph(const WglApi& api, HDC dc, wchar_t c) {
-    WORD index = 0xFFFF;
-    return api.getGlyphIndicesW(dc, &c, 1, &index, GGI_MARK_NONEXISTING_GLYPHS) == 1 &&
-           index != 0xFFFF;
-}
 
 LOGFONTW outlineFont(const std::wstring& face) {
     LOGFONTW font = {};
@@ -36,7 +28,7 @@ LOGFONTW outlineFont(const std::wstring& face) {
 
 } // namespace
 
-void FontRenderer::buildOutlines(const std::vector<wchar_t>& beyond) {
+void FontRenderer::buildOutlines() {
     const WglApi& api = WglApi::get();
     const LOGFONTW logFont = outlineFont(faceName());
     HDC dc = api.getCurrentDC();
@@ -48,33 +40,6 @@ void FontRenderer::buildOutlines(const std::vector<wchar_t>& beyond) {
     if (!made)
         api.selectObject(dc, previous);
 
-    // Characters the base's lists cannot hold, from this font or, where it has no glyph, from
-    // the face meant for them.
-    if (!beyond.empty()) {
-        m_beyond = beyond;
-        m_beyondBase = glGenLists(static_cast<GLsizei>(beyond.size()));
-        HFONT fallback = nullptr;
-        for (std::size_t i = 0; i < beyond.size(); ++i) {
-            const wchar_t c = beyond[i];
-            api.selectObject(dc, m_font);
-            if (!hasGlyph(api, dc, c)) {
-                if (!fallback) {
-                    const LOGFONTW other = outlineFont(fallbackFaceName());
-                    fallback = api.createFontIndirectW(&other);
-                }
-                api.selectObject(dc, fallback);
-            }
-            GLYPHMETRICSFLOAT glyph = {};
-            api.useFontOutlinesW(dc, static_cast<DWORD>(c), 1,
-                                 m_beyondBase + static_cast<unsigned int>(i), 0.0f, 0.001f,
-                                 WGL_FONT_LINES, &glyph);
-        }
-        // The DC as the outline call left it, so that the release below is the same.
-        api.selectObject(dc, made ? static_cast<HGDIOBJ>(m_font) : previous);
-        if (fallback)
-            api.deleteObject(fallback);
-    }
-
     // The font goes now; the renderer keeps its handle and deletes it again when destroyed.
     HGDIOBJ font = api.selectObject(dc, previous);
     api.deleteObject(font);
@@ -82,8 +47,6 @@ void FontRenderer::buildOutlines(const std::vector<wchar_t>& beyond) {
 
 FontRenderer::~FontRenderer() {
     glDeleteLists(m_listBase, LISTS);
-    if (!m_beyond.empty())
-        glDeleteLists(m_beyondBase, static_cast<GLsizei>(m_beyond.size()));
     WglApi::get().deleteObject(m_font);
 }
 

@@ -131,11 +131,6 @@ HFONT WINAPI createFontIndirectW(const LOGFONTW* font) {
     return made;
 }
 
-DWORD WINAPI getGlyphIndicesW(HDC dc, LPCWSTR text, int count, LPWORD indices, DWORD flags) {
-    note("GetGlyphIndicesW");
-    return record().next.getGlyphIndicesW(dc, text, count, indices, flags);
-}
-
 int WINAPI getTextFaceW(HDC dc, int count, LPWSTR name) {
     note("GetTextFaceW");
     return record().next.getTextFaceW(dc, count, name);
@@ -211,7 +206,6 @@ qrngl::WglApi recording() {
     api.selectObject = &selectObject;
     api.deleteObject = &deleteObject;
     api.createFontIndirectW = &createFontIndirectW;
-    api.getGlyphIndicesW = &getGlyphIndicesW;
     api.getTextFaceW = &getTextFaceW;
     api.getCurrentDC = &getCurrentDC;
     api.useFontOutlinesW = &useFontOutlinesW;
