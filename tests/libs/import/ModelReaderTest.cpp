@@ -1,207 +1,34 @@
 // Model import through Open CASCADE: models built here, written in the formats the viewer reads
 // and read back; bad input of every kind; the shared public models.
 
-// As Open CASCADE's own build, so that signals can be caught here as in the reader.
-#if !defined(_WIN32) && !defined(OCC_CONVERT_SIGNALS)
-#define OCC_CONVERT_SIGNALS
-#endif
-
-#include "qrnimport/ModelReader.h"
-#include "qrnimport/DemoAssembly.h"
-#include "qrnimport/DemoDocument.h"
-#include "qrnimport/MeshNormals.h"
-#include "qrnimport/XcafImporter.h"
-#include "qrnmath/MatrixUtils.h"
+#include "ImportTestSupport.h"
 
 #include <BRepMesh_IncrementalMesh.hxx>
-#include <BRepPrimAPI_MakeBox.hxx>
-#include <BRepPrimAPI_MakeCylinder.hxx>
 #include <BRepPrimAPI_MakeSphere.hxx>
 #include <BRepTools.hxx>
 #include <BRep_Builder.hxx>
 #include <IGESCAFControl_Writer.hxx>
 #include <Message.hxx>
 #include <Message_Messenger.hxx>
-#include <Poly_Triangulation.hxx>
-#include <Quantity_ColorRGBA.hxx>
 #include <RWGltf_CafWriter.hxx>
 #include <RWObj_CafWriter.hxx>
 #include <RWStl.hxx>
-#include <STEPCAFControl_Reader.hxx>
-#include <STEPCAFControl_Writer.hxx>
 #include <TColStd_IndexedDataMapOfStringString.hxx>
-#include <TDataStd_Name.hxx>
-#include <TDocStd_Document.hxx>
-#include <TopExp.hxx>
 #include <TopExp_Explorer.hxx>
-#include <TopTools_IndexedMapOfShape.hxx>
-#include <TopoDS.hxx>
 #include <TopoDS_Compound.hxx>
-#include <XCAFApp_Application.hxx>
-#include <XCAFDoc_ColorTool.hxx>
-#include <XCAFDoc_DocumentTool.hxx>
-#include <XCAFDoc_ShapeTool.hxx>
-#include <gp_Trsf.hxx>
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <map>
 #include <set>
 #include <sstream>
 
 namespace {
 
-namespace fs = std::filesystem;
-using qrnimport::ModelData;
-using qrnimport::ModelReader;
-using qrnmath::Vec3;
-
-const wchar_t* const GEAR_NAME = L"Zahnrad Ø12 – 歯車";
-const wchar_t* const ROW_NAME = L"Row \U0001D11E"; // beyond the BMP
-
-// A folder of its own per test, removed afterwards.
-struct TempDir {
-    fs::path path = fs::temp_directory_path() /
-                    ("qrn_import_" +
-                     std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    TempDir() { fs::create_directories(path); }
-    ~TempDir() { fs::remove_all(path); }
-    std::string file(const std::string& name) const { return (path / name).string(); }
-    std::string write(const std::string& name, const std::string& content) const {
-        std::ofstream(file(name), std::ios::binary) << content;
-        return file(name);
-    }
-};
-
-Quantity_ColorRGBA rgb(double r, double g, double b, float alpha = 1.0f) {
-    return Quantity_ColorRGBA(Quantity_Color(r, g, b, Quantity_TOC_sRGB), alpha);
-}
-
-TopLoc_Location at(double x, double y = 0.0, double z = 0.0) {
-    gp_Trsf t;
-    t.SetTranslation(gp_Vec(x, y, z));
-    return TopLoc_Location(t);
-}
-
-struct Doc {
-    Doc() {
-        XCAFApp_Application::GetApplication()->NewDocument("MDTV-XCAF", doc);
-        shapes = XCAFDoc_DocumentTool::ShapeTool(doc->Main());
-        colours = XCAFDoc_DocumentTool::ColorTool(doc->Main());
-    }
-    // A part, or an assembly where no shape is given.
-    TDF_Label add(const wchar_t* name, const TopoDS_Shape& shape = TopoDS_Shape()) {
-        TDF_Label label = shape.IsNull() ? shapes->NewShape() : shapes->AddShape(shape, false);
-        if (name)
-            TDataStd_Name::Set(label, TCollection_ExtendedString(name));
-        return label;
-    }
-    TDF_Label paint(const TDF_Label& label, const Quantity_ColorRGBA& colour) {
-        colours->SetColor(label, colour, XCAFDoc_ColorSurf);
-        return label;
-    }
-    Handle(TDocStd_Document) doc;
-    Handle(XCAFDoc_ShapeTool) shapes;
-    Handle(XCAFDoc_ColorTool) colours;
-};
-
-// Root > Row > 3 x Bolt (red cylinder), Root > gear (green box, its top face blue, a
-// non-ASCII name), Root > Glass (a transparent box).
-Handle(TDocStd_Document) makeAssembly() {
-    Doc d;
-    TDF_Label bolt = d.paint(d.add(L"Bolt", BRepPrimAPI_MakeCylinder(3, 20).Shape()), rgb(1, 0, 0));
-    BRepPrimAPI_MakeBox gearBox(gp_Pnt(0, 40, 0), 10, 10, 10);
-    TDF_Label gear = d.paint(d.add(GEAR_NAME, gearBox.Shape()), rgb(0, 1, 0));
-    d.paint(d.shapes->AddSubShape(gear, gearBox.TopFace()), rgb(0, 0, 1));
-    TDF_Label glass = d.paint(d.add(L"Glass", BRepPrimAPI_MakeBox(gp_Pnt(30, 40, 0), 5, 5, 5)),
-                              rgb(0.2, 0.4, 0.8, 0.25f));
-    TDF_Label row = d.add(ROW_NAME), root = d.add(L"Root");
-    for (int i = 0; i < 3; ++i)
-        d.shapes->AddComponent(row, bolt, at(15.0 * i));
-    d.shapes->AddComponent(root, row, at(0, 0, 5));
-    d.shapes->AddComponent(root, gear, TopLoc_Location());
-    d.shapes->AddComponent(root, glass, TopLoc_Location());
-    d.shapes->UpdateAssemblies();
-    return d.doc;
-}
-
-bool writeStep(const Handle(TDocStd_Document) & doc, const std::string& path) {
-    STEPCAFControl_Writer writer;
-    writer.SetColorMode(true);
-    writer.SetNameMode(true);
-    return writer.Transfer(doc, STEPControl_AsIs) && writer.Write(path.c_str()) == IFSelect_RetDone;
-}
-
-// Every mesh well formed: a unit normal per vertex, indices in range, parents first.
-void expectWellFormed(const ModelData& model) {
-    for (const auto& part : model.parts) {
-        ASSERT_EQ(part.meshes.size(), part.meshMaterials.size());
-        for (std::size_t m = 0; m < part.meshes.size(); ++m) {
-            const auto& mesh = part.meshes[m];
-            ASSERT_EQ(mesh.normals.size(), mesh.vertices.size());
-            ASSERT_EQ(mesh.indices.size() % 3, 0u);
-            EXPECT_GT(mesh.triangleCount(), 0u);
-            for (unsigned int i : mesh.indices)
-                ASSERT_LT(i, mesh.vertices.size());
-            for (const auto& n : mesh.normals)
-                ASSERT_NEAR(n.length(), 1.0f, 1e-3f);
-            ASSERT_GE(part.meshMaterials[m], 0);
-            ASSERT_LT(part.meshMaterials[m], static_cast<int>(model.materials.size()));
-        }
-    }
-    for (std::size_t n = 0; n < model.nodes.size(); ++n) {
-        EXPECT_LT(model.nodes[n].parent, static_cast<int>(n));
-        EXPECT_LT(model.nodes[n].part, static_cast<int>(model.parts.size()));
-    }
-}
-
-ModelData importDoc(const Handle(TDocStd_Document) & doc,
-                    const ModelReader::Options& options = ModelReader::Options()) {
-    ModelData model;
-    std::string error;
-    EXPECT_TRUE(qrnimport::XcafImporter::import(doc, options, model, error)) << error;
-    expectWellFormed(model);
-    return model;
-}
-
-ModelData readFile(const std::string& path) {
-    ModelData model;
-    std::string error;
-    EXPECT_TRUE(ModelReader::read(path, model, error)) << error;
-    expectWellFormed(model);
-    return model;
-}
+using namespace importtest;
 
 void expectIf(std::size_t want, std::size_t got) { // 0: no figure to check
     EXPECT_TRUE(want == 0 || got == want) << got << " where " << want << " was expected";
-}
-
-template <class T>
-int findNamed(const std::vector<T>& list, const std::wstring& name) {
-    for (std::size_t i = 0; i < list.size(); ++i)
-        if (list[i].name == name)
-            return static_cast<int>(i);
-    return -1;
-}
-
-const ModelData::Part& partNamed(const ModelData& model, const std::wstring& name) {
-    return model.parts.at(static_cast<std::size_t>(findNamed(model.parts, name)));
-}
-
-std::size_t partTriangles(const ModelData::Part& part) {
-    std::size_t n = 0;
-    for (const auto& m : part.meshes)
-        n += m.triangleCount();
-    return n;
-}
-
-bool near(const Vec3& a, const Vec3& b, float eps = 1e-3f) {
-    return qrnmath::nearlyEqual(a, b, eps);
 }
 
 // On a convex solid every triangle faces away from the mean of its vertices, by its winding and
@@ -293,16 +120,6 @@ void expectAssembly(const ModelData& model) {
     EXPECT_TRUE(near(model.bbox().min(), Vec3(-3.0f, -3.0f, 0.0f), 0.05f));
     EXPECT_TRUE(near(model.bbox().max(), Vec3(35.0f, 50.0f, 25.0f), 0.05f));
 }
-
-// Keeps what the importer reports.
-struct RecordingStatus : qrn::IStatusManager {
-    void setStatus(const std::wstring& text) override { messages.push_back(text); }
-    void setProgress(const std::wstring& task, int percent) override { last[task] = percent; }
-    void endProgress() override { ++ends; }
-    std::vector<std::wstring> messages;
-    std::map<std::wstring, int> last;
-    int ends = 0;
-};
 
 // --- documents in memory -----------------------------------------------------------------
 
@@ -413,21 +230,6 @@ TEST(ModelReaderTest, StepRoundTrip) {
                 EXPECT_EQ(again.parts[p].meshes.at(m).indices, model.parts[p].meshes[m].indices)
                     << threads << " threads, part " << p;
     }
-}
-
-// A unit cube as a bare triangulation: 8 nodes, 12 triangles.
-Handle(Poly_Triangulation) cubeMesh() {
-    Handle(Poly_Triangulation) tri = new Poly_Triangulation(8, 12, false);
-    for (int i = 0; i < 8; ++i)
-        tri->SetNode(i + 1, gp_Pnt(i & 1, (i >> 1) & 1, (i >> 2) & 1));
-    const int faces[6][4] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4},
-                             {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}};
-    int t = 1;
-    for (const auto& f : faces) {
-        tri->SetTriangle(t++, Poly_Triangle(f[0] + 1, f[1] + 1, f[2] + 1));
-        tri->SetTriangle(t++, Poly_Triangle(f[0] + 1, f[2] + 1, f[3] + 1));
-    }
-    return tri;
 }
 
 TEST(ModelReaderTest, OtherFormatsRoundTrip) {
@@ -606,14 +408,6 @@ TEST(ModelReaderTest, BadFilesAreRefusedByName) {
 
 // --- the shared public models ------------------------------------------------------------
 
-#ifndef QRN_SHARED_MODELS
-#error "QRN_SHARED_MODELS must name the shared models folder"
-#endif
-
-std::string sharedModel(const std::string& name) {
-    return (fs::path(QRN_SHARED_MODELS) / name).string();
-}
-
 int depthOf(const ModelData& model) {
     int deepest = 0;
     for (const auto& node : model.nodes) {
@@ -626,8 +420,7 @@ int depthOf(const ModelData& model) {
 }
 
 TEST(ImportSharedModelsTest, LoadWithTheirFigures) {
-    if (!fs::is_directory(QRN_SHARED_MODELS))
-        GTEST_SKIP() << "*** SHARED MODELS MISSING: " << QRN_SHARED_MODELS << " not found ***";
+    SKIP_WITHOUT_SHARED_MODELS();
     // The README's figures; 0 where it gives none.
     const struct {
         const char* file;
@@ -646,9 +439,6 @@ TEST(ImportSharedModelsTest, LoadWithTheirFigures) {
         std::string error;
         ASSERT_TRUE(ModelReader::read(sharedModel(s.file), model, error)) << error;
         expectWellFormed(model);
-        const auto expectIf = [](std::size_t want, std::size_t got) {
-            EXPECT_TRUE(want == 0 || got == want) << got << " where the README says " << want;
-        };
         expectIf(s.nodes, model.nodes.size());
         expectIf(s.instances, model.instanceCount());
         expectIf(s.materials, model.materials.size());
@@ -699,231 +489,6 @@ TEST(ImportSharedModelsTest, LoadWithTheirFigures) {
 
     expectRefused(sharedModel("nist_ftc_08_asme1_ap242-2.stp"),
                   "contains no geometry the viewer can show");
-}
-
-// --- faces, edges and vertices to point at -----------------------------------------------
-
-using Surface = qrnsg::PartEntities::Surface;
-using Curve = qrnsg::PartEntities::Curve;
-
-// How far a point is along an axis, and from it.
-std::pair<float, float> alongAndAcross(const Vec3& p, const Vec3& origin, const Vec3& axis) {
-    const float along = (p - origin).dot(axis);
-    return {along, (p - origin - axis * along).length()};
-}
-
-// Face ranges tile each mesh and each strip is one edge; every entity lies where its geometry
-// is drawn: plane and cylinder faces' triangles on them, circles through their strips, end
-// vertices at strip ends.
-void expectEntitiesFit(const ModelData::Part& part) {
-    const auto& e = part.entities;
-    const float tol = 1e-5f * (part.bbox().max() - part.bbox().min()).length() + 1e-3f;
-    std::vector<std::map<unsigned int, unsigned int>> ranges(part.meshes.size());
-    for (const auto& f : e.faces) {
-        const auto& mesh = part.meshes.at(static_cast<std::size_t>(f.mesh));
-        ASSERT_LE(f.firstTriangle + f.triangleCount, mesh.triangleCount());
-        ranges[static_cast<std::size_t>(f.mesh)][f.firstTriangle] = f.triangleCount;
-        const Surface& s = f.surface;
-        for (unsigned int i = f.firstTriangle * 3; i < (f.firstTriangle + f.triangleCount) * 3;
-             ++i) {
-            const auto [along, across] =
-                alongAndAcross(mesh.vertices[mesh.indices[i]], s.origin, s.axis);
-            const bool plane = s.type == Surface::PLANE, cylinder = s.type == Surface::CYLINDER;
-            ASSERT_TRUE(!plane || (std::abs(along) < tol &&
-                                   mesh.normals[mesh.indices[i]].dot(s.axis) > 0.99f));
-            ASSERT_TRUE(!cylinder || std::abs(across - s.radius) < tol);
-        }
-    }
-    for (std::size_t m = 0; m < ranges.size(); ++m) {
-        unsigned int next = 0;
-        for (const auto& [first, count] : ranges[m])
-            EXPECT_EQ(first, std::exchange(next, first + count)) << "gap or overlap";
-        EXPECT_EQ(next, part.meshes[m].triangleCount()) << "triangles of no face";
-    }
-    const auto& pl = part.edges;
-    ASSERT_EQ(e.edges.size(), pl.stripCount());
-    std::set<unsigned int> strips;
-    for (const auto& edge : e.edges) {
-        ASSERT_TRUE(strips.insert(edge.strip).second && edge.strip < pl.stripCount());
-        const auto first = pl.points.begin() + pl.strips[edge.strip];
-        const auto end = edge.strip + 1 < pl.strips.size()
-                             ? pl.points.begin() + pl.strips[edge.strip + 1]
-                             : pl.points.end();
-        for (int k = 0; k < 2; ++k) // the first vertex at the strip's start, the last at its end
-            EXPECT_TRUE(edge.vertices[k] < 0 ||
-                        near(e.vertices.at(static_cast<std::size_t>(edge.vertices[k])),
-                             k ? *(end - 1) : *first, tol));
-        EXPECT_TRUE(edge.faces[1] < 0 || edge.faces[0] != edge.faces[1]);
-        const Curve& c = edge.curve;
-        for (auto p = first; p != end && (c.type == Curve::CIRCLE || c.type == Curve::ARC); ++p) {
-            const auto [along, across] = alongAndAcross(*p, c.origin, c.axis);
-            ASSERT_TRUE(std::abs(across - c.radius) < tol && std::abs(along) < tol);
-        }
-    }
-}
-
-// Imports the document; each part has as many faces, edges (less degenerated ones) and
-// vertices as Open CASCADE finds in the shape of its name.
-ModelData expectPartsMatchTheirShapes(const Handle(TDocStd_Document) & doc) {
-    const ModelData model = importDoc(doc);
-    TDF_LabelSequence labels;
-    XCAFDoc_DocumentTool::ShapeTool(doc->Main())->GetShapes(labels);
-    std::set<int> checked;
-    for (const TDF_Label& label : labels) {
-        Handle(TDataStd_Name) name;
-        std::wstring wide;
-        if (label.FindAttribute(TDataStd_Name::GetID(), name))
-            for (int i = 1; i <= name->Get().Length(); ++i)
-                wide.push_back(static_cast<wchar_t>(name->Get().Value(i)));
-        const int part = findNamed(model.parts, wide);
-        if (!XCAFDoc_ShapeTool::IsSimpleShape(label) || part < 0 || !checked.insert(part).second)
-            continue;
-        SCOPED_TRACE(part);
-        TopTools_IndexedMapOfShape faces, edges, vertices;
-        TopExp::MapShapes(XCAFDoc_ShapeTool::GetShape(label), TopAbs_FACE, faces);
-        TopExp::MapShapes(XCAFDoc_ShapeTool::GetShape(label), TopAbs_EDGE, edges);
-        TopExp::MapShapes(XCAFDoc_ShapeTool::GetShape(label), TopAbs_VERTEX, vertices);
-        int drawn = 0;
-        for (int i = 1; i <= edges.Extent(); ++i)
-            drawn += BRep_Tool::Degenerated(TopoDS::Edge(edges(i))) ? 0 : 1;
-        const auto& e = model.parts[static_cast<std::size_t>(part)].entities;
-        EXPECT_EQ(e.faces.size(), static_cast<std::size_t>(faces.Extent()));
-        EXPECT_EQ(e.edges.size(), static_cast<std::size_t>(drawn));
-        EXPECT_EQ(e.vertices.size(), static_cast<std::size_t>(vertices.Extent()));
-        expectEntitiesFit(model.parts[static_cast<std::size_t>(part)]);
-    }
-    EXPECT_EQ(checked.size(), model.parts.size());
-    return model;
-}
-
-TEST(PartEntitiesTest, DemoPartsKeepTheirTopologyAndGeometry) {
-    const ModelData model = expectPartsMatchTheirShapes(qrnimport::DemoDocument::make());
-    ASSERT_EQ(model.parts.size(), 7u);
-    // Solids, each face meshed with corners of its own: closed once the corners are joined.
-    for (std::size_t p = 0; p < model.parts.size(); ++p)
-        for (const auto& mesh : model.parts[p].meshes)
-            EXPECT_TRUE(mesh.closed) << "part " << p;
-    const wchar_t *const shaft = L"Shaft \u00D820", *const plate = L"Base Plate",
-                         *const bolt = L"Bolt M8x16";
-    // Faces (true) or edges of a kind and radius: the shaft's cylinder and ends; the plate's
-    // sides, holes and rounded corners; the bolt's hexagon head and shank.
-    const struct {
-        const wchar_t* part;
-        bool face;
-        int type;
-        float radius;
-        std::size_t count;
-    } figures[] = {
-        // clang-format off
-        {shaft, true, Surface::CYLINDER, 10, 1},   {shaft, true, Surface::PLANE, 0, 2},
-        {shaft, false, Curve::CIRCLE, 10, 2},      {plate, true, Surface::PLANE, 0, 6},
-        {plate, true, Surface::CYLINDER, 5.5f, 4}, {plate, true, Surface::CYLINDER, 12, 4},
-        {plate, false, Curve::CIRCLE, 5.5f, 8},    {plate, false, Curve::ARC, 12, 8},
-        {bolt, true, Surface::PLANE, 0, 9},        {bolt, true, Surface::CYLINDER, 4, 1},
-        {bolt, false, Curve::CIRCLE, 4, 2},
-        // clang-format on
-    };
-    for (const auto& f : figures) {
-        const auto& e = partNamed(model, f.part).entities;
-        std::size_t n = 0;
-        for (const auto& face : e.faces)
-            n += f.face && face.surface.type == f.type &&
-                 std::abs(face.surface.radius - f.radius) < 1e-3f;
-        for (const auto& edge : e.edges)
-            n += !f.face && edge.curve.type == f.type &&
-                 std::abs(edge.curve.radius - f.radius) < 1e-3f;
-        EXPECT_EQ(n, f.count) << "row " << &f - figures;
-    }
-    // Seams (the shaft's 170 long) on one curved face; every other edge between two faces.
-    for (const auto& part : model.parts)
-        for (const auto& edge : part.entities.edges) {
-            const auto& face = part.entities.faces.at(static_cast<std::size_t>(edge.faces[0]));
-            EXPECT_TRUE(edge.faces[1] >= 0 ||
-                        (face.surface.type == Surface::CYLINDER &&
-                         (part.name != shaft || std::abs(edge.curve.length - 170) < 1e-3f)));
-        }
-}
-
-TEST(PartEntitiesTest, SharedStepModelsKeepTheirTopology) {
-    if (!fs::is_directory(QRN_SHARED_MODELS))
-        GTEST_SKIP() << "*** SHARED MODELS MISSING: " << QRN_SHARED_MODELS << " not found ***";
-    // AS1's round faces are B-splines.
-    const std::pair<const char*, std::set<int>> models[] = {
-        {"as1-oc-214-mat.stp", {Surface::PLANE, Surface::OTHER}},
-        {"nist_ctc_01_asme1_ap242-e1.stp", {Surface::PLANE, Surface::CYLINDER, Surface::CONE}}};
-    for (const auto& [file, surfaces] : models) {
-        SCOPED_TRACE(file);
-        Doc d;
-        STEPCAFControl_Reader reader;
-        reader.SetNameMode(true);
-        ASSERT_EQ(reader.ReadFile(sharedModel(file).c_str()), IFSelect_RetDone);
-        ASSERT_TRUE(reader.Transfer(d.doc));
-        std::set<int> kinds;
-        for (const auto& part : expectPartsMatchTheirShapes(d.doc).parts)
-            for (const auto& f : part.entities.faces)
-                kinds.insert(f.surface.type);
-        EXPECT_EQ(kinds, surfaces);
-    }
-}
-
-TEST(PartEntitiesTest, BareTrianglesSplitAtCreases) {
-    // An STL cube, its sides' triangles apart: a face per side, two triangles of one normal.
-    const Handle(Poly_Triangulation) cube = cubeMesh(), shuffled = cubeMesh();
-    for (int t = 1; t <= 12; ++t)
-        shuffled->SetTriangle(t, cube->Triangle(t <= 6 ? 2 * t - 1 : 2 * t - 12));
-    TempDir dir;
-    ASSERT_TRUE(RWStl::WriteBinary(shuffled, OSD_Path(dir.file("cube.stl").c_str())));
-    const ModelData model = readFile(dir.file("cube.stl"));
-    const auto& part = model.parts.at(0);
-    expectEntitiesFit(part);
-    EXPECT_TRUE(part.meshes.at(0).closed) << "the whole cube bounds a solid";
-    // Without a triangle, or turned inside out, it bounds none.
-    Handle(Poly_Triangulation) open = new Poly_Triangulation(8, 11, false), inside = cubeMesh();
-    for (int t = 1; t <= 12; ++t) {
-        int a = 0, b = 0, c = 0;
-        cube->Triangle(t).Get(a, b, c);
-        inside->SetTriangle(t, Poly_Triangle(a, c, b));
-        if (t <= 11)
-            open->SetTriangle(t, cube->Triangle(t));
-    }
-    for (int i = 1; i <= 8; ++i)
-        open->SetNode(i, cube->Node(i));
-    for (const auto& [name, mesh] :
-         {std::make_pair("open.stl", open), std::make_pair("inside.stl", inside)}) {
-        ASSERT_TRUE(RWStl::WriteBinary(mesh, OSD_Path(dir.file(name).c_str())));
-        EXPECT_FALSE(readFile(dir.file(name)).parts.at(0).meshes.at(0).closed) << name;
-    }
-    ASSERT_EQ(part.entities.faces.size(), 6u);
-    for (const auto& f : part.entities.faces) {
-        EXPECT_TRUE(f.surface.type == Surface::NONE && f.triangleCount == 2u);
-        const auto& mesh = part.meshes[static_cast<std::size_t>(f.mesh)];
-        for (unsigned int i = f.firstTriangle * 3; i < f.firstTriangle * 3 + 6; ++i)
-            EXPECT_TRUE(near(mesh.normals[mesh.indices[i]],
-                             mesh.normals[mesh.indices[f.firstTriangle * 3]]));
-    }
-
-    // Corners repeated per triangle, as glTF writes them: a sliver without area, then a finely
-    // cut cylinder's side it lies on, one region; a triangle of its top, another.
-    std::vector<Vec3> points;
-    std::vector<unsigned int> indices;
-    const auto add = [&](const Vec3& a, const Vec3& b, const Vec3& c) {
-        for (const Vec3& p : {a, b, c}) {
-            indices.push_back(static_cast<unsigned int>(points.size()));
-            points.push_back(p);
-        }
-    };
-    const auto round = [](int k, float z) {
-        return Vec3(std::cos(k * 0.2618f), std::sin(k * 0.2618f), z);
-    };
-    add(round(0, 0), round(0, 1), round(0, 0.5f));
-    for (int k = 0; k < 24; ++k) {
-        add(round(k, 0), round(k + 1, 0), round(k + 1, 1));
-        add(round(k, 0), round(k + 1, 1), round(k, 1));
-    }
-    add(round(0, 1), round(1, 1), Vec3(0, 0, 1));
-    const auto regions = qrnimport::MeshNormals::regions(points, indices);
-    EXPECT_EQ(regions.sizes, (std::vector<unsigned int>{49, 1}));
-    EXPECT_EQ(regions.indices.size(), indices.size());
 }
 
 } // namespace

@@ -1,11 +1,11 @@
 // PMI and saved views: from XCAF documents (the shared AP242 files, files written here, and
 // documents made in memory) into model data, and from model data into a viewer document.
-#include "qrnimport/PmiImporter.h"
+#include "ImportTestSupport.h"
+
 #include "qrnimport/DemoAssembly.h"
 #include "qrnimport/DemoDocument.h"
 #include "qrnimport/DocumentBuilder.h"
-#include "qrnimport/ModelReader.h"
-#include "qrnmath/MatrixUtils.h"
+#include "qrnimport/PmiImporter.h"
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
@@ -16,10 +16,7 @@
 #include <BRepBuilderAPI_MakePolygon.hxx>
 #include <BRepPrimAPI_MakeBox.hxx>
 #include <Interface_Static.hxx>
-#include <STEPCAFControl_Reader.hxx>
-#include <STEPCAFControl_Writer.hxx>
 #include <Standard_ProgramError.hxx>
-#include <XCAFApp_Application.hxx>
 #include <XCAFDimTolObjects_DatumObject.hxx>
 #include <XCAFDimTolObjects_DimensionObject.hxx>
 #include <XCAFDoc_Datum.hxx>
@@ -27,7 +24,6 @@
 #include <XCAFDoc_Dimension.hxx>
 #include <XCAFDoc_DocumentTool.hxx>
 #include <XCAFDoc_GeomTolerance.hxx>
-#include <XCAFDoc_ShapeTool.hxx>
 #include <XCAFDoc_View.hxx>
 #include <XCAFDoc_ViewTool.hxx>
 #include <XCAFView_Object.hxx>
@@ -37,41 +33,23 @@
 
 #include <algorithm>
 #include <csignal>
-#include <filesystem>
 #include <functional>
 #include <numeric>
 #include <set>
 
 namespace {
 
-namespace fs = std::filesystem;
-using qrnimport::ModelData;
+using namespace importtest;
 using qrnimport::PmiImporter;
-using qrnmath::Vec3;
 using Item = ModelData::PmiItem;
 using Texts = std::vector<std::wstring>;
 
 const std::wstring kDia = L"\u2300", kPm = L" \u00B1";
 
-Handle(TDocStd_Document) newDocument() {
-    Handle(TDocStd_Document) doc;
-    XCAFApp_Application::GetApplication()->NewDocument("MDTV-XCAF", doc);
-    return doc;
-}
-
-Handle(TDocStd_Document) readStep(const std::string& path) {
-    Handle(TDocStd_Document) doc = newDocument();
-    STEPCAFControl_Reader reader;
-    // Not on by default in a fresh process: each test may run in its own.
-    reader.SetGDTMode(true);
-    reader.SetViewMode(true);
-    const bool ok = reader.ReadFile(path.c_str()) == IFSelect_RetDone && reader.Transfer(doc);
-    return ok ? doc : Handle(TDocStd_Document)();
-}
-
-bool writeStep(const Handle(TDocStd_Document) & doc, const std::string& path) {
+// Written as AP242, the schema with semantic PMI.
+bool writeAp242(const Handle(TDocStd_Document) & doc, const std::string& path) {
     STEPCAFControl_Writer writer; // defines the schema setting in a fresh process
-    Interface_Static::SetIVal("write.step.schema", 5); // AP242: the one with semantic PMI
+    Interface_Static::SetIVal("write.step.schema", 5);
     writer.SetDimTolMode(true);
     return writer.Transfer(doc, STEPControl_AsIs) && writer.Write(path.c_str()) == IFSelect_RetDone;
 }
@@ -107,7 +85,7 @@ Texts textsOf(const ModelData& model) {
 
 // A document made in memory: a 100 x 50 x 20 box part.
 struct MemoryDocument {
-    Handle(TDocStd_Document) doc = newDocument();
+    Handle(TDocStd_Document) doc = Doc().doc;
     Handle(XCAFDoc_ShapeTool) shapes = XCAFDoc_DocumentTool::ShapeTool(doc->Main());
     Handle(XCAFDoc_DimTolTool) tool = XCAFDoc_DocumentTool::DimTolTool(doc->Main());
     BRepPrimAPI_MakeBox box{100.0, 50.0, 20.0};
@@ -141,9 +119,7 @@ Handle(TColStd_HArray1OfReal) values(std::initializer_list<double> list) {
 // --- The shared AP242 files -------------------------------------------------------------------
 
 TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
-    const std::string models = QRN_SHARED_MODELS;
-    if (!fs::is_directory(models))
-        GTEST_SKIP() << "*** SHARED MODELS MISSING: " << models << " not found ***";
+    SKIP_WITHOUT_SHARED_MODELS();
     const struct {
         const char* file;
         std::size_t dimensions, tolerances, datums;
@@ -171,7 +147,7 @@ TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
     };
     for (const auto& f : files) {
         SCOPED_TRACE(f.file);
-        auto doc = readStep(models + "/" + f.file);
+        auto doc = readStepDocument(sharedModel(f.file));
         ASSERT_FALSE(doc.IsNull());
         ModelData model;
         EXPECT_EQ(PmiImporter::import(doc, model), int(f.dimensions + f.tolerances + f.datums));
@@ -235,18 +211,8 @@ TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
 
 // --- Files written here -----------------------------------------------------------------------
 
-class PmiImporterWritten : public ::testing::Test {
-protected:
-    void SetUp() override { fs::create_directories(dir); }
-    void TearDown() override { fs::remove_all(dir); }
-    std::string path(const char* name) const { return (dir / name).string(); }
-    const fs::path dir =
-        fs::temp_directory_path() /
-        ("qrn-pmi-test-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) + "-" +
-         ::testing::UnitTest::GetInstance()->current_test_info()->name());
-};
-
-TEST_F(PmiImporterWritten, GraphicalPresentationComesBackAsPolylinesOnThePart) {
+TEST(PmiImporterWritten, GraphicalPresentationComesBackAsPolylinesOnThePart) {
+    TempDir dir;
     MemoryDocument m;
     auto d = m.addDimension(m.topFace());
     d->SetType(XCAFDimTolObjects_DimensionType_Size_Diameter);
@@ -258,9 +224,9 @@ TEST_F(PmiImporterWritten, GraphicalPresentationComesBackAsPolylinesOnThePart) {
         new TCollection_HAsciiString("Linear Size.7"));
     d->SetPointTextAttach(gp_Pnt(50, 12, 20));
     m.commit();
-    ASSERT_TRUE(writeStep(m.doc, path("pmi.stp")));
+    ASSERT_TRUE(writeAp242(m.doc, dir.file("pmi.stp")));
 
-    auto doc = readStep(path("pmi.stp"));
+    auto doc = readStepDocument(dir.file("pmi.stp"));
     ASSERT_FALSE(doc.IsNull());
     ModelData model;
     ASSERT_EQ(PmiImporter::import(doc, model), 1);
@@ -275,11 +241,12 @@ TEST_F(PmiImporterWritten, GraphicalPresentationComesBackAsPolylinesOnThePart) {
     EXPECT_LT(item.texts[0].position.distance(Vec3(50, 12, 20)), 1e-3f);
 }
 
-TEST_F(PmiImporterWritten, PmiFreeModelsYieldNoItems) {
+TEST(PmiImporterWritten, PmiFreeModelsYieldNoItems) {
+    TempDir dir;
     // The demo assembly, and the same written and read back: geometry there, PMI absent.
     Handle(TDocStd_Document) demo = qrnimport::DemoDocument::make();
-    ASSERT_TRUE(writeStep(demo, path("plain.stp")));
-    for (const auto& doc : {demo, readStep(path("plain.stp"))}) {
+    ASSERT_TRUE(writeAp242(demo, dir.file("plain.stp")));
+    for (const auto& doc : {demo, readStepDocument(dir.file("plain.stp"))}) {
         ASSERT_FALSE(doc.IsNull());
         ASSERT_FALSE(shapeBox(doc).IsVoid());
         ModelData model;
@@ -288,21 +255,16 @@ TEST_F(PmiImporterWritten, PmiFreeModelsYieldNoItems) {
     }
 }
 
-TEST_F(PmiImporterWritten, PmiTheReaderFailsOnCostsThePmiNotTheModel) {
+TEST(PmiImporterWritten, PmiTheReaderFailsOnCostsThePmiNotTheModel) {
+    TempDir dir;
     MemoryDocument m;
     auto d = m.addDimension(m.topFace());
     d->SetType(XCAFDimTolObjects_DimensionType_Size_Diameter);
     d->SetValue(35.0);
     m.commit();
-    const std::string file = path("pmi.stp");
-    ASSERT_TRUE(writeStep(m.doc, file));
+    const std::string file = dir.file("pmi.stp");
+    ASSERT_TRUE(writeAp242(m.doc, file));
 
-    struct Status : qrn::IStatusManager {
-        void setStatus(const std::wstring& text) override { said.push_back(text); }
-        void setProgress(const std::wstring&, int) override {}
-        void endProgress() override {}
-        Texts said;
-    };
     // A failure in the transfer that reads PMI, as an exception and as a crash.
     const struct {
         const char* name;
@@ -323,13 +285,13 @@ TEST_F(PmiImporterWritten, PmiTheReaderFailsOnCostsThePmiNotTheModel) {
         options.pmiTransferHook = [&] { ++calls, c.fail(); };
         ModelData model;
         std::string error;
-        Status status;
+        RecordingStatus status;
         ASSERT_TRUE(qrnimport::ModelReader::read(file, options, model, error, &status)) << error;
         EXPECT_EQ(calls, 1) << "read again without PMI";
         EXPECT_TRUE(qrnmath::nearlyEqual(model.bbox().max(), Vec3(100, 50, 20), 1e-3f));
         EXPECT_EQ(model.pmi.size(), c.said ? 0u : 1u);
         Texts warnings;
-        for (const auto& text : status.said)
+        for (const auto& text : status.messages)
             if (text.find(L"PMI") != std::wstring::npos)
                 warnings.push_back(text);
         ASSERT_EQ(warnings.size(), c.said ? 1u : 0u);
