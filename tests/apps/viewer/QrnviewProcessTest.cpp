@@ -11,6 +11,7 @@
 #include <functional>
 #include <regex>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -77,17 +78,12 @@ TEST_F(QrnviewProcessTest, DrawsTheDemoAssemblyIntoAPng) {
             << stage << " in\n"
             << run.output;
     qrnimage::Image image;
-    std::string error;
-    ASSERT_TRUE(qrnimage::Image::loadPng(path("demo.png"), image, &error)) << error;
-    EXPECT_EQ(image.width(), 200u);
-    EXPECT_EQ(image.height(), 150u);
+    ASSERT_TRUE(qrnimage::Image::loadPng(path("demo.png"), image, nullptr));
+    EXPECT_TRUE(image.width() == 200u && image.height() == 150u);
     // Not an empty picture: a good share of it differs from the background.
-    std::size_t model = 0;
-    for (unsigned y = 0; y < image.height(); ++y)
-        for (unsigned x = 0; x < image.width(); ++x)
-            if (image.pixel(x, y)[0] != 230 || image.pixel(x, y)[1] != 230)
-                ++model;
-    EXPECT_GT(model, image.width() * image.height() / 10);
+    EXPECT_GT(countPixels(path("demo.png"),
+                          [](const std::uint8_t* p) { return p[0] != 230 || p[1] != 230; }),
+              200u * 150u / 10);
 }
 
 TEST_F(QrnviewProcessTest, PrintsPicturesLargerThanTheScreenSmoothAndTransparent) {
@@ -182,13 +178,18 @@ TEST_F(QrnviewProcessTest, RefusesBadInputWithAMessage) {
         std::string file;
         const char* what;
     };
-    for (const Case& c :
-         {Case{path("missing.step"), "a missing file"}, Case{path("notes.step"), "a text file"},
-          Case{path("truncated.stp"), "a truncated STEP file"},
-          Case{(dir / "folder.step").string(), "a folder"},
-          Case{path("notes.xyz"), "an unknown kind"}}) {
-        if (c.file == path("notes.xyz"))
-            std::ofstream(c.file) << "1 2 3\n";
+    std::ofstream(path("notes.xyz")) << "1 2 3\n";
+    std::vector<Case> cases = {{path("missing.step"), "a missing file"},
+                               {path("notes.step"), "a text file"},
+                               {path("truncated.stp"), "a truncated STEP file"},
+                               {(dir / "folder.step").string(), "a folder"},
+                               {path("notes.xyz"), "an unknown kind"}};
+    const fs::path empty = fs::path(QRN_SHARED_MODELS) / "nist_ftc_08_asme1_ap242-2.stp";
+    if (fs::exists(empty))
+        cases.push_back({empty.string(), "a file with no geometry the viewer reads"});
+    else
+        std::printf("*** shared models folder missing: %s ***\n", QRN_SHARED_MODELS);
+    for (const Case& c : cases) {
         ProcessResult run = qrnview("'" + c.file + "' --snapshot '" + path("out.png") + "'");
         EXPECT_EQ(run.exitCode, 1) << c.what << "\n" << run.output;
         EXPECT_NE(run.output.find(c.file), std::string::npos)
@@ -196,16 +197,6 @@ TEST_F(QrnviewProcessTest, RefusesBadInputWithAMessage) {
             << run.output;
         EXPECT_FALSE(fs::exists(path("out.png"))) << c.what << ": wrote a picture anyway";
     }
-}
-
-TEST_F(QrnviewProcessTest, RefusesAFileWithNoReadableGeometry) {
-    const fs::path file = fs::path(QRN_SHARED_MODELS) / "nist_ftc_08_asme1_ap242-2.stp";
-    if (!fs::exists(file))
-        GTEST_SKIP() << "*** shared models folder missing: " << QRN_SHARED_MODELS << " ***";
-    ProcessResult run = qrnview("'" + file.string() + "' --snapshot '" + path("out.png") + "'");
-    EXPECT_EQ(run.exitCode, 1) << run.output;
-    EXPECT_NE(run.output.find("geometry"), std::string::npos) << run.output;
-    EXPECT_FALSE(fs::exists(path("out.png")));
 }
 
 TEST_F(QrnviewProcessTest, PicksNameWhatLiesAtAPixelAndShowItHighlighted) {
