@@ -22,14 +22,6 @@ namespace qrnimport {
 using qrnmath::Vec3;
 using qrnsg::PartEntities;
 
-namespace {
-
-Vec3 toVec3(const gp_XYZ& p) {
-    return OcctUtils::toVec3(p);
-}
-
-} // namespace
-
 PartEntities::Surface BRepEntities::surface(const TopoDS_Face& face) {
     PartEntities::Surface out;
     TopLoc_Location loc;
@@ -38,8 +30,8 @@ PartEntities::Surface BRepEntities::surface(const TopoDS_Face& face) {
     out.type = PartEntities::Surface::OTHER;
     const BRepAdaptor_Surface s(face, Standard_False);
     const auto axis = [&out](const gp_Ax1& a) {
-        out.origin = toVec3(a.Location().XYZ());
-        out.axis = toVec3(a.Direction().XYZ());
+        out.origin = OcctUtils::toVec3(a.Location().XYZ());
+        out.axis = OcctUtils::toVec3(a.Direction().XYZ());
     };
     switch (s.GetType()) {
     case GeomAbs_Plane: {
@@ -50,8 +42,8 @@ PartEntities::Surface BRepEntities::surface(const TopoDS_Face& face) {
             (loc.Transformation().VectorialPart().Determinant() < 0.0))
             n.Reverse();
         out.type = PartEntities::Surface::PLANE;
-        out.origin = toVec3(p.Location().XYZ());
-        out.axis = toVec3(n.XYZ());
+        out.origin = OcctUtils::toVec3(p.Location().XYZ());
+        out.axis = OcctUtils::toVec3(n.XYZ());
         break;
     }
     case GeomAbs_Cylinder:
@@ -93,14 +85,14 @@ PartEntities::Curve BRepEntities::curve(const TopoDS_Edge& edge, const std::vect
     out.length = static_cast<float>(GCPnts_AbscissaPoint::Length(c));
     if (c.GetType() == GeomAbs_Line) {
         out.type = PartEntities::Curve::LINE;
-        out.origin = toVec3(c.Value(c.FirstParameter()).XYZ());
-        out.axis = toVec3(c.Line().Direction().XYZ());
+        out.origin = OcctUtils::toVec3(c.Value(c.FirstParameter()).XYZ());
+        out.axis = OcctUtils::toVec3(c.Line().Direction().XYZ());
     } else if (c.GetType() == GeomAbs_Circle) {
         const gp_Circ circle = c.Circle();
         const bool full = c.LastParameter() - c.FirstParameter() >= c.Period() - 1e-9;
         out.type = full ? PartEntities::Curve::CIRCLE : PartEntities::Curve::ARC;
-        out.origin = toVec3(circle.Location().XYZ());
-        out.axis = toVec3(circle.Axis().Direction().XYZ());
+        out.origin = OcctUtils::toVec3(circle.Location().XYZ());
+        out.axis = OcctUtils::toVec3(circle.Axis().Direction().XYZ());
         out.radius = static_cast<float>(circle.Radius());
     }
     return out;
@@ -113,7 +105,8 @@ BRepEntities::Topology BRepEntities::topology(const TopoDS_Shape& shape, const F
     TopTools_IndexedMapOfShape vertices;
     TopExp::MapShapes(shape, TopAbs_VERTEX, vertices);
     for (int v = 1; v <= vertices.Extent(); ++v)
-        info.vertices.push_back(toVec3(BRep_Tool::Pnt(TopoDS::Vertex(vertices(v))).XYZ()));
+        info.vertices.push_back(
+            OcctUtils::toVec3(BRep_Tool::Pnt(TopoDS::Vertex(vertices(v))).XYZ()));
     if (!withEdges)
         return info;
     qrnsg::Polyline& out = info.edges;
@@ -134,7 +127,8 @@ BRepEntities::Topology BRepEntities::topology(const TopoDS_Shape& shape, const F
             if (!polygon.IsNull() && polygon->NbNodes() >= 2) {
                 const gp_Trsf trsf = loc.Transformation();
                 for (int i = 1; i <= polygon->NbNodes(); ++i)
-                    strip.push_back(toVec3(polygon->Nodes().Value(i).Transformed(trsf).XYZ()));
+                    strip.push_back(
+                        OcctUtils::toVec3(polygon->Nodes().Value(i).Transformed(trsf).XYZ()));
             }
             if (strip.empty())
                 if (const TopTools_ListOfShape* owners = faces.Seek(edge))
@@ -153,14 +147,15 @@ BRepEntities::Topology BRepEntities::topology(const TopoDS_Shape& shape, const F
                         for (int i = 1; i <= onTri->NbNodes(); ++i) {
                             const int node = onTri->Node(i);
                             if (node >= 1 && node <= tri->NbNodes())
-                                strip.push_back(toVec3(tri->Node(node).Transformed(trsf).XYZ()));
+                                strip.push_back(
+                                    OcctUtils::toVec3(tri->Node(node).Transformed(trsf).XYZ()));
                         }
                     }
             if (strip.empty() && BRep_Tool::IsGeometric(edge)) {
                 BRepAdaptor_Curve adaptor(edge);
                 GCPnts_TangentialDeflection points(adaptor, angular, deflection);
                 for (int i = 1; i <= points.NbPoints(); ++i)
-                    strip.push_back(toVec3(points.Value(i).XYZ()));
+                    strip.push_back(OcctUtils::toVec3(points.Value(i).XYZ()));
             }
         } catch (const Standard_Failure&) {
             strip.clear(); // an edge without usable geometry is left out

@@ -28,10 +28,6 @@ namespace {
 using Sources = PmiGeometry::Sources;
 using qrnmath::Vec3;
 
-qrnmath::Vec3 toVec3(const gp_XYZ& p) {
-    return OcctUtils::toVec3(p);
-}
-
 std::vector<gp_Pnt> edgePoints(const TopoDS_Edge& edge, double deflection) {
     std::vector<gp_Pnt> points;
     if (BRep_Tool::Degenerated(edge))
@@ -68,7 +64,7 @@ void toStrip(const std::vector<gp_Pnt>& points, qrnsg::Polyline& lines) {
     std::vector<Vec3> strip;
     strip.reserve(points.size());
     for (const auto& p : points)
-        strip.push_back(toVec3(p.XYZ()));
+        strip.push_back(OcctUtils::toVec3(p.XYZ()));
     lines.addStrip(strip);
 }
 
@@ -167,10 +163,10 @@ void PmiGeometry::addText(ModelData::PmiItem& item, const std::wstring& text,
         return;
     qrnsg::Text t;
     t.text = text;
-    t.position = toVec3(anchor(sources).XYZ());
+    t.position = OcctUtils::toVec3(anchor(sources).XYZ());
     if (sources.hasPlane) {
-        t.direction = toVec3(sources.plane.XDirection().XYZ());
-        t.up = toVec3(sources.plane.YDirection().XYZ());
+        t.direction = OcctUtils::toVec3(sources.plane.XDirection().XYZ());
+        t.up = OcctUtils::toVec3(sources.plane.YDirection().XYZ());
         item.hasPlane = true;
     }
     // A graphical presentation shows where its text goes and draws its own leaders.
@@ -178,7 +174,7 @@ void PmiGeometry::addText(ModelData::PmiItem& item, const std::wstring& text,
     gp_Pnt p;
     if (sources.presentation.IsNull() && target(sources, p)) {
         item.hasTarget = true;
-        item.target = toVec3(p.XYZ());
+        item.target = OcctUtils::toVec3(p.XYZ());
         if (!item.textPlaced)
             t.position = item.target;
     }

@@ -16,14 +16,6 @@
 
 namespace qrnimport {
 
-namespace {
-
-qrnmath::Vec3 toVec3(const gp_XYZ& p) {
-    return OcctUtils::toVec3(p);
-}
-
-} // namespace
-
 void SavedViews::import(const Handle(TDocStd_Document) & document, ModelData& model,
                         const std::map<std::string, int>& kept) {
     Handle(XCAFDoc_ViewTool) tool = XCAFDoc_DocumentTool::ViewTool(document->Main());
@@ -65,7 +57,7 @@ void SavedViews::import(const Handle(TDocStd_Document) & document, ModelData& mo
             if (up.Magnitude() < 1e-6)
                 up = gp_Vec(direction.IsParallel(gp::DZ(), 1e-3) ? gp::DY() : gp::DZ());
             up.Normalize();
-            v.up = toVec3(up.XYZ());
+            v.up = OcctUtils::toVec3(up.XYZ());
             v.orthographic = view->Type() != XCAFView_ProjectionType_Central;
             const double vertical = view->WindowVerticalSize();
             const double horizontal = view->WindowHorizontalSize();
@@ -82,14 +74,14 @@ void SavedViews::import(const Handle(TDocStd_Document) & document, ModelData& mo
                 if (v.orthographic) // any eye on the line of sight sees the same; keep it out
                     distance = std::max(distance, radius * 2.0);
                 distance = std::max(distance, Precision::Confusion());
-                v.target = toVec3(centre.XYZ());
-                v.eye = toVec3(centre.XYZ() - direction.XYZ() * distance);
+                v.target = OcctUtils::toVec3(centre.XYZ());
+                v.eye = OcctUtils::toVec3(centre.XYZ() - direction.XYZ() * distance);
             } else {
                 if (distance <= 0.0)
                     distance = 1.0;
                 const gp_Pnt eye = view->ProjectionPoint();
-                v.eye = toVec3(eye.XYZ());
-                v.target = toVec3(eye.XYZ() + direction.XYZ() * distance);
+                v.eye = OcctUtils::toVec3(eye.XYZ());
+                v.target = OcctUtils::toVec3(eye.XYZ() + direction.XYZ() * distance);
             }
             model.views.push_back(std::move(v));
         } catch (const Standard_Failure&) {
