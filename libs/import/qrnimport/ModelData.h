@@ -14,8 +14,9 @@
 
 namespace qrnimport {
 
-// What the viewer knows of a model before it fills a document: parts with their geometry,
-// and the assembly tree that places instances of them. A part used many times is held once.
+// A model as read, before a document is built from it: parts with their geometry, the
+// assembly tree that places instances of them, PMI and saved views. A part used many times is
+// held once.
 struct QRNIMPORT_EXPORT ModelData {
     struct Part {
         std::wstring name;
