@@ -80,13 +80,7 @@ std::optional<unsigned int> read(const Settings& settings, const std::wstring& n
 
 } // namespace
 
-TEST_F(SettingsTest, KeyFollowsTheRegistryLayout) {
-    EXPECT_EQ(Settings(L"Settings\\Tools", L"qrnview").keyPath(),
-              L"Software\\qrnview\\qrnview\\Settings\\Tools");
-    EXPECT_EQ(Settings(L"Settings\\Measurement").appName(), L"qrnplatform_unit_tests");
-}
-
-TEST_F(SettingsTest, ValuesRoundTripAndOverwrite) {
+TEST_F(SettingsTest, ValuesRoundTripAndOverwriteUnderTheRegistryLayout) {
     Settings tools = settings(L"Settings\\Tools");
     EXPECT_FALSE(read(tools, L"Operation"));
     const std::pair<const wchar_t*, unsigned int> values[] = {
@@ -100,6 +94,10 @@ TEST_F(SettingsTest, ValuesRoundTripAndOverwrite) {
     EXPECT_EQ(read(tools, L"Operation"), 7u);
     ASSERT_TRUE(tools.writeDword(L"OPERATION", 8));
     EXPECT_EQ(read(tools, L"operation"), 8u);
+
+    EXPECT_EQ(Settings(L"Settings\\Tools", L"qrnview").keyPath(),
+              L"Software\\qrnview\\qrnview\\Settings\\Tools");
+    EXPECT_EQ(Settings(L"Settings\\Measurement").appName(), L"qrnplatform_unit_tests");
 }
 
 TEST_F(SettingsTest, SubKeysAndApplicationsAreKeptApart) {
@@ -197,16 +195,6 @@ TEST_F(SettingsTest, OnlyDwordValuesAreRead) {
 
 #else
 
-TEST_F(SettingsTest, FileHoldsSectionsNamedBySubKey) {
-    ASSERT_TRUE(settings(L"Settings\\Tools").writeDword(L"Operation", 3));
-    EXPECT_EQ(fileText(), "[Settings\\Tools]\nOperation=3\n");
-    EXPECT_EQ(settings(L"Settings\\Tools").location(),
-              qrnplatform::Text::fromUtf8(file().u8string()) + L" [Settings\\Tools]");
-    // Written by replacing the file whole: no temporary file is left beside it.
-    for (const auto& entry : std::filesystem::directory_iterator(file().parent_path()))
-        EXPECT_EQ(entry.path().filename(), "settings.ini");
-}
-
 TEST_F(SettingsTest, ValuesThatAreNotNumbersReadAsMissing) {
     writeFile("[Settings\\Tools]\n"
               "Word=abc\nNegative=-1\nTooLarge=4294967296\nHex=0x10\nEmpty=\nMixed=12a\n"
@@ -229,7 +217,7 @@ TEST_F(SettingsTest, ValuesThatAreNotNumbersReadAsMissing) {
     EXPECT_FALSE(settings(L"Settings\\Other").readString(L"Word", text));
 }
 
-TEST_F(SettingsTest, WritingKeepsEverythingElseAndThePermissions) {
+TEST_F(SettingsTest, FileHoldsSectionsNamedBySubKeyAndWritingKeepsEverythingElse) {
     writeFile("; edited by hand\nTop=1\n\n"
               "[Settings\\Measurement]\nUnit=2\n# a comment\nMode = 5\n\n"
               "[Settings\\Tools]\nOperation=1\nSnap=abc\n"
@@ -248,14 +236,30 @@ TEST_F(SettingsTest, WritingKeepsEverythingElseAndThePermissions) {
                           "[Settings\\View]\nMode=2\n");
     EXPECT_EQ(read(settings(L"Settings\\Measurement"), L"Mode"), 5u);
     EXPECT_EQ(fs::status(file()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+
+    // A fresh file holds the section named by the subkey.
+    std::filesystem::remove(file());
+    ASSERT_TRUE(settings(L"Settings\\Tools").writeDword(L"Operation", 3));
+    EXPECT_EQ(fileText(), "[Settings\\Tools]\nOperation=3\n");
+    EXPECT_EQ(settings(L"Settings\\Tools").location(),
+              qrnplatform::Text::fromUtf8(file().u8string()) + L" [Settings\\Tools]");
+    // Written by replacing the file whole: no temporary file is left beside it.
+    for (const auto& entry : std::filesystem::directory_iterator(file().parent_path()))
+        EXPECT_EQ(entry.path().filename(), "settings.ini");
 }
 
-TEST_F(SettingsTest, FallsBackToHomeAndFailsWithoutAFolder) {
+TEST_F(SettingsTest, RefusesWhatItCannotHoldAndFallsBackToHome) {
+    Settings tools = settings(L"Settings\\Tools");
+    for (const wchar_t* name : {L"a=b", L"line\nbreak", L""})
+        EXPECT_FALSE(tools.writeDword(name, 1));
+    EXPECT_FALSE(settings(L"Bad]Section").writeDword(L"Operation", 1));
+    EXPECT_FALSE(std::filesystem::exists(file()));
+
     const std::wstring oldHome = Environment::getVariable(L"HOME");
     // A relative XDG_CONFIG_HOME is to be ignored.
     ASSERT_TRUE(Environment::setVariable(L"XDG_CONFIG_HOME", L"relative/config"));
     ASSERT_TRUE(Environment::setVariable(L"HOME", m_config->path()));
-    const bool written = settings(L"Settings\\Tools").writeDword(L"Operation", 3);
+    const bool written = tools.writeDword(L"Operation", 3);
     Environment::setVariable(L"HOME", oldHome);
     EXPECT_TRUE(written);
     EXPECT_TRUE(qrnplatform::File::exists(*m_config / (L".config/" + m_app + L"/settings.ini")));
@@ -264,16 +268,8 @@ TEST_F(SettingsTest, FallsBackToHomeAndFailsWithoutAFolder) {
     const std::wstring blocker = *m_config / L"blocker";
     std::ofstream(platformtest::fsPath(blocker)) << "x";
     ASSERT_TRUE(Environment::setVariable(L"XDG_CONFIG_HOME", blocker));
-    EXPECT_FALSE(settings(L"Settings\\Tools").writeDword(L"Operation", 3));
-    EXPECT_FALSE(read(settings(L"Settings\\Tools"), L"Operation"));
-}
-
-TEST_F(SettingsTest, RefusesNamesTheFileCannotHold) {
-    Settings tools = settings(L"Settings\\Tools");
-    for (const wchar_t* name : {L"a=b", L"line\nbreak", L""})
-        EXPECT_FALSE(tools.writeDword(name, 1));
-    EXPECT_FALSE(settings(L"Bad]Section").writeDword(L"Operation", 1));
-    EXPECT_FALSE(std::filesystem::exists(file()));
+    EXPECT_FALSE(tools.writeDword(L"Operation", 3));
+    EXPECT_FALSE(read(tools, L"Operation"));
 }
 
 #endif
