@@ -348,7 +348,6 @@ TEST_F(RCWindowGLXTest, ClassicFallbackRefusedShareAndEveryFailureThroughTheTabl
     row = 3;
     ScopedMemoryLogger log;
     ScopedGlx glx;
-    const Lines glewLines = {L"RCTEMP:opengl context created", L"RCWindow:glewInit() success"};
     // Creates a context on a fresh host window with the table as a case set it; whether it was
     // made, and the log without the three lines that describe the driver.
     auto attempt = [&](const char* what, std::shared_ptr<qrngl::IRenderContext> parent = nullptr) {
@@ -369,8 +368,12 @@ TEST_F(RCWindowGLXTest, ClassicFallbackRefusedShareAndEveryFailureThroughTheTabl
         g_next = qrngl::GlxApi::system();
         return std::make_pair(made, lines);
     };
+    const auto made = [](const wchar_t* how) {
+        return std::make_pair(
+            true, Lines{L"RCTEMP:opengl context created", L"RCWindow:glewInit() success", how} +
+                      templateDump() + Lines{L"RCWindow:opengl context created"});
+    };
 
-    std::pair<bool, Lines> r;
     // Without configurations or without multisampling: the classic visual of the template.
     for (int missing = 0; missing < 2; ++missing) {
         if (missing == 0)
@@ -378,20 +381,13 @@ TEST_F(RCWindowGLXTest, ClassicFallbackRefusedShareAndEveryFailureThroughTheTabl
         else
             g_next.hasMultisample = [] { return false; };
         glx.take();
-        r = attempt("classic");
-        EXPECT_TRUE(r.first);
-        EXPECT_EQ(r.second, glewLines + Lines{L"RCWindow: Normal pixel format selected"} +
-                                templateDump() + Lines{L"RCWindow:opengl context created"});
+        EXPECT_EQ(attempt("classic"), made(L"RCWindow: Normal pixel format selected"));
         const auto calls = glx.take();
         EXPECT_EQ(std::count(calls.begin(), calls.end(), "choosePixelFormatARB"), 0);
     }
-
     // The driver describes itself only to a logger that logs.
     log.logger->enabled = false;
-    r = attempt("logger off");
-    EXPECT_TRUE(r.first);
-    EXPECT_EQ(r.second, glewLines + Lines{L"RCWindow: ARB pixel format selected"} + templateDump() +
-                            Lines{L"RCWindow:opengl context created"});
+    EXPECT_EQ(attempt("logger off"), made(L"RCWindow: ARB pixel format selected"));
     EXPECT_FALSE(g_versionLogged);
     log.logger->enabled = true;
 
@@ -402,7 +398,7 @@ TEST_F(RCWindowGLXTest, ClassicFallbackRefusedShareAndEveryFailureThroughTheTabl
     g_next.createContext = [](Display* d, int format, GLXContext, bool& shared) {
         return qrngl::GlxApi::system().createContext(d, format, nullptr, shared);
     };
-    r = attempt("refused share", parent);
+    auto r = attempt("refused share", parent);
     EXPECT_TRUE(r.first);
     EXPECT_EQ(r.second.back(), L"RCWindow:opengl context created");
     parent->destroy();
@@ -412,6 +408,8 @@ TEST_F(RCWindowGLXTest, ClassicFallbackRefusedShareAndEveryFailureThroughTheTabl
         void (*fail)();
         Lines last; // the lines the attempt ends with
     };
+    const Lines notCurrent = {L"RCWindow:opengl context created",
+                              L"RCWindow:setting opengl context current failed"};
     const Failure failures[] = {
         {"helper format",
          [] {
@@ -430,10 +428,10 @@ TEST_F(RCWindowGLXTest, ClassicFallbackRefusedShareAndEveryFailureThroughTheTabl
              };
          },
          {L"RCWindow: ARB pixel format selection failed"}},
+        // The helper chooses twice (its window's visual, its format); the third is ours.
         {"classic format",
          [] {
              g_next.hasFBConfig = [] { return false; };
-             // The helper chooses twice (its window's visual, its format); the third is ours.
              g_next.choosePixelFormat = [](Display* d, const qrngl::PixelFormatDescriptor& p) {
                  return ++g_steps >= 3 ? 0 : qrngl::GlxApi::system().choosePixelFormat(d, p);
              };
@@ -461,16 +459,16 @@ TEST_F(RCWindowGLXTest, ClassicFallbackRefusedShareAndEveryFailureThroughTheTabl
                  return c && ++g_steps >= 2 ? false : qrngl::GlxApi::system().makeCurrent(d, w, c);
              };
          },
-         {L"RCWindow:opengl context created", L"RCWindow:setting opengl context current failed"}},
+         notCurrent},
     };
     for (const Failure& f : failures) {
         f.fail();
-        auto failed = attempt(f.what);
-        EXPECT_FALSE(failed.first) << f.what;
-        ASSERT_GE(failed.second.size(), f.last.size()) << f.what;
-        EXPECT_EQ(Lines(failed.second.end() - static_cast<std::ptrdiff_t>(f.last.size()),
-                        failed.second.end()),
-                  f.last)
+        r = attempt(f.what);
+        EXPECT_FALSE(r.first) << f.what;
+        ASSERT_GE(r.second.size(), f.last.size()) << f.what;
+        EXPECT_EQ(
+            Lines(r.second.end() - static_cast<std::ptrdiff_t>(f.last.size()), r.second.end()),
+            f.last)
             << f.what;
     }
     // A failed glewInit leaves the helper context as it is: current, its window there.
@@ -505,10 +503,8 @@ TEST_F(RCWindowGLXTest, ClassicFallbackRefusedShareAndEveryFailureThroughTheTabl
         EXPECT_FALSE(temp.create()) << f.what;
         EXPECT_EQ(log.take(), f.last) << f.what;
         EXPECT_EQ(temp.currentGLRC(), nullptr) << f.what;
-        const auto calls = glx.take();
-        if (std::string(f.what) == "current") {
-            EXPECT_EQ(calls.back(), "deleteContext");
-        }
+        if (std::string(f.what) == "current")
+            EXPECT_EQ(glx.take().back(), "deleteContext");
         temp.destroy();
         g_next = qrngl::GlxApi::system();
     }
