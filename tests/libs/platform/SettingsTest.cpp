@@ -80,7 +80,7 @@ std::optional<unsigned int> read(const Settings& settings, const std::wstring& n
 
 } // namespace
 
-TEST_F(SettingsTest, ValuesRoundTripAndOverwriteUnderTheRegistryLayout) {
+TEST_F(SettingsTest, ValuesRoundTripAndOverwriteKeptApartBySubKeyAndApplication) {
     Settings tools = settings(L"Settings\\Tools");
     EXPECT_FALSE(read(tools, L"Operation"));
     const std::pair<const wchar_t*, unsigned int> values[] = {
@@ -98,10 +98,8 @@ TEST_F(SettingsTest, ValuesRoundTripAndOverwriteUnderTheRegistryLayout) {
     EXPECT_EQ(Settings(L"Settings\\Tools", L"qrnview").keyPath(),
               L"Software\\qrnview\\qrnview\\Settings\\Tools");
     EXPECT_EQ(Settings(L"Settings\\Measurement").appName(), L"qrnplatform_unit_tests");
-}
 
-TEST_F(SettingsTest, SubKeysAndApplicationsAreKeptApart) {
-    Settings tools = settings(L"Settings\\Tools");
+    // Subkeys and applications are kept apart.
     Settings measurement = settings(L"Settings\\Measurement");
     ASSERT_TRUE(tools.writeDword(L"Operation", 1));
     ASSERT_TRUE(measurement.writeDword(L"Operation", 2));
