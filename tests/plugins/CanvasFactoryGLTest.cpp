@@ -1,5 +1,4 @@
-// Canvas factories through real plug-ins: what is loaded and what is skipped, which factory
-// draws a document, when a factory is given back, and the frames its canvases draw.
+// Canvas factories through real plug-ins: loading, choice, release, and their frames.
 #include "GLTest.h"
 #include "TestDocument.h"
 
@@ -176,8 +175,6 @@ TEST_F(PluginCanvasGLTest, SceneCanvasOptimiserAndPrintCanvasDrawTheModel) {
         EXPECT_EQ(at(32, 17), (Rgba{255, 0, 0, 255}));
     }
     EXPECT_EQ(model.renderer->background[0], 0.9f) << "the background is restored";
-    context->activate();
-    EXPECT_NO_GL_ERROR();
 }
 
 TEST_F(PluginCanvasGLTest, SheetCanvasFitsTheSheetIntoTheWindow) {
