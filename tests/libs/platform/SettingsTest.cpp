@@ -19,28 +19,18 @@ using qrnplatform::Settings;
 
 namespace {
 
-// Each test gets settings of its own: on Linux a fresh configuration folder, on Windows (and
-// under Wine) a key of a made-up application in the real registry, deleted afterwards.
+// Each test gets settings of its own: on Linux a fresh configuration folder (each test runs in
+// a process of its own), on Windows a key of a made-up application, deleted afterwards.
 class SettingsTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        m_app = platformtest::uniqueName(L"qrnplatform-test-");
 #ifndef _WIN32
-        m_config = std::make_unique<platformtest::TempFolder>();
-        m_oldConfigHome = Environment::getVariable(L"XDG_CONFIG_HOME");
         ASSERT_TRUE(Environment::setVariable(L"XDG_CONFIG_HOME", m_config->path()));
 #endif
     }
-
     void TearDown() override {
 #ifdef _WIN32
         ::RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\" + m_app).c_str());
-#else
-        if (m_oldConfigHome.empty())
-            Environment::unsetVariable(L"XDG_CONFIG_HOME");
-        else
-            Environment::setVariable(L"XDG_CONFIG_HOME", m_oldConfigHome);
-        m_config.reset();
 #endif
     }
 
@@ -63,10 +53,10 @@ protected:
         std::ofstream(file(), std::ios::binary) << text;
     }
 
-    std::unique_ptr<platformtest::TempFolder> m_config;
-    std::wstring m_oldConfigHome;
+    std::unique_ptr<platformtest::TempFolder> m_config =
+        std::make_unique<platformtest::TempFolder>();
 #endif
-    std::wstring m_app;
+    const std::wstring m_app = platformtest::uniqueName(L"qrnplatform-test-");
 };
 
 // The value read, or nothing when it reads as missing; a failed read leaves the value alone.

@@ -37,10 +37,9 @@ struct Recorder : qrngl::ISelector {
     std::vector<unsigned int> names;
 };
 
-// Three box parts seen straight along -z, orthographic, 4/3 pixel a unit, the origin at pixel
-// (80, 60): grey A (half size 10) at the origin, across pixels 67 to 93; blue B (10) behind A
-// and to the right, seen beside A from pixel 94 to 109; red C (3) on the left at pixel 40.
-// Picks go through a colour-id canvas.
+// Box parts seen along -z, orthographic, 4/3 pixel a unit, the origin at pixel (80, 60): grey A
+// (half size 10) at the origin, pixels 67 to 93; blue B (10) behind A to the right, seen from
+// pixel 94 to 109; red C (3) on the left at pixel 40. Picks go through a colour-id canvas.
 class ViewCommandsGLTest : public GLTest {
 protected:
     unsigned int width() const override { return 160; }
@@ -64,8 +63,7 @@ protected:
         camera->setProjection(qrngl::Camera::ORTHOGRAPHIC);
         look(Vec3(0, 0, 100), Vec3(0, 1, 0), 45.0f);
         doc.renderer->viewRenderer = std::make_shared<qrnglutils::ViewRenderer>(camera);
-        // As the viewer's lights do, faces are pushed back behind their edges; unlit, they
-        // keep their colours.
+        // Faces pushed back behind their edges, as the viewer's lights do; unlit.
         doc.renderer->sceneSetupRenderer = calling([] { glPolygonOffset(1.0f, 1.0f); });
 
         canvas = std::make_shared<qrngl::Canvas>(context, doc.document);
@@ -285,17 +283,14 @@ TEST_F(ViewCommandsGLTest, ZoomToSelectionFitsTheEntitiesAndIsOneUndoStep) {
 }
 
 TEST_F(ViewCommandsGLTest, HideShowAndIsolateChangeWhatIsDrawnAndPicked) {
-    auto at = [&](int x, int y) {
-        return pixel(static_cast<unsigned>(x), static_cast<unsigned>(y));
-    };
     paint();
-    ASSERT_TRUE(greyish(at(70, 60))) << at(70, 60);
-    ASSERT_TRUE(greyish(at(92, 60))) << "A in front of B";
+    ASSERT_TRUE(greyish(pixel(70, 60))) << pixel(70, 60);
+    ASSERT_TRUE(greyish(pixel(92, 60))) << "A in front of B";
 
     ASSERT_TRUE(m->hideSelected({face(a, 2)}));
     paint();
-    EXPECT_TRUE(blank(at(70, 60))) << at(70, 60);
-    EXPECT_TRUE(bluish(at(92, 60))) << at(92, 60);
+    EXPECT_TRUE(blank(pixel(70, 60))) << pixel(70, 60);
+    EXPECT_TRUE(bluish(pixel(92, 60))) << pixel(92, 60);
     EXPECT_FALSE(pickAt(70, 60).valid());
     EXPECT_EQ(pickAt(92, 60).node, b);
     EXPECT_FALSE(m->hideSelected({EntityNames::part(a)})) << "already hidden";
@@ -304,19 +299,19 @@ TEST_F(ViewCommandsGLTest, HideShowAndIsolateChangeWhatIsDrawnAndPicked) {
     ASSERT_EQ(frame->undo->size(), 1u);
     frame->undo->undo();
     paint();
-    EXPECT_TRUE(greyish(at(70, 60)));
+    EXPECT_TRUE(greyish(pixel(70, 60)));
     EXPECT_EQ(pickAt(92, 60).node, a);
     frame->undo->redo();
     EXPECT_TRUE(m->showAll());
     paint();
-    EXPECT_TRUE(greyish(at(70, 60)));
+    EXPECT_TRUE(greyish(pixel(70, 60)));
     EXPECT_FALSE(m->showAll());
 
     ASSERT_TRUE(m->isolate({face(b, 4)}));
     paint();
-    EXPECT_TRUE(blank(at(70, 60)));
-    EXPECT_TRUE(blank(at(40, 60))) << "C hidden as well";
-    EXPECT_TRUE(bluish(at(92, 60)));
+    EXPECT_TRUE(blank(pixel(70, 60)));
+    EXPECT_TRUE(blank(pixel(40, 60))) << "C hidden as well";
+    EXPECT_TRUE(bluish(pixel(92, 60)));
     EXPECT_EQ(pickAt(92, 60).node, b);
     EXPECT_FALSE(pickAt(40, 60).valid());
     EXPECT_FALSE(m->isolate({})) << "isolating nothing would empty the view";

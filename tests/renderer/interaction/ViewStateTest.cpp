@@ -1,6 +1,5 @@
 #include "qrngl/interaction/ViewState.h"
 
-#include "ManipulatorTestSupport.h"
 #include "qrnmath/QuatUtils.h"
 #include "qrnsg/SCInfo.h"
 #include "qrnsg/SCScene.h"
@@ -12,6 +11,9 @@
 #include <deque>
 #include <tuple>
 #include <vector>
+
+// Last: on Windows it brings <windows.h>, whose macros clash with names in the scene headers.
+#include "ManipulatorTestSupport.h"
 
 namespace {
 
