@@ -76,8 +76,7 @@ TEST(CanvasFactories, OnlyLibrariesWithBothEntriesAreLoadedAndTheFirstThatAccept
     EXPECT_EQ(manager->get(sheet), sheet2d);
     EXPECT_EQ(manager->get(nullptr), nullptr);
 
-    // Of two factories that accept a document, the one added first draws it: the counting
-    // plug-in accepts every document.
+    // Of two that accept a document (counting accepts all), the one added first draws it.
     load(path(QRNTEST_PLUGIN_COUNTING));
     const auto counting = *std::next(manager->begin(), 2);
     EXPECT_EQ(manager->get(model.document), scene3d);
@@ -134,8 +133,7 @@ TEST_F(PluginCanvasGLTest, SceneCanvasOptimiserAndPrintCanvasDrawTheModel) {
     TestDocument model;
     const int red = model.addMeshMaterial(qrnsg::MMaterial::fromColor(1, 0, 0), false);
     model.addMesh(rectangle(-0.5f, -0.5f, 0.5f, 0.5f), red);
-    // The optimiser builds the drawables of a document that has none, uploads them with a
-    // context current, and changes nothing more the second time.
+    // The optimiser builds the drawables of a document that has none.
     model.strips->meshes.clear();
     auto factory = manager->get(model.document);
     ASSERT_NE(factory, nullptr);

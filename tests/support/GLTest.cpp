@@ -27,8 +27,7 @@ std::string takeGLErrors() {
 void GLTest::SetUp() {
     context = makeGLContext(width(), height());
     ASSERT_TRUE(context->create()) << "no OpenGL context";
-    // Entry points beyond OpenGL 1.1 are the host's to load; GLEW's probing may raise an
-    // error of its own: the test starts without any.
+    // The host loads entry points beyond 1.1; GLEW's probing may leave an error behind.
     glewInit();
     takeGLErrors();
 }

@@ -71,8 +71,7 @@ private:
 // Fills the viewport with one colour through identity matrices, depth test off.
 void fillViewport(const float rgb[3]);
 
-// A renderer that runs a function: one of the frame's single renderers, or a pre- or
-// post-renderer of an order.
+// A renderer that runs a function: a single one, or a pre- or post-renderer of an order.
 template <class Base = qrngl::IRenderer>
 class FunctionRenderer : public Base {
 public:
@@ -91,8 +90,7 @@ std::shared_ptr<Base> calling(std::function<void()> f, short order = 0) {
     return std::make_shared<FunctionRenderer<Base>>(std::move(f), order);
 }
 
-// Renderers that note their names in a shared log, so that tests see the order they ran in;
-// the pre- and post-renderers also fill the viewport with one colour.
+// Renderers that log their names, the pre- and post-renderers filling the viewport too.
 using CallLog = std::vector<std::string>;
 
 inline std::shared_ptr<qrngl::IRenderer> noting(std::shared_ptr<CallLog> log, std::string name) {

@@ -137,8 +137,7 @@ TEST(CameraHelper, LookAtRoundTripsAndZoomBoxFillsTheViewport) {
         EXPECT_FALSE(CameraHelper::lookAt(copy, eye, target, direction * 2.0f));
         EXPECT_EQ(copy->getViewMatrix(), view);
 
-        // A zoom box puts a rectangle of the viewport's shape (640 x 480), dragged from its
-        // lower right corner, at the viewport's edges.
+        // A zoom box of the viewport's shape, dragged from lower right, fills the viewport.
         c = movedCamera(projection);
         const Vec3 at = c->sphereCentre();
         const Vec3 a = fromWindow(c, 100.0f, 60.0f, at), b = fromWindow(c, 260.0f, 180.0f, at);

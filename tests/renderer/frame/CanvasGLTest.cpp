@@ -351,8 +351,7 @@ TEST_F(CanvasGLTest, ClosedSolidsShowFrontFacesUnlessCutOpenOrTransparent) {
     glGetIntegerv(GL_FRONT_FACE, &front);
     EXPECT_EQ(front, GL_CCW);
 
-    // A clip plane enabled by a pre-renderer, as sectioning does, that cuts nothing here:
-    // still a solid may show its inside.
+    // A clip plane enabled by a pre-renderer (as sectioning does) shows the insides.
     doc.renderer->addPreRenderer(calling<qrngl::IPreRenderer>(
         [] {
             const GLdouble keepAll[4] = {0.0, 0.0, 1.0, 100.0};
@@ -371,8 +370,7 @@ TEST_F(CanvasGLTest, ClosedSolidsShowFrontFacesUnlessCutOpenOrTransparent) {
 
 TEST_F(CanvasGLTest, FramesInMotionLeaveOutTheSmallestThenDrawCoarseUntilTheCameraStops) {
     int red = doc.addMeshMaterial(qrnsg::MMaterial::fromColor(1, 0, 0), false);
-    // A large square whose coarse version is one of its triangles, and eight small squares
-    // (about 1.6 pixels wide) below it.
+    // A large square, coarse as one of its triangles, and eight 1.6-pixel squares below.
     qrnsg::Mesh big = rectangle(-0.6f, -0.6f, 0.6f, 0.6f);
     big.coarseIndices.assign(big.indices.begin(), big.indices.begin() + 3);
     doc.addMesh(big, red);
@@ -441,8 +439,7 @@ protected:
                 }
         return box;
     }
-    // Where the lower-left corner of the square drawn for a world point should land: the
-    // point's pixel from the left and from the top.
+    // The square drawn at a world point has its lower-left corner at the point's pixel.
     void expectCornerAt(const Vec3& p) const {
         auto camera = doc.renderer->camera;
         auto m = MatrixUtils::multiply(camera->getProjectionMatrix(), camera->getViewMatrix());
@@ -463,8 +460,7 @@ TEST_F(CanvasTextGLTest, AnchoredTextsFaceTheViewerAtTheirAnchorAndRestoreCullin
     auto box = blueBox();
     EXPECT_EQ(box, (std::array<int, 5>{32, 22, 41, 31, 100}));
 
-    // Moving the anchor moves the square's corner to the anchor's pixel; the text's own
-    // transform then moves it in world space.
+    // The square follows the anchor, and the text's own transform in world space.
     doc.scene->texts[0].position = Vec3(3, 9, -4);
     paint();
     expectCornerAt(Vec3(3, 9, -4));

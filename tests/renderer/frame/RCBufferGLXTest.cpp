@@ -58,8 +58,7 @@ TEST_F(RCBufferGLXTest, DrawsOffScreenMultisampledOnRequestAndStaysCurrent) {
         RCBuffer buffer(48, 40, kind != 0, nullptr);
         ASSERT_TRUE(buffer.create());
         const auto calls = glx.take();
-        // Without a parent GLEW is loaded through the temporary context, which is torn down
-        // before the buffer's own context is made current.
+        // Without a parent, GLEW is loaded through a temporary context torn down first.
         EXPECT_TRUE(contains(calls, "glewInit"));
         const auto made = std::find(calls.begin(), calls.end(), "makeContextCurrent");
         EXPECT_NE(made, calls.end());
@@ -71,8 +70,7 @@ TEST_F(RCBufferGLXTest, DrawsOffScreenMultisampledOnRequestAndStaysCurrent) {
         GLint samples = -1;
         glGetIntegerv(GL_SAMPLES, &samples);
         EXPECT_EQ(samples > 1, multisample);
-        // deactivate finishes the frame but neither presents nor releases: the context stays
-        // current. Multisampling shows as in-between greys along the slanted edge.
+        // deactivate neither presents nor releases; multisampling shows as in-between greys.
         drawSlantedEdge(40);
         buffer.deactivate();
         EXPECT_EQ(glx.take(), std::vector<std::string>{});
@@ -82,8 +80,7 @@ TEST_F(RCBufferGLXTest, DrawsOffScreenMultisampledOnRequestAndStaysCurrent) {
             EXPECT_GT(levels.size(), 2u);
         else
             EXPECT_EQ(levels, (std::set<int>{0, 255}));
-        // A copy shares the handles; the first destroy releases them, frame buffer included
-        // (with the buffer's own context current), and a second destroy finds nothing to free.
+        // A copy shares the handles; the first destroy frees them, a second finds nothing.
         RCBuffer copy(buffer);
         buffer.destroy();
         std::vector<std::string> destroyed = {"makeContextCurrent(null)", "deleteContext",

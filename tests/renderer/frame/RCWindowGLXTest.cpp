@@ -1,5 +1,4 @@
-// The window contexts on X11: real windows on the test's X server (Xvfb under scripts/test),
-// drawn with GLX.
+// The window contexts on X11: real windows on the test's X server, drawn with GLX.
 // GoogleTest first: Xlib's macros (None, Bool) would clash with its names.
 #include <gtest/gtest.h>
 
@@ -149,8 +148,7 @@ TEST_F(RCWindowGLXTest, HostWindowGetsAMultisampledContextThatDrawsAndPresents) 
     auto context = std::make_shared<RCWindow>(display, handle(w), nullptr);
     ASSERT_TRUE(context->create());
     EXPECT_EQ(glXGetCurrentContext(), reinterpret_cast<GLXContext>(context->currentGLRC()));
-    // The context draws on a window of the chosen configuration's visual: the host's own when
-    // it has that visual, else a child of it covering it.
+    // It draws on a window of the chosen visual: the host's, or a child covering it.
     const Window shownOn =
         static_cast<Window>(reinterpret_cast<std::uintptr_t>(context->currentDC()));
     EXPECT_EQ(glXGetCurrentDrawable(), shownOn);
@@ -167,8 +165,7 @@ TEST_F(RCWindowGLXTest, HostWindowGetsAMultisampledContextThatDrawsAndPresents) 
         EXPECT_EQ(std::make_pair(drawn.width, drawn.height),
                   std::make_pair(host.width, host.height));
     }
-    // GLX 1.3 and GLX_ARB_multisample: the 4-sample format, chosen by the ARB path; the helper
-    // context that loads GLEW logs first.
+    // GLX 1.3 and ARB multisampling: the 4-sample format; the GLEW helper logs first.
     const Lines info = {L"OpenGL Version : " + widen(glGetString(GL_VERSION)),
                         widen(glGetString(GL_VENDOR)), L"HWA: " + widen(glGetString(GL_RENDERER))};
     const Lines expected = Lines{L"RCTEMP:opengl context created", L"RCWindow:glewInit() success"} +
@@ -204,8 +201,7 @@ TEST_F(RCWindowGLXTest, HostWindowGetsAMultisampledContextThatDrawsAndPresents) 
     copy.activate();
     EXPECT_EQ(glXGetCurrentContext(), reinterpret_cast<GLXContext>(context->currentGLRC()));
 
-    // destroy releases and deletes the context and a child it made, never the host's window;
-    // it logs nothing.
+    // destroy deletes the context and its child window, never the host's; it logs nothing.
     context->destroy();
     EXPECT_EQ(glXGetCurrentContext(), nullptr);
     EXPECT_EQ(context->currentGLRC(), nullptr);
@@ -286,8 +282,7 @@ TEST_F(RCWindowGLXTest, HelperAndChildContextsShareTheParentsDisplayLists) {
     unsharedTemp.destroy();
     parent->destroy();
 
-    // The portable constructor makes its window on the process's own connection; a given
-    // window is used and left alone.
+    // The portable constructor uses the process's connection; a given window is left alone.
     RCTemp own(4, 4, nullptr);
     ASSERT_TRUE(own.create());
     EXPECT_NE(own.currentDC(), nullptr);
@@ -454,8 +449,7 @@ TEST_F(RCWindowGLXTest, ClassicFallbackAndEveryFailureThroughTheTable) {
     // A failed glewInit leaves the helper context as it is: current, its window there.
     glXMakeCurrent(display, None, nullptr);
 
-    // The helper context's own failures: logged, false, its context deleted when it cannot be
-    // made current.
+    // The helper context's own failures; a context that cannot be made current is deleted.
     const Failure helper[] = {
         {"set",
          [] { g_next.setPixelFormat = [](Display*, Window, int) { return false; }; },
@@ -483,8 +477,9 @@ TEST_F(RCWindowGLXTest, ClassicFallbackAndEveryFailureThroughTheTable) {
         EXPECT_FALSE(temp.create()) << f.what;
         EXPECT_EQ(log.take(), f.last) << f.what;
         EXPECT_EQ(temp.currentGLRC(), nullptr) << f.what;
-        if (std::string(f.what) == "current")
+        if (std::string(f.what) == "current") {
             EXPECT_EQ(glx.take().back(), "deleteContext");
+        }
         temp.destroy();
         g_next = qrngl::GlxApi::system();
     }

@@ -37,8 +37,7 @@ Entity hline(std::uint32_t kind, float x0, float x1, float y) {
     return entity(kind, {Vec3(x0, y, 0.0f), Vec3(x1, y, 0.0f)});
 }
 
-// A 100 x 50 sheet drawn in red: with its margin of 1 the border runs from (-1, -1) to
-// (101, 51).
+// A red 100 x 50 sheet: with its margin of 1 the border runs from (-1, -1) to (101, 51).
 std::shared_ptr<SCScene2D> sheetScene() {
     auto scene = std::make_shared<SCScene2D>();
     qrn2d::Sheet sheet;
@@ -80,8 +79,7 @@ protected:
 
     std::size_t allPixels() const { return static_cast<std::size_t>(width()) * height(); }
 
-    // The list enables GL_LINE, which names no capability: each render raises that one error
-    // and nothing else.
+    // The list enables GL_LINE, no capability: each render raises that one error only.
     void render(const Renderer2D& renderer) const {
         renderer.render();
         const std::string invalidEnum =
@@ -312,8 +310,7 @@ TEST_F(Renderer2DGLTest, StippledLinesShowThePatternAndRestoreTheState) {
     }
     EXPECT_EQ(glIsEnabled(GL_LINE_STIPPLE), GL_FALSE);
 
-    // The border after a second render is whole again: no stipple left on. The replayed list
-    // turns point smoothing off again.
+    // Replayed, the list turns point smoothing off again and leaves no stipple on.
     fill(0.0f, 0.0f, 0.0f);
     glEnable(GL_POINT_SMOOTH);
     render(renderer);

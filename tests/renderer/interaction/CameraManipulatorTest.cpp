@@ -152,8 +152,7 @@ TEST_F(CameraManipulatorTest, WheelZoomStopsAtItsBoundsWithAFiniteView) {
                     return false;
         return std::isfinite(camera->modelTranslation().length());
     };
-    // Thousands of notches either way: the zoom stops at its bounds with a finite view, and a
-    // notch that changes nothing records nothing.
+    // The zoom stops at its bounds with a finite view; a notch changing nothing records none.
     for (const int delta : {120, -120}) {
         for (int i = 0; i < 3000; ++i)
             m->mouseWheel(0, delta, 1.25f);

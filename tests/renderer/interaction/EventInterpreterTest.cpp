@@ -100,8 +100,7 @@ const Binding kBindings[] = {
 };
 // clang-format on
 
-// Every convention with a full mask in 3D, whatever the left button's requested operation; a
-// fresh interpreter per gesture so that none sees another's state.
+// Every convention with a full mask in 3D, a fresh interpreter per gesture.
 TEST(EventInterpreter, BindingTableOfEveryConvention) {
     for (int c = 0; c < COLUMNS; ++c) {
         SCOPED_TRACE(kNames[c]);

@@ -57,8 +57,7 @@ TEST_F(GestureManipulatorTest, TouchDragsRotateGesturesPanAndZoomATwoFingerTapGo
     EXPECT_NEAR(camera->zoomFactor(), 1.0f / 1.01f, 1e-6f);
     qrntest::expectShownAt(camera, under, 200.0f, 100.0f);
 
-    // A two-finger tap animates to the home view over 32 frames; without the scene state
-    // components there is nothing to go home to.
+    // A two-finger tap animates home over 32 frames, given the scene state components.
     EXPECT_EQ(gestures->OnGestureTwoFingerTap(UNCHANGED, 5, 5), CHANGED);
     EXPECT_EQ(timer(), 0u);
     EXPECT_TRUE(hints.empty());

@@ -1,7 +1,6 @@
 #pragma once
 
-// What the manipulator tests share: a host frame around a document with a renderer component,
-// the view animation on a window of this thread, and the origin of the mouse message.
+// What the manipulator tests share: a host frame, a window for the animation, touch input.
 
 #include "qrn/Document.h"
 #include "qrngl/CameraHelper.h"
@@ -81,9 +80,7 @@ private:
 #endif
 };
 
-// The camera manipulator reads (and creates) its default operation in the running
-// executable's settings: fresh ones for each test, in a folder of the test's own on Linux, in
-// the executable's key on Windows.
+// Fresh settings of the running executable, where the manipulator keeps its operation.
 inline void clearOperationSettings() {
 #ifdef _WIN32
     const std::wstring app = qrnplatform::Environment::executableBaseName();

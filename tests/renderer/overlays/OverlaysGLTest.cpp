@@ -93,8 +93,7 @@ TEST_F(OverlaysGLTest, ZoomboxCoversExactlyTheDraggedPixelsWithBothRenderers) {
     EXPECT_EQ(fill.r, fill.g);
     EXPECT_EQ(fill.g, fill.b);
     EXPECT_NEAR(fill.r, 0.7 * 230, 12);
-    // Dragged any way round: the outline two-pixel rings on the border, corners included;
-    // the fill inside them; nothing outside.
+    // Dragged any way round: a two-pixel outline ring on the border, the fill inside it.
     for (auto d : std::vector<std::array<int, 4>>{
              {10, 10, 40, 30}, {40, 30, 10, 10}, {10, 30, 40, 10}, {40, 10, 10, 30}}) {
         drag(d[0], d[1], d[2], d[3]);
@@ -155,8 +154,7 @@ TEST_F(OverlaysGLTest, CrossHairIsCentredAtItsPixelInBlack) {
     crossHair->set(crossHairAt(x, y));
     paint();
 
-    // Along the pixel's row and column: black from GAP to ARM on all four sides, clear
-    // around the pixel pointed at and beyond the arms' ends.
+    // Along the pixel's row and column: black from GAP to ARM on all four sides, else clear.
     for (int d = 0; d <= arm + 1; ++d) {
         const Rgba expected = d >= gap && d <= arm ? kBlack : kGrey;
         EXPECT_EQ(pixel(x + d, y), expected) << "right " << d;
@@ -164,8 +162,7 @@ TEST_F(OverlaysGLTest, CrossHairIsCentredAtItsPixelInBlack) {
         EXPECT_EQ(pixel(x, y + d), expected) << "down " << d;
         EXPECT_EQ(pixel(x, y - d), expected) << "up " << d;
     }
-    // The 1.5-pixel line is one or two pixels thick (aliased widths round to whole pixels),
-    // the same for both directions, and nothing else is drawn.
+    // The 1.5-pixel line is one or two pixels thick alike both ways; nothing else is drawn.
     int rows = 0, columns = 0;
     for (int d = -2; d <= 2; ++d) {
         rows += pixel(x + gap + 2, y + d) == kBlack;

@@ -22,8 +22,7 @@ namespace {
 using qrnmath::MatrixUtils;
 using qrnmath::Vec3;
 
-// Where lit pixels are: their bounding box (x from the left, y from the bottom), their count,
-// and how many each column and row of the frame holds.
+// Lit pixels: their box (x from the left, y from the bottom), count, and count a column and row.
 struct Ink {
     int left = 1 << 20, right = -1, bottom = 1 << 20, top = -1;
     std::size_t count = 0;
@@ -31,8 +30,7 @@ struct Ink {
     bool empty() const { return count == 0; }
     int width() const { return right - left + 1; }
     int height() const { return top - bottom + 1; }
-    // Where the column and the row with the most ink lie, as shares of the box (0 left or
-    // bottom, 1 right or top): the stem and the foot of an "L".
+    // The fullest column and row as shares of the box from the left and the bottom.
     float stem() const { return fullest(columns, left, width()); }
     float foot() const { return fullest(rows, bottom, height()); }
     static float fullest(const std::vector<int>& v, int from, int n) {
@@ -110,8 +108,7 @@ TEST_F(TextGLTest, GlyphsLieAtTheAnchorSizedByTheScaleAndTurnedByTheMatrix) {
     EXPECT_NEAR(double(half.height()) / h.height(), 0.5, 0.08);
     EXPECT_NEAR(double(half.width()) / h.width(), 0.5, 0.12);
 
-    // The glyphs are drawn in the inverse of the matrix: a quarter turn one way turns the
-    // baseline the other, downwards from the anchor.
+    // Drawn in the matrix's inverse: a quarter turn one way turns the baseline down.
     const Ink turned =
         draw(L"HH", Vec3(80, 70, 0), 20.0f, MatrixUtils::rotation(Vec3(0, 0, 1), 1.5707964f));
     ASSERT_FALSE(turned.empty());
@@ -119,8 +116,7 @@ TEST_F(TextGLTest, GlyphsLieAtTheAnchorSizedByTheScaleAndTurnedByTheMatrix) {
     EXPECT_LE(turned.top, 70);
     EXPECT_GE(turned.left, 79) << "the letters' tops point right";
 
-    // Characters beyond the outline codes still show: the diameter sign and a CJK name, which
-    // no list from the base holds.
+    // Characters beyond the outline codes still show: the diameter sign, a CJK name.
     const Ink digits = draw(L"25", Vec3(10, 20, 0), 30.0f);
     const Ink diameter = draw(L"\u230025", Vec3(10, 20, 0), 30.0f);
     ASSERT_FALSE(digits.empty());
@@ -292,8 +288,7 @@ TEST_F(TextGLTest, ASceneTextReadsFromEverySideAndFramesItsCompartments) {
     text.height = 50.0f;
     text.align = qrnsg::Text::CENTRE;
     qrnglutils::TextStripEntry entry(text, font);
-    // Seen as placed, from behind, upside down, and both: always the stem on the left and the
-    // foot at the bottom.
+    // Seen as placed, from behind, upside down, and both: the stem left, the foot down.
     const struct {
         Vec3 axis;
         float angle;

@@ -32,10 +32,8 @@ struct Recorder : qrngl::ISelector {
     std::vector<unsigned int> names;
 };
 
-// Box A (node 0) in front at the origin, box B (node 1) behind it and to the right, seen
-// straight along -z, orthographic: 1.5 pixels a unit, the origin at pixel (80, 60).
-// A covers pixels 65 to 95 across and 45 to 75 down; B 83 to 113 across, behind A where they
-// overlap.
+// Box A at the origin, box B behind it to the right, seen along -z, orthographic, 1.5 pixels
+// a unit: A covers pixels 65 to 95 across and 45 to 75 down; B 83 to 113 across, behind A.
 class PickingGLTest : public GLTest, public ::testing::WithParamInterface<Kind> {
 protected:
     unsigned int width() const override { return 160; }
@@ -111,16 +109,14 @@ TEST_P(PickingGLTest, APixelGivesTheFaceEdgeOrVertexDrawnThere) {
     expectEntity(pickAt(66, 46, 4), a, EntityNames::POINT, 6);
     if (GetParam() == SELECTION)
         return;
-    // The colour-id canvases prefer an edge near the cursor to the face under it, and do not
-    // see B's vertex hidden behind A.
+    // Colour-id canvases prefer a near edge to the face, and miss B's vertex behind A.
     expectEntity(pickAt(80, 47, 3), a, EntityNames::EDGE, 6);
     expectEntity(pickAt(80, 60, 3), a, EntityNames::FACE, 4);
     expectEntity(pickAt(88, 56, 1), a, EntityNames::FACE, 4);
 }
 
 TEST_P(PickingGLTest, ABoxPickReturnsTheEntitiesInside) {
-    // Left part of A: its face and its top, bottom and left front edges; not its right edge,
-    // not B, which lies hidden behind A up to x = 95.
+    // The left part of A: its face and top, bottom and left edges; not B, hidden behind A.
     const std::set<unsigned int> visible{
         name(a, EntityNames::FACE, 4), name(a, EntityNames::EDGE, 4), name(a, EntityNames::EDGE, 6),
         name(a, EntityNames::EDGE, 7)};

@@ -106,8 +106,7 @@ TEST_F(Fixture, TheApertureFollowsTheWindowAndABoxItsLowerLeftCorner) {
     EXPECT_EQ(canvas->calls, (std::vector<std::string>{"Invalidate"}));
     EXPECT_EQ(selector->calls, before);
 
-    // A box pick takes the lower left corner, whichever way it was dragged, and keeps a zero
-    // width at the origin.
+    // A box pick takes its lower left corner, however dragged; a zero width is at the origin.
     r = renderer(500, 400, 1.0f);
     for (auto c : std::vector<std::array<int, 4>>{
              {100, 50, 40, 80}, {40, 50, 100, 80}, {40, 80, 100, 50}, {100, 80, 40, 50}}) {
