@@ -27,8 +27,7 @@ std::string takeGLErrors() {
 void GLTest::SetUp() {
     context = makeGLContext(width(), height());
     ASSERT_TRUE(context->create()) << "no OpenGL context";
-    // Entry points beyond OpenGL 1.1 are the host's to load; on Linux the context did it.
-    // GLEW's probing may raise an error of its own: the test starts without any.
+    // The host loads entry points beyond 1.1; GLEW's probing may leave an error behind.
     glewInit();
     takeGLErrors();
 }
@@ -36,7 +35,6 @@ void GLTest::SetUp() {
 void GLTest::TearDown() {
     if (!context)
         return;
-    // Whatever the test drew, it left no OpenGL error behind.
     context->activate();
     EXPECT_NO_GL_ERROR();
     context->destroy();
@@ -84,8 +82,7 @@ bool near(const Rgba& a, const Rgba& b, int tolerance) {
 }
 
 std::ostream& operator<<(std::ostream& os, const Rgba& c) {
-    return os << "(" << int(c[0]) << ", " << int(c[1]) << ", " << int(c[2]) << ", " << int(c[3])
-              << ")";
+    return os << "(" << c[0] << ", " << c[1] << ", " << c[2] << ", " << c[3] << ")";
 }
 
 } // namespace qrntest

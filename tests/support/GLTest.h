@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -18,7 +17,6 @@ struct Rgba {
     friend bool operator==(const Rgba& x, const Rgba& y) {
         return x.r == y.r && x.g == y.g && x.b == y.b && x.a == y.a;
     }
-    friend bool operator!=(const Rgba& x, const Rgba& y) { return !(x == y); }
 };
 
 // Names every pending OpenGL error; empty when there is none. Reading clears them.
@@ -32,7 +30,8 @@ std::string takeGLErrors();
     } while (0)
 
 // The one fixture of OpenGL tests: a context of width() x height() without a visible window
-// (see GLContext.h), created and current for the test body.
+// (see GLContext.h), created and current for the test body. TearDown fails the test on any
+// OpenGL error left pending.
 class GLTest : public ::testing::Test {
 protected:
     void SetUp() override;
@@ -40,11 +39,9 @@ protected:
     virtual unsigned int width() const { return 64; }
     virtual unsigned int height() const { return 64; }
 
-    // A pixel of the current frame buffer (the context must be active), x from the left and
-    // y from the top. Like the bitmap context's image it has no alpha: alpha reads as 255.
+    // A pixel of the current frame buffer, x from the left and y from the top; alpha reads 255.
     Rgba pixel(unsigned int x, unsigned int y) const;
-    // The same pixel of the memory image, which holds the last frame presented by deactivate()
-    // (black before the first).
+    // The same pixel of the last frame deactivate() presented (black before the first).
     Rgba presentedPixel(unsigned int x, unsigned int y) const;
     // Fills the frame buffer with one colour, so that a test can tell whether anything drew.
     void fill(float r, float g, float b) const;

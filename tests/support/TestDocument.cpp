@@ -172,22 +172,4 @@ void fillViewport(const float rgb[3]) {
     glMatrixMode(GL_MODELVIEW);
 }
 
-FillPreRenderer::FillPreRenderer(short order, std::string name, float r, float g, float b,
-                                 std::shared_ptr<CallLog> log)
-    : m_order(order), m_name(std::move(name)), m_color{r, g, b}, m_log(std::move(log)) {}
-
-void FillPreRenderer::render() const {
-    m_log->push_back(m_name);
-    fillViewport(m_color);
-}
-
-FillPostRenderer::FillPostRenderer(short order, std::string name, float r, float g, float b,
-                                   std::shared_ptr<CallLog> log)
-    : m_order(order), m_name(std::move(name)), m_color{r, g, b}, m_log(std::move(log)) {}
-
-void FillPostRenderer::render() const {
-    m_log->push_back(m_name);
-    fillViewport(m_color);
-}
-
 } // namespace qrntest

@@ -68,49 +68,47 @@ private:
     float m_size;
 };
 
-// Pre- and post-renderers that fill the viewport with one colour (depth test off) and note
-// their names in a shared log, so that tests see the order they ran in.
-using CallLog = std::vector<std::string>;
+// Fills the viewport with one colour through identity matrices, depth test off.
+void fillViewport(const float rgb[3]);
 
-class FillPreRenderer : public qrngl::IPreRenderer {
+// A renderer that runs a function: a single one, or a pre- or post-renderer of an order.
+template <class Base = qrngl::IRenderer>
+class FunctionRenderer : public Base {
 public:
-    FillPreRenderer(short order, std::string name, float r, float g, float b,
-                    std::shared_ptr<CallLog> log);
-    void render() const override;
-    short order() const override { return m_order; }
-
-private:
-    short m_order;
-    std::string m_name;
-    float m_color[3];
-    std::shared_ptr<CallLog> m_log;
-};
-
-class FillPostRenderer : public qrngl::IPostRenderer {
-public:
-    FillPostRenderer(short order, std::string name, float r, float g, float b,
-                     std::shared_ptr<CallLog> log);
-    void render() const override;
-    short order() const override { return m_order; }
-
-private:
-    short m_order;
-    std::string m_name;
-    float m_color[3];
-    std::shared_ptr<CallLog> m_log;
-};
-
-// A single renderer that runs a function.
-class FunctionRenderer : public qrngl::IRenderer {
-public:
-    explicit FunctionRenderer(std::function<void()> f) : m_f(std::move(f)) {}
+    explicit FunctionRenderer(std::function<void()> f, short order = 0)
+        : m_f(std::move(f)), m_order(order) {}
     void render() const override { m_f(); }
+    short order() const override { return m_order; }
 
 private:
     std::function<void()> m_f;
+    short m_order;
 };
 
-// Fills the viewport with one colour through identity matrices, depth test off.
-void fillViewport(const float rgb[3]);
+template <class Base = qrngl::IRenderer>
+std::shared_ptr<Base> calling(std::function<void()> f, short order = 0) {
+    return std::make_shared<FunctionRenderer<Base>>(std::move(f), order);
+}
+
+// Renderers that log their names, the pre- and post-renderers filling the viewport too.
+using CallLog = std::vector<std::string>;
+
+inline std::shared_ptr<qrngl::IRenderer> noting(std::shared_ptr<CallLog> log, std::string name) {
+    return calling([log, name] { log->push_back(name); });
+}
+
+template <class Base>
+std::shared_ptr<Base> filling(short order, std::string name, float r, float g, float b,
+                              std::shared_ptr<CallLog> log) {
+    return calling<Base>(
+        [=] {
+            log->push_back(name);
+            const float rgb[3] = {r, g, b};
+            fillViewport(rgb);
+        },
+        order);
+}
+constexpr auto preFill = filling<qrngl::IPreRenderer>;
+constexpr auto postFill = filling<qrngl::IPostRenderer>;
 
 } // namespace qrntest

@@ -33,21 +33,16 @@ const AxisAngle kSamples[] = {
 
 } // namespace
 
-TEST(QuatUtils, ToMatrixAgreesWithMatrixRotation) {
+TEST(QuatUtils, MatrixAndAxisAngleFormsAgree) {
+    const Vec3 v(0.4f, -1.5f, 2.0f);
     for (const AxisAngle& s : kSamples) {
-        Vec4 q = Q::fromAxisAngle(s.axis, s.angle);
+        const Vec4 q = Q::fromAxisAngle(s.axis, s.angle);
+        const Mat4 m = M::rotation(s.axis, s.angle);
         EXPECT_NEAR(q.length(), 1.0f, 1e-6f);
-        EXPECT_TRUE(tuplesNear(Q::toMatrix(q), M::rotation(s.axis, s.angle)));
-        Vec3 v(0.4f, -1.5f, 2.0f);
-        EXPECT_TRUE(
-            tuplesNear(Q::rotate(q, v), M::transformVector(M::rotation(s.axis, s.angle), v)));
-    }
-}
-
-TEST(QuatUtils, FromMatrixInvertsToMatrix) {
-    for (const AxisAngle& s : kSamples) {
-        Vec4 q = Q::fromAxisAngle(s.axis, s.angle);
-        EXPECT_TRUE(sameRotation(Q::fromMatrix(Q::toMatrix(q)), q));
+        EXPECT_TRUE(tuplesNear(Q::toMatrix(q), m));
+        EXPECT_TRUE(tuplesNear(Q::rotate(q, v), M::transformVector(m, v)));
+        EXPECT_TRUE(sameRotation(Q::fromMatrix(m), q));
+        EXPECT_TRUE(sameRotation(Q::create(m), q));
     }
     EXPECT_TRUE(sameRotation(Q::fromMatrix(M::identity()), Q::identity()));
     // Translation and scale are not part of the rotation.
@@ -55,9 +50,15 @@ TEST(QuatUtils, FromMatrixInvertsToMatrix) {
     Mat4 m = M::multiply(M::translation(Vec3(5.0f, -2.0f, 1.0f)),
                          M::multiply(Q::toMatrix(q), M::scaling(Vec3(3.0f))));
     EXPECT_TRUE(sameRotation(Q::fromMatrix(m), q));
+    // create takes degrees; a quarter turn about Z takes X to Y, the right-handed way.
+    const Vec3 axis(1.0f, -2.0f, 0.5f);
+    EXPECT_TRUE(sameRotation(Q::create(axis, 10.0f), Q::fromAxisAngle(axis, kPi / 18.0f)));
+    EXPECT_TRUE(sameRotation(Q::create(axis, -90.0f), Q::fromAxisAngle(axis, -kPi / 2.0f)));
+    EXPECT_TRUE(tuplesNear(Q::rotate(Q::create(Vec3(0.0f, 0.0f, 1.0f), 90.0f), Vec3(1, 0, 0)),
+                           Vec3(0.0f, 1.0f, 0.0f)));
 }
 
-TEST(QuatUtils, MultiplyAppliesRightOperandFirst) {
+TEST(QuatUtils, MultiplyAppliesRightOperandFirstAndAxisAngleRoundTrips) {
     Vec4 a = Q::fromAxisAngle(Vec3(0.0f, 0.0f, 1.0f), kPi / 2.0f);
     Vec4 b = Q::fromAxisAngle(Vec3(1.0f, 0.0f, 0.0f), kPi / 2.0f);
     Vec3 v(0.0f, 1.0f, 0.0f);
@@ -67,9 +68,8 @@ TEST(QuatUtils, MultiplyAppliesRightOperandFirst) {
     EXPECT_TRUE(
         tuplesNear(Q::toMatrix(Q::multiply(a, b)), M::multiply(Q::toMatrix(a), Q::toMatrix(b))));
     EXPECT_TRUE(sameRotation(Q::multiply(a, Q::conjugate(a)), Q::identity()));
-}
 
-TEST(QuatUtils, AxisAngleRoundTrip) {
+    // Axis and angle round trip.
     Vec3 axis;
     float angle = -1.0f;
     ASSERT_TRUE(Q::toAxisAngle(Q::fromAxisAngle(Vec3(0.0f, 3.0f, 4.0f), 1.25f), axis, angle));
@@ -84,62 +84,38 @@ TEST(QuatUtils, AxisAngleRoundTrip) {
     EXPECT_EQ(angle, 0.0f);
 }
 
-TEST(QuatUtils, SlerpEndpointsAndMidpoint) {
+TEST(QuatUtils, SlerpTakesTheShortestArcAndIsStableForNearlyEqualInputs) {
     Vec3 axis(0.0f, 1.0f, 0.0f);
     Vec4 a = Q::fromAxisAngle(axis, 0.2f), b = Q::fromAxisAngle(axis, 1.4f);
     EXPECT_TRUE(sameRotation(Q::slerp(a, b, 0.0f), a));
     EXPECT_TRUE(sameRotation(Q::slerp(a, b, 1.0f), b));
     EXPECT_TRUE(sameRotation(Q::slerp(a, b, 0.5f), Q::fromAxisAngle(axis, 0.8f)));
     EXPECT_TRUE(sameRotation(Q::slerp(a, b, 0.25f), Q::fromAxisAngle(axis, 0.5f)));
-}
-
-TEST(QuatUtils, SlerpTakesShortestArc) {
-    Vec3 axis(0.0f, 0.0f, 1.0f);
-    Vec4 a = Q::fromAxisAngle(axis, 0.1f);
     // -b is the same rotation; either way the midpoint is half of the short 0.4 rad turn.
-    Vec4 b = -Q::fromAxisAngle(axis, 0.5f);
+    a = Q::fromAxisAngle(axis, 0.1f);
+    b = -Q::fromAxisAngle(axis, 0.5f);
     Vec4 mid = Q::slerp(a, b, 0.5f);
     EXPECT_TRUE(sameRotation(mid, Q::fromAxisAngle(axis, 0.3f)));
     EXPECT_NEAR(Q::angleBetween(a, mid), 0.2f, 1e-5f);
     EXPECT_NEAR(Q::angleBetween(b, a), 0.4f, 1e-5f);
-}
-
-TEST(QuatUtils, SlerpOfNearlyEqualInputsIsStable) {
-    Vec4 a = Q::fromAxisAngle(Vec3(1.0f, 1.0f, 1.0f), 0.7f);
-    Vec4 b = Q::fromAxisAngle(Vec3(1.0f, 1.0f, 1.0f), 0.7f + 1e-6f);
+    b = Q::fromAxisAngle(axis, 0.1f + 1e-6f);
     EXPECT_TRUE(sameRotation(Q::slerp(a, b, 0.3f), a));
     EXPECT_TRUE(sameRotation(Q::slerp(a, a, 0.5f), a));
 }
 
-TEST(QuatUtils, FromTwoVectorsTurnsFromOntoTo) {
+TEST(QuatUtils, FromTwoVectorsTurnsTheShortWayEvenBetweenOppositeVectors) {
     Vec3 from(1.0f, 2.0f, 0.5f), to(-3.0f, 0.0f, 1.0f);
     Vec4 q = Q::fromTwoVectors(from, to);
     EXPECT_TRUE(tuplesNear(Q::rotate(q, from.normalized()), to.normalized()));
-    // Shortest: the angle turned is the angle between the vectors.
     float between = std::acos(from.normalized().dot(to.normalized()));
     EXPECT_NEAR(Q::angleBetween(Q::identity(), q), between, 1e-5f);
     EXPECT_TRUE(sameRotation(Q::fromTwoVectors(from, from * 3.0f), Q::identity()));
-}
-
-TEST(QuatUtils, FromTwoVectorsHandlesOppositeVectors) {
-    for (Vec3 from : {Vec3(1.0f, 0.0f, 0.0f), Vec3(0.0f, 0.0f, -2.0f), Vec3(1.0f, -1.0f, 2.0f)}) {
-        Vec4 q = Q::fromTwoVectors(from, -from);
+    for (Vec3 v : {Vec3(1.0f, 0.0f, 0.0f), Vec3(0.0f, 0.0f, -2.0f), Vec3(1.0f, -1.0f, 2.0f)}) {
+        q = Q::fromTwoVectors(v, -v);
         EXPECT_NEAR(q.length(), 1.0f, 1e-5f);
         EXPECT_NEAR(Q::angleBetween(Q::identity(), q), kPi, 1e-5f);
-        EXPECT_TRUE(tuplesNear(Q::rotate(q, from), -from));
+        EXPECT_TRUE(tuplesNear(Q::rotate(q, v), -v));
     }
-}
-
-TEST(QuatUtils, CreateTakesDegreesAndMatrices) {
-    const Vec3 axis(1.0f, -2.0f, 0.5f);
-    EXPECT_TRUE(sameRotation(Q::create(axis, 10.0f), Q::fromAxisAngle(axis, kPi / 18.0f)));
-    EXPECT_TRUE(sameRotation(Q::create(axis, -90.0f), Q::fromAxisAngle(axis, -kPi / 2.0f)));
-    // A quarter turn about Z takes X to Y, the right-handed way.
-    EXPECT_TRUE(tuplesNear(Q::rotate(Q::create(Vec3(0.0f, 0.0f, 1.0f), 90.0f), Vec3(1, 0, 0)),
-                           Vec3(0.0f, 1.0f, 0.0f)));
-    for (const AxisAngle& s : kSamples)
-        EXPECT_TRUE(sameRotation(Q::create(M::rotation(s.axis, s.angle)),
-                                 Q::fromAxisAngle(s.axis, s.angle)));
 }
 
 TEST(QuatUtils, InterpolateTakesAShareOfTheRotation) {

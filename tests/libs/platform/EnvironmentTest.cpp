@@ -6,7 +6,7 @@
 
 using qrnplatform::Environment;
 
-TEST(Environment, ExecutableIsThisTest) {
+TEST(Environment, ExecutableIsThisTestAndVariablesAreSetReadAndUnset) {
     EXPECT_EQ(Environment::executableBaseName(), L"qrnplatform_unit_tests");
 
     const std::wstring path = Environment::executablePath();
@@ -22,9 +22,7 @@ TEST(Environment, ExecutableIsThisTest) {
     EXPECT_EQ(path.substr(path.size() - fileName.size()), fileName);
     const wchar_t before = path[path.size() - fileName.size() - 1];
     EXPECT_TRUE(before == L'/' || before == L'\\');
-}
 
-TEST(Environment, VariablesSetReadAndUnset) {
     const std::wstring name = L"QRNPLATFORM_TEST_VARIABLE";
     ASSERT_TRUE(Environment::unsetVariable(name));
     EXPECT_EQ(Environment::getVariable(name), L"");

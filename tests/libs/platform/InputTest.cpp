@@ -24,7 +24,7 @@ void sendKey(int virtualKey, bool down) {
     ASSERT_EQ(::SendInput(1, &input, sizeof input), 1u);
 }
 
-TEST(Input, KeyStateIsTheSystems) {
+TEST(Input, KeysAreTheSystemsAndTouchNeedsEveryBitOfTheSignature) {
     EXPECT_EQ(::GetAsyncKeyState(kIdleKey), 0);
     EXPECT_FALSE(Input::isKeyDown(kIdleKey));
 
@@ -37,9 +37,7 @@ TEST(Input, KeyStateIsTheSystems) {
     // What a host reports does not override the system.
     Input::setKeyDown(kIdleKey, true);
     EXPECT_FALSE(Input::isKeyDown(kIdleKey));
-}
 
-TEST(Input, TouchNeedsEveryBitOfTheSignature) {
     // Outside any message there is no extra information.
     EXPECT_FALSE(Input::isTouchMessage());
 
@@ -64,7 +62,7 @@ TEST(Input, TouchNeedsEveryBitOfTheSignature) {
 
 #else
 
-TEST(Input, KeyStateIsWhatTheHostReports) {
+TEST(Input, KeysAndTouchAreWhatTheHostReports) {
     EXPECT_FALSE(Input::isKeyDown(kPressedKey));
 
     Input::setKeyDown(kPressedKey, true);
@@ -87,9 +85,7 @@ TEST(Input, KeyStateIsWhatTheHostReports) {
     Input::setKeyDown(255, true);
     EXPECT_TRUE(Input::isKeyDown(255));
     Input::setKeyDown(255, false);
-}
 
-TEST(Input, TouchIsWhatTheHostReports) {
     EXPECT_FALSE(Input::isTouchMessage());
     Input::setTouchMessage(true);
     EXPECT_TRUE(Input::isTouchMessage());

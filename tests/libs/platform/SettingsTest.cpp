@@ -19,28 +19,18 @@ using qrnplatform::Settings;
 
 namespace {
 
-// Each test gets settings of its own: on Linux a fresh configuration folder, on Windows (and
-// under Wine) a key of a made-up application in the real registry, deleted afterwards.
+// Each test gets settings of its own: on Linux a fresh configuration folder (each test runs in
+// a process of its own), on Windows a key of a made-up application, deleted afterwards.
 class SettingsTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        m_app = platformtest::uniqueName(L"qrnplatform-test-");
 #ifndef _WIN32
-        m_config = std::make_unique<platformtest::TempFolder>();
-        m_oldConfigHome = Environment::getVariable(L"XDG_CONFIG_HOME");
         ASSERT_TRUE(Environment::setVariable(L"XDG_CONFIG_HOME", m_config->path()));
 #endif
     }
-
     void TearDown() override {
 #ifdef _WIN32
         ::RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\" + m_app).c_str());
-#else
-        if (m_oldConfigHome.empty())
-            Environment::unsetVariable(L"XDG_CONFIG_HOME");
-        else
-            Environment::setVariable(L"XDG_CONFIG_HOME", m_oldConfigHome);
-        m_config.reset();
 #endif
     }
 
@@ -63,10 +53,10 @@ protected:
         std::ofstream(file(), std::ios::binary) << text;
     }
 
-    std::unique_ptr<platformtest::TempFolder> m_config;
-    std::wstring m_oldConfigHome;
+    std::unique_ptr<platformtest::TempFolder> m_config =
+        std::make_unique<platformtest::TempFolder>();
 #endif
-    std::wstring m_app;
+    const std::wstring m_app = platformtest::uniqueName(L"qrnplatform-test-");
 };
 
 // The value read, or nothing when it reads as missing; a failed read leaves the value alone.
@@ -80,13 +70,7 @@ std::optional<unsigned int> read(const Settings& settings, const std::wstring& n
 
 } // namespace
 
-TEST_F(SettingsTest, KeyFollowsTheRegistryLayout) {
-    EXPECT_EQ(Settings(L"Settings\\Tools", L"qrnview").keyPath(),
-              L"Software\\qrnview\\qrnview\\Settings\\Tools");
-    EXPECT_EQ(Settings(L"Settings\\Measurement").appName(), L"qrnplatform_unit_tests");
-}
-
-TEST_F(SettingsTest, ValuesRoundTripAndOverwrite) {
+TEST_F(SettingsTest, ValuesRoundTripAndOverwriteKeptApartBySubKeyAndApplication) {
     Settings tools = settings(L"Settings\\Tools");
     EXPECT_FALSE(read(tools, L"Operation"));
     const std::pair<const wchar_t*, unsigned int> values[] = {
@@ -100,10 +84,12 @@ TEST_F(SettingsTest, ValuesRoundTripAndOverwrite) {
     EXPECT_EQ(read(tools, L"Operation"), 7u);
     ASSERT_TRUE(tools.writeDword(L"OPERATION", 8));
     EXPECT_EQ(read(tools, L"operation"), 8u);
-}
 
-TEST_F(SettingsTest, SubKeysAndApplicationsAreKeptApart) {
-    Settings tools = settings(L"Settings\\Tools");
+    EXPECT_EQ(Settings(L"Settings\\Tools", L"qrnview").keyPath(),
+              L"Software\\qrnview\\qrnview\\Settings\\Tools");
+    EXPECT_EQ(Settings(L"Settings\\Measurement").appName(), L"qrnplatform_unit_tests");
+
+    // Subkeys and applications are kept apart.
     Settings measurement = settings(L"Settings\\Measurement");
     ASSERT_TRUE(tools.writeDword(L"Operation", 1));
     ASSERT_TRUE(measurement.writeDword(L"Operation", 2));
@@ -197,16 +183,6 @@ TEST_F(SettingsTest, OnlyDwordValuesAreRead) {
 
 #else
 
-TEST_F(SettingsTest, FileHoldsSectionsNamedBySubKey) {
-    ASSERT_TRUE(settings(L"Settings\\Tools").writeDword(L"Operation", 3));
-    EXPECT_EQ(fileText(), "[Settings\\Tools]\nOperation=3\n");
-    EXPECT_EQ(settings(L"Settings\\Tools").location(),
-              qrnplatform::Text::fromUtf8(file().u8string()) + L" [Settings\\Tools]");
-    // Written by replacing the file whole: no temporary file is left beside it.
-    for (const auto& entry : std::filesystem::directory_iterator(file().parent_path()))
-        EXPECT_EQ(entry.path().filename(), "settings.ini");
-}
-
 TEST_F(SettingsTest, ValuesThatAreNotNumbersReadAsMissing) {
     writeFile("[Settings\\Tools]\n"
               "Word=abc\nNegative=-1\nTooLarge=4294967296\nHex=0x10\nEmpty=\nMixed=12a\n"
@@ -229,7 +205,7 @@ TEST_F(SettingsTest, ValuesThatAreNotNumbersReadAsMissing) {
     EXPECT_FALSE(settings(L"Settings\\Other").readString(L"Word", text));
 }
 
-TEST_F(SettingsTest, WritingKeepsEverythingElseAndThePermissions) {
+TEST_F(SettingsTest, FileHoldsSectionsNamedBySubKeyAndWritingKeepsEverythingElse) {
     writeFile("; edited by hand\nTop=1\n\n"
               "[Settings\\Measurement]\nUnit=2\n# a comment\nMode = 5\n\n"
               "[Settings\\Tools]\nOperation=1\nSnap=abc\n"
@@ -248,14 +224,30 @@ TEST_F(SettingsTest, WritingKeepsEverythingElseAndThePermissions) {
                           "[Settings\\View]\nMode=2\n");
     EXPECT_EQ(read(settings(L"Settings\\Measurement"), L"Mode"), 5u);
     EXPECT_EQ(fs::status(file()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+
+    // A fresh file holds the section named by the subkey.
+    std::filesystem::remove(file());
+    ASSERT_TRUE(settings(L"Settings\\Tools").writeDword(L"Operation", 3));
+    EXPECT_EQ(fileText(), "[Settings\\Tools]\nOperation=3\n");
+    EXPECT_EQ(settings(L"Settings\\Tools").location(),
+              qrnplatform::Text::fromUtf8(file().u8string()) + L" [Settings\\Tools]");
+    // Written by replacing the file whole: no temporary file is left beside it.
+    for (const auto& entry : std::filesystem::directory_iterator(file().parent_path()))
+        EXPECT_EQ(entry.path().filename(), "settings.ini");
 }
 
-TEST_F(SettingsTest, FallsBackToHomeAndFailsWithoutAFolder) {
+TEST_F(SettingsTest, RefusesWhatItCannotHoldAndFallsBackToHome) {
+    Settings tools = settings(L"Settings\\Tools");
+    for (const wchar_t* name : {L"a=b", L"line\nbreak", L""})
+        EXPECT_FALSE(tools.writeDword(name, 1));
+    EXPECT_FALSE(settings(L"Bad]Section").writeDword(L"Operation", 1));
+    EXPECT_FALSE(std::filesystem::exists(file()));
+
     const std::wstring oldHome = Environment::getVariable(L"HOME");
     // A relative XDG_CONFIG_HOME is to be ignored.
     ASSERT_TRUE(Environment::setVariable(L"XDG_CONFIG_HOME", L"relative/config"));
     ASSERT_TRUE(Environment::setVariable(L"HOME", m_config->path()));
-    const bool written = settings(L"Settings\\Tools").writeDword(L"Operation", 3);
+    const bool written = tools.writeDword(L"Operation", 3);
     Environment::setVariable(L"HOME", oldHome);
     EXPECT_TRUE(written);
     EXPECT_TRUE(qrnplatform::File::exists(*m_config / (L".config/" + m_app + L"/settings.ini")));
@@ -264,16 +256,8 @@ TEST_F(SettingsTest, FallsBackToHomeAndFailsWithoutAFolder) {
     const std::wstring blocker = *m_config / L"blocker";
     std::ofstream(platformtest::fsPath(blocker)) << "x";
     ASSERT_TRUE(Environment::setVariable(L"XDG_CONFIG_HOME", blocker));
-    EXPECT_FALSE(settings(L"Settings\\Tools").writeDword(L"Operation", 3));
-    EXPECT_FALSE(read(settings(L"Settings\\Tools"), L"Operation"));
-}
-
-TEST_F(SettingsTest, RefusesNamesTheFileCannotHold) {
-    Settings tools = settings(L"Settings\\Tools");
-    for (const wchar_t* name : {L"a=b", L"line\nbreak", L""})
-        EXPECT_FALSE(tools.writeDword(name, 1));
-    EXPECT_FALSE(settings(L"Bad]Section").writeDword(L"Operation", 1));
-    EXPECT_FALSE(std::filesystem::exists(file()));
+    EXPECT_FALSE(tools.writeDword(L"Operation", 3));
+    EXPECT_FALSE(read(tools, L"Operation"));
 }
 
 #endif

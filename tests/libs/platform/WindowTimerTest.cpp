@@ -33,11 +33,16 @@ public:
 private:
     int m_dummy = 0;
 };
+
+std::uint64_t g_now = 0; // the host's clock
+std::uint64_t testClock() {
+    return g_now;
+}
 #endif
 
 } // namespace
 
-TEST(WindowTimer, RecordsWhatRunsOnWhichWindow) {
+TEST(WindowTimer, RecordsWhatRunsOnWhichWindowAndTicks) {
     TestWindow a, b;
     ASSERT_TRUE(a.handle() && b.handle());
     EXPECT_EQ(WindowTimer::interval(a.handle(), 101), 0u);
@@ -66,11 +71,9 @@ TEST(WindowTimer, RecordsWhatRunsOnWhichWindow) {
     EXPECT_FALSE(WindowTimer::invalidate(nullptr));
     EXPECT_EQ(WindowTimer::takeInvalidated(), (std::vector<void*>{b.handle(), a.handle()}));
     EXPECT_TRUE(WindowTimer::takeInvalidated().empty());
-}
 
 #ifdef _WIN32
-
-TEST(WindowTimer, TheSystemDeliversTheTicks) {
+    // The system delivers the ticks.
     TestWindow w;
     HWND hwnd = static_cast<HWND>(w.handle());
     ASSERT_TRUE(WindowTimer::setTimer(w.handle(), 101, 10));
@@ -87,19 +90,8 @@ TEST(WindowTimer, TheSystemDeliversTheTicks) {
     EXPECT_FALSE(::PeekMessageW(&msg, hwnd, WM_TIMER, WM_TIMER, PM_REMOVE));
     EXPECT_EQ(WindowTimer::timeToNextTick(), -1);
     EXPECT_TRUE(WindowTimer::takeDueTicks().empty());
-}
-
 #else
-
-namespace {
-std::uint64_t g_now = 0;
-std::uint64_t testClock() {
-    return g_now;
-}
-} // namespace
-
-TEST(WindowTimer, TheHostDrivesTheTicks) {
-    TestWindow a, b;
+    // The host drives the ticks.
     g_now = 1000;
     WindowTimer::setClock(testClock);
     EXPECT_EQ(WindowTimer::timeToNextTick(), -1);
@@ -137,6 +129,5 @@ TEST(WindowTimer, TheHostDrivesTheTicks) {
     WindowTimer::killTimer(a.handle(), 101);
     EXPECT_EQ(WindowTimer::timeToNextTick(), -1);
     WindowTimer::setClock(nullptr);
-}
-
 #endif
+}

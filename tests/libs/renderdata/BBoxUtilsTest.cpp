@@ -20,7 +20,7 @@ qrnsg::Mesh cube(float lo, float hi) {
 
 } // namespace
 
-TEST(BBoxUtils, BoxOfThePlacedVisiblePrimitives) {
+TEST(BBoxUtils, BoxOfThePlacedVisiblePrimitivesItsSphereAndCameraFit) {
     qrnsg::SCScene scene;
     qrnsg::SCSceneRT rt;
     scene.meshes.push_back(cube(0.0f, 1.0f));
@@ -65,10 +65,9 @@ TEST(BBoxUtils, BoxOfThePlacedVisiblePrimitives) {
     EXPECT_EQ(box.min(), Vec3(2.0f));
     EXPECT_EQ(box.max(), Vec3(3.0f));
     EXPECT_TRUE(BBoxUtils::get(qrnsg::SCSceneRes(), rt, false).isEmpty());
-}
 
-TEST(BBoxUtils, SphereAndCameraFit) {
-    const qrnsg::BBox box(Vec3(0.0f, 0.0f, 0.0f), Vec3(6.0f, 2.0f, 3.0f));
+    // The sphere around a box, and the camera fitted to it.
+    box = qrnsg::BBox(Vec3(0.0f, 0.0f, 0.0f), Vec3(6.0f, 2.0f, 3.0f));
     Vec3 centre(9.0f);
     float radius = 9.0f;
     EXPECT_FALSE(BBoxUtils::getSphere(qrnsg::BBox(), centre, radius));

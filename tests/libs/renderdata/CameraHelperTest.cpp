@@ -41,24 +41,7 @@ std::shared_ptr<Camera> movedCamera(Camera::Projection projection) {
 
 } // namespace
 
-TEST(CameraHelper, BillboardFacesTheViewer) {
-    auto cam = movedCamera(Camera::PERSPECTIVE);
-    const qrnmath::Mat4 bb = CameraHelper::getBillboardRotation(cam);
-    const qrnmath::Mat4 vb = M::multiply(cam->getViewMatrix(), bb);
-    for (const Vec3& axis : {Vec3(1.0f, 0.0f, 0.0f), Vec3(0.0f, 1.0f, 0.0f)})
-        EXPECT_TRUE(qrnmath::nearlyEqual(M::transformVector(vb, axis), axis, 1e-5f));
-    // A pure rotation: no translation, no projective row.
-    for (int i : {3, 7, 11, 12, 13, 14})
-        EXPECT_EQ(bb[i], 0.0f) << i;
-    EXPECT_EQ(bb[15], 1.0f);
-
-    EXPECT_EQ(CameraHelper::getBillboardRotation(nullptr), M::identity());
-    CameraHelper::setViewport(640, 0, cam);
-    EXPECT_EQ(cam->viewportWidth(), 640u);
-    EXPECT_EQ(cam->viewportHeight(), 1u);
-}
-
-TEST(CameraHelper, ZoomKeepsThePointUnderTheCursor) {
+TEST(CameraHelper, ZoomPanAndRotateKeepWhatTheyTurnAbout) {
     for (auto projection : kProjections) {
         SCOPED_TRACE(projection);
         auto c = movedCamera(projection);
@@ -83,30 +66,22 @@ TEST(CameraHelper, ZoomKeepsThePointUnderTheCursor) {
             CameraHelper::zoom(c, 10, 20, 3.0f, true);
             EXPECT_TRUE(samePixel(toWindow(c, deep), Vec3(10.0f, 20.0f, 0.0f)));
         }
-        const qrnmath::Mat4 before = CameraHelper::getModelToScreen(c);
+        const qrnmath::Mat4 unzoomed = CameraHelper::getModelToScreen(c);
         CameraHelper::zoom(c, 10, 20, 0.0f, true);
-        EXPECT_EQ(CameraHelper::getModelToScreen(c), before);
-    }
-}
+        EXPECT_EQ(CameraHelper::getModelToScreen(c), unzoomed);
 
-TEST(CameraHelper, PanFollowsThePointer) {
-    for (auto projection : kProjections) {
-        SCOPED_TRACE(projection);
-        auto c = movedCamera(projection);
-        const Vec3 p = fromWindow(c, 200.0f, 100.0f, c->sphereCentre());
+        // A pan: the point under the pointer follows it.
+        c = movedCamera(projection);
+        const Vec3 grabbed = fromWindow(c, 200.0f, 100.0f, c->sphereCentre());
         CameraHelper::translate(c, 17, -9);
-        EXPECT_TRUE(samePixel(toWindow(c, p), Vec3(217.0f, 91.0f, 0.0f)));
+        EXPECT_TRUE(samePixel(toWindow(c, grabbed), Vec3(217.0f, 91.0f, 0.0f)));
         CameraHelper::translate(c, -300, 250);
-        EXPECT_TRUE(samePixel(toWindow(c, p), Vec3(-83.0f, 341.0f, 0.0f)));
+        EXPECT_TRUE(samePixel(toWindow(c, grabbed), Vec3(-83.0f, 341.0f, 0.0f)));
         // The depth of the sphere is not the pan's business.
         EXPECT_EQ(c->modelTranslation()[2], 0.0f);
-    }
-}
 
-TEST(CameraHelper, RotateTurnsAboutTheSphereCentre) {
-    for (auto projection : kProjections) {
-        SCOPED_TRACE(projection);
-        auto c = movedCamera(projection);
+        // A turn about the sphere's centre.
+        c = movedCamera(projection);
         const Vec3 centre = toWindow(c, c->sphereCentre());
         // The sphere's point nearest the eye.
         const Vec3 front = c->sphereCentre() - c->direction() * c->sphereRadius();
@@ -128,7 +103,7 @@ TEST(CameraHelper, RotateTurnsAboutTheSphereCentre) {
     }
 }
 
-TEST(CameraHelper, LookAtAndGetEyeTargetUpRoundTrip) {
+TEST(CameraHelper, LookAtRoundTripsAndZoomBoxFillsTheViewport) {
     for (auto projection : kProjections) {
         SCOPED_TRACE(projection);
         auto c = movedCamera(projection);
@@ -161,15 +136,10 @@ TEST(CameraHelper, LookAtAndGetEyeTargetUpRoundTrip) {
         EXPECT_FALSE(CameraHelper::lookAt(copy, target, target, up));
         EXPECT_FALSE(CameraHelper::lookAt(copy, eye, target, direction * 2.0f));
         EXPECT_EQ(copy->getViewMatrix(), view);
-    }
-}
 
-TEST(CameraHelper, ZoomBoxPutsTheBoxCornersAtTheViewportEdges) {
-    for (auto projection : kProjections) {
-        SCOPED_TRACE(projection);
-        auto c = movedCamera(projection); // 640 x 480
+        // A zoom box of the viewport's shape, dragged from lower right, fills the viewport.
+        c = movedCamera(projection);
         const Vec3 at = c->sphereCentre();
-        // A rectangle of the viewport's shape, dragged from its lower right corner.
         const Vec3 a = fromWindow(c, 100.0f, 60.0f, at), b = fromWindow(c, 260.0f, 180.0f, at);
         CameraHelper::zoomBox(c, 260, 180, 100, 60);
         EXPECT_TRUE(samePixel(toWindow(c, a), Vec3(0.0f, 0.0f, 0.0f), 1e-2f));
@@ -260,7 +230,7 @@ TEST(CameraHelper, AnimationStepsAddUp) {
     EXPECT_EQ(c->zoomFactor(), 1.0f);
 }
 
-TEST(CameraHelper, ModelToScreenAndEmptyCamera) {
+TEST(CameraHelper, ModelToScreenBillboardAndEmptyCamera) {
     auto c = obliqueCamera(Camera::ORTHOGRAPHIC, 640, 480);
     // The centre in the middle, the sphere's top on the top edge, depth inside [0, 1].
     const Vec3 middle = toWindow(c, c->sphereCentre());
@@ -269,6 +239,22 @@ TEST(CameraHelper, ModelToScreenAndEmptyCamera) {
     EXPECT_LT(middle[2], 1.0f);
     EXPECT_TRUE(
         samePixel(toWindow(c, c->sphereCentre() + c->up() * c->sphereRadius()), Vec3(320, 0, 0)));
+
+    // The billboard rotation faces the viewer.
+    auto cam = movedCamera(Camera::PERSPECTIVE);
+    const qrnmath::Mat4 bb = CameraHelper::getBillboardRotation(cam);
+    const qrnmath::Mat4 vb = M::multiply(cam->getViewMatrix(), bb);
+    for (const Vec3& axis : {Vec3(1.0f, 0.0f, 0.0f), Vec3(0.0f, 1.0f, 0.0f)})
+        EXPECT_TRUE(qrnmath::nearlyEqual(M::transformVector(vb, axis), axis, 1e-5f));
+    // A pure rotation: no translation, no projective row.
+    for (int i : {3, 7, 11, 12, 13, 14})
+        EXPECT_EQ(bb[i], 0.0f) << i;
+    EXPECT_EQ(bb[15], 1.0f);
+
+    EXPECT_EQ(CameraHelper::getBillboardRotation(nullptr), M::identity());
+    CameraHelper::setViewport(640, 0, cam);
+    EXPECT_EQ(cam->viewportWidth(), 640u);
+    EXPECT_EQ(cam->viewportHeight(), 1u);
 
     std::shared_ptr<Camera> none;
     Vec3 centre(7.0f, 7.0f, 7.0f), eye, target, direction, up;

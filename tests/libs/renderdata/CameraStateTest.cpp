@@ -11,7 +11,7 @@ using qrngl::Camera;
 using qrngl::CameraHelper;
 using qrnmath::Vec3;
 
-TEST(CameraState, RestorePutsTheCameraBackButKeepsTheWindowSize) {
+TEST(CameraState, RestorePutsTheCameraBackAndTheViewActivatorShowsASavedView) {
     auto camera = qrngltest::obliqueCamera(Camera::PERSPECTIVE, 640, 480);
     CameraHelper::translate(camera, 10, 20);
     const qrnmath::Mat4 view = camera->getViewMatrix();
@@ -38,9 +38,8 @@ TEST(CameraState, RestorePutsTheCameraBackButKeepsTheWindowSize) {
     state.restore(); // the camera is gone: nothing to do
     qrnglutils::CameraState none(nullptr);
     none.restore();
-}
 
-TEST(ViewActivator, ShowsTheSavedView) {
+    // The view activator shows a saved view.
     qrnsg::SCView views;
     qrnsg::SCView::View v;
     v.eye = Vec3(5.0f, -50.0f, 5.0f);
@@ -52,7 +51,7 @@ TEST(ViewActivator, ShowsTheSavedView) {
     v.orthographic = false;
     views.views.push_back(v);
 
-    auto camera = qrngltest::obliqueCamera(Camera::ORTHOGRAPHIC, 640, 480);
+    camera = qrngltest::obliqueCamera(Camera::ORTHOGRAPHIC, 640, 480);
     CameraHelper::translate(camera, 30, 30);
     ASSERT_TRUE(qrnglutils::ViewActivator::apply(views, 0, camera));
     EXPECT_TRUE(qrnmath::nearlyEqual(camera->direction(), (v.target - v.eye).normalized(), 1e-6f));
@@ -70,11 +69,11 @@ TEST(ViewActivator, ShowsTheSavedView) {
                 distance * std::tan(camera->fieldOfView() * 3.14159265f / 360.0f), 1e-3f);
 
     // Refused: nothing changes.
-    const qrnmath::Mat4 view = camera->getViewMatrix();
+    const qrnmath::Mat4 shown = camera->getViewMatrix();
     views.views[0].eye = views.views[0].target;
     views.views[1].up = views.views[1].target - views.views[1].eye;
     for (int index : {-1, 0, 1, 2})
         EXPECT_FALSE(qrnglutils::ViewActivator::apply(views, index, camera)) << index;
     EXPECT_FALSE(qrnglutils::ViewActivator::apply(views, 0, nullptr));
-    EXPECT_EQ(camera->getViewMatrix(), view);
+    EXPECT_EQ(camera->getViewMatrix(), shown);
 }

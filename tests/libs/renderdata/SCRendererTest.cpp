@@ -59,7 +59,7 @@ TEST(SCRenderer, PreAndPostRenderersKeepTheirOrder) {
     EXPECT_EQ(tags(r.postRenderers), (std::vector<int>{3, 4, 1}));
 }
 
-TEST(SCRenderer, ReadyFlagAndDeepCameraClone) {
+TEST(SCRenderer, ReadyFlagDeepCameraCloneAndTheFactory) {
     SCRenderer r;
     r.flags = 0x80;
     r.setReady(true);
@@ -77,9 +77,7 @@ TEST(SCRenderer, ReadyFlagAndDeepCameraClone) {
     EXPECT_EQ(r.flags, 0);
     ASSERT_TRUE(r.camera);
     EXPECT_EQ(copy->camera->fieldOfView(), 50.0f);
-}
 
-TEST(SCRenderer, GLFactoryMakesRendererComponentsAndPassesTheRestOn) {
     SCGLFactory chain(std::make_shared<qrnsg::SCFactory>());
     EXPECT_TRUE(std::dynamic_pointer_cast<SCRenderer>(chain.create(qrnsg::SCHEMA_RENDERER)));
     EXPECT_TRUE(

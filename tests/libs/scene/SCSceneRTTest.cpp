@@ -1,12 +1,16 @@
 #include "qrnsg/SCSceneRT.h"
 #include "qrnmath/MatrixUtils.h"
+#include "qrnsg/VisibilityFunctor.h"
+#include "qrnsgutils/DataUtils.h"
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <vector>
 
 using qrnsg::RTState;
 using qrnsg::SCSceneRT;
+using qrnsgutils::DataUtils;
 
 TEST(SCSceneRT, AddRegistersAVisiblePrimitiveOnce) {
     RTState s;
@@ -67,4 +71,51 @@ TEST(SCSceneRT, SortPutsOpaqueFirstGroupedByMaterialKeepingOrder) {
     copy->meshMaterialRecords[1].bytes[0] = 1;
     EXPECT_EQ(rt.meshes.drawOrder.size(), 200u);
     EXPECT_FALSE(rt.meshMaterialRecords[1].isTransparent());
+}
+
+namespace {
+
+class RecordingFunctor : public qrnsg::IPairFunctor {
+public:
+    void apply(int id, const qrnsg::TransformPair& t, unsigned char& flags) const override {
+        seen.push_back(id * 100 + t.second);
+    }
+    mutable std::vector<int> seen;
+};
+
+} // namespace
+
+TEST(DataUtils, FunctorRunsOverEveryTransformedPrimitiveElseFlagsAreOnlyRead) {
+    RTState s;
+    s.add(3, 30, 0);
+    s.add(1, 10, 0, RTState::ANCHORED);
+    s.add(2, 20, 0);
+    s.flags.remove(2);                 // a transform without flags
+    s.flags.set(99, RTState::VISIBLE); // flags without a transform: not looked at
+    auto rec = std::make_shared<RecordingFunctor>();
+    EXPECT_TRUE(DataUtils::updateRenderState(s.transforms, rec, s.flags));
+    EXPECT_EQ(rec->seen, (std::vector<int>{330, 110, 220}));
+    ASSERT_TRUE(s.flags.contains(2)); // created, cleared, for the functor to fill
+    EXPECT_EQ(*s.flags.find(2), 0);
+
+    auto vis = std::make_shared<qrnsg::VisibilityFunctor>();
+    vis->hide(1);
+    vis->hide(3);
+    EXPECT_TRUE(DataUtils::updateRenderState(s.transforms, vis, s.flags));
+    EXPECT_EQ(*s.flags.find(1), qrnsg::RTState::ANCHORED);
+    EXPECT_EQ(*s.flags.find(2), qrnsg::RTState::VISIBLE);
+    vis->hide(2);
+    EXPECT_FALSE(DataUtils::updateRenderState(s.transforms, vis, s.flags));
+    vis->showAll();
+    EXPECT_TRUE(DataUtils::updateRenderState(s.transforms, vis, s.flags));
+    EXPECT_EQ(*s.flags.find(1), RTState::ANCHORED | RTState::VISIBLE);
+
+    // Without a functor the flags are only read: shown when any primitive is visible.
+    s.flags.remove(3);
+    *s.flags.find(1) = *s.flags.find(2) = RTState::ANCHORED;
+    EXPECT_FALSE(DataUtils::updateRenderState(s.transforms, nullptr, s.flags));
+    EXPECT_FALSE(s.flags.contains(3));
+    EXPECT_EQ(*s.flags.find(2), RTState::ANCHORED);
+    *s.flags.find(2) = RTState::VISIBLE;
+    EXPECT_TRUE(DataUtils::updateRenderState(s.transforms, nullptr, s.flags));
 }

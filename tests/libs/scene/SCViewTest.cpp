@@ -1,9 +1,5 @@
 #include "qrnsg/SCView.h"
 #include "qrnmath/MatrixUtils.h"
-#include "qrnsg/SCFactory.h"
-#include "qrnsg/SCInfo.h"
-#include "qrnsg/SCSceneRes.h"
-#include "qrnsg/SCSceneTopo.h"
 
 #include <gtest/gtest.h>
 
@@ -60,7 +56,6 @@ TEST(SCView, StandardOrientationsOfAZUpModel) {
     }
     // Front: the model's X to the right.
     EXPECT_TRUE(qrnmath::nearlyEqual(row(views.rotation(SCView::FRONT), 0), Vec3(1, 0, 0), 1e-6f));
-    EXPECT_EQ(int(SCView::ISOMETRIC), 0);
     EXPECT_EQ(views.rotation(SCView::ORIENTATION_COUNT), qrnmath::MatrixUtils::identity());
 }
 
@@ -75,32 +70,4 @@ TEST(SCView, OrientationsAreDocumentDataThatClearRestores) {
     EXPECT_TRUE(views.views.empty());
     EXPECT_EQ(views.rotation(SCView::TOP), SCView::standardRotation(SCView::TOP));
     EXPECT_EQ(copy->views.size(), 1u);
-}
-
-TEST(SCView, FactoryMakesTheInfoTopologyAndResourceComponents) {
-    SCFactory factory;
-    auto info = std::dynamic_pointer_cast<SCInfo>(factory.create(SCHEMA_INFO));
-    auto topo = std::dynamic_pointer_cast<SCSceneTopo>(factory.create(SCHEMA_SCENE_TOPO));
-    auto res = std::dynamic_pointer_cast<SCSceneRes>(factory.create(SCHEMA_SCENE_RES));
-    ASSERT_TRUE(info && topo && res);
-    EXPECT_EQ(info->type(), SCHEMA_INFO);
-    EXPECT_EQ(topo->type(), SCHEMA_SCENE_TOPO);
-    EXPECT_EQ(res->type(), SCHEMA_SCENE_RES);
-    EXPECT_EQ(info->documentType, SCInfo::MODEL);
-    EXPECT_EQ(sizeof(info->documentType), 4u);
-
-    info->lengthUnit = SCInfo::INCH;
-    topo->nodes.push_back(SCSceneTopo::Node());
-    res->meshes.push_back(Mesh());
-    EXPECT_FALSE(topo->empty());
-    EXPECT_FALSE(res->empty());
-    auto topoCopy = std::dynamic_pointer_cast<SCSceneTopo>(topo->clone());
-    info->clear();
-    topo->clear();
-    res->clear();
-    EXPECT_EQ(info->lengthUnit, SCInfo::MILLIMETRE);
-    EXPECT_TRUE(topo->empty());
-    EXPECT_TRUE(res->empty());
-    ASSERT_TRUE(topoCopy);
-    EXPECT_EQ(topoCopy->nodes.size(), 1u);
 }

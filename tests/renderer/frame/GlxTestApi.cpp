@@ -12,8 +12,7 @@ std::vector<int> g_chosenWith;
 
 namespace {
 
-// Every step recorded by name, then handed to g_next (the system's own unless a test changes
-// it).
+// Every step recorded by name, then handed to g_next.
 template <typename F>
 struct Recorded;
 template <typename R, typename... A>

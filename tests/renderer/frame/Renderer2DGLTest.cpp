@@ -19,20 +19,11 @@ using qrngl::Renderer2D;
 using qrnmath::Vec3;
 using qrnmath::Vec4;
 
-const Vec4 kRed{1.0f, 0.0f, 0.0f, 1.0f};
-const Vec4 kGreen{0.0f, 1.0f, 0.0f, 1.0f};
-const Vec4 kBlue{0.0f, 0.0f, 1.0f, 1.0f};
-const Vec4 kYellow{1.0f, 1.0f, 0.0f, 1.0f};
-const Vec4 kMagenta{1.0f, 0.0f, 1.0f, 1.0f};
-const Vec4 kCyan{0.0f, 1.0f, 1.0f, 1.0f};
-
-const Rgba kBlackPx{0, 0, 0, 255};
-const Rgba kRedPx{255, 0, 0, 255};
-const Rgba kGreenPx{0, 255, 0, 255};
-const Rgba kBluePx{0, 0, 255, 255};
-const Rgba kYellowPx{255, 255, 0, 255};
-const Rgba kMagentaPx{255, 0, 255, 255};
-const Rgba kCyanPx{0, 255, 255, 255};
+const Vec4 kRed{1, 0, 0, 1}, kGreen{0, 1, 0, 1}, kBlue{0, 0, 1, 1}, kYellow{1, 1, 0, 1},
+    kMagenta{1, 0, 1, 1}, kCyan{0, 1, 1, 1};
+const Rgba kBlackPx{0, 0, 0, 255}, kRedPx{255, 0, 0, 255}, kGreenPx{0, 255, 0, 255},
+    kBluePx{0, 0, 255, 255}, kYellowPx{255, 255, 0, 255}, kMagentaPx{255, 0, 255, 255},
+    kCyanPx{0, 255, 255, 255};
 
 Entity entity(std::uint32_t kind, std::vector<Vec3> points, double lineWidth = 1.0) {
     Entity e;
@@ -46,8 +37,7 @@ Entity hline(std::uint32_t kind, float x0, float x1, float y) {
     return entity(kind, {Vec3(x0, y, 0.0f), Vec3(x1, y, 0.0f)});
 }
 
-// A 100 x 50 sheet drawn in red: with its margin of 1 the border runs from (-1, -1) to
-// (101, 51).
+// A red 100 x 50 sheet: with its margin of 1 the border runs from (-1, -1) to (101, 51).
 std::shared_ptr<SCScene2D> sheetScene() {
     auto scene = std::make_shared<SCScene2D>();
     qrn2d::Sheet sheet;
@@ -89,8 +79,7 @@ protected:
 
     std::size_t allPixels() const { return static_cast<std::size_t>(width()) * height(); }
 
-    // The list enables GL_LINE, which names no capability: each render raises that one error
-    // and nothing else.
+    // The list enables GL_LINE, no capability: each render raises that one error only.
     void render(const Renderer2D& renderer) const {
         renderer.render();
         const std::string invalidEnum =
@@ -141,18 +130,13 @@ TEST_F(Renderer2DGLTest, DrawsTheSheetBorderWithItsMarginAndKeepsTheLargestDiago
     render(renderer);
 
     // One unit outside the sheet, one pixel wide; nothing on the sheet's edges or inside.
-    for (auto p : {std::make_pair(-1, 25), {101, 25}, {50, -1}, {50, 51}, {-1, 2}, {98, 51}})
-        EXPECT_EQ(at(p.first, p.second), kRedPx) << p.first << ", " << p.second;
-    for (auto p : {std::make_pair(0, 25),
-                   {100, 25},
-                   {50, 0},
-                   {50, 50},
-                   {50, 25},
-                   {-2, 25},
-                   {102, 25},
-                   {50, 52},
-                   {50, -2}})
-        EXPECT_EQ(at(p.first, p.second), kBlackPx) << p.first << ", " << p.second;
+    const int border[][2] = {{-1, 25}, {101, 25}, {50, -1}, {50, 51}, {-1, 2}, {98, 51}};
+    for (const auto& p : border)
+        EXPECT_EQ(at(p[0], p[1]), kRedPx) << p[0] << ", " << p[1];
+    const int black[][2] = {{0, 25},  {100, 25}, {50, 0},  {50, 50}, {50, 25},
+                            {-2, 25}, {102, 25}, {50, 52}, {50, -2}};
+    for (const auto& p : black)
+        EXPECT_EQ(at(p[0], p[1]), kBlackPx) << p[0] << ", " << p[1];
     // Only the closed outline: about 2 x 103 + 2 x 53 pixels.
     const std::size_t red = countPixels(kRedPx);
     EXPECT_GE(red, 306u);
@@ -176,9 +160,8 @@ TEST_F(Renderer2DGLTest, DrawsTheSheetBorderWithItsMarginAndKeepsTheLargestDiago
     Renderer2D smallAgain(context->currentDC(), scene, smallIndex);
     render(smallAgain);
     EXPECT_NEAR(scene->maxDiagonal, std::sqrt(20.4f * 20.4f + 10.4f * 10.4f), 1e-3f);
-}
 
-TEST_F(Renderer2DGLTest, SheetOutsideTheSheetVectorHasNoBorder) {
+    // A sheet outside the sheet vector has no border, but its views draw.
     for (int sheet : {1, -1}) {
         SCOPED_TRACE(sheet);
         auto scene = sheetScene();
@@ -327,8 +310,7 @@ TEST_F(Renderer2DGLTest, StippledLinesShowThePatternAndRestoreTheState) {
     }
     EXPECT_EQ(glIsEnabled(GL_LINE_STIPPLE), GL_FALSE);
 
-    // The border after a second render is whole again: no stipple left on. The replayed list
-    // turns point smoothing off again.
+    // Replayed, the list turns point smoothing off again and leaves no stipple on.
     fill(0.0f, 0.0f, 0.0f);
     glEnable(GL_POINT_SMOOTH);
     render(renderer);

@@ -39,18 +39,6 @@ const unsigned int L = qrngl::KEY_LBUTTON, R = qrngl::KEY_RBUTTON, M = qrngl::KE
 const Op kRequestable[] = {ROTATE, BOXSELECT, PAN, ZOOM, ZOOMBOX, NORMALVIEW, SPIN, NONE};
 const int F4 = 0x73;
 
-std::string describe(const Outcome& outcome) {
-    if (!outcome)
-        return "refused";
-    const char* names[] = {"NONE", "ROTATE",  "BOXSELECT",  "PAN",
-                           "ZOOM", "ZOOMBOX", "NORMALVIEW", "SPIN"};
-    const Op ops[] = {NONE, ROTATE, BOXSELECT, PAN, ZOOM, ZOOMBOX, NORMALVIEW, SPIN};
-    for (int i = 0; i < 8; ++i)
-        if (ops[i] == *outcome)
-            return names[i];
-    return std::to_string(static_cast<unsigned int>(*outcome));
-}
-
 // One motion step. A refusal must leave the result as the caller had it.
 Outcome step(IEventInterpreter& interpreter, unsigned int flags, Op requested, int dx, int dy) {
     const Op untouched = static_cast<Op>(0xBADu);
@@ -75,28 +63,22 @@ Outcome fresh(int column, unsigned int flags, Op requested, int dx, int dy) {
     return step(*make(column), flags, requested, dx, dy);
 }
 
-// Holds a key down while it lives: on Windows through the input queue, so that
-// GetAsyncKeyState sees it.
-class HeldKey {
-public:
-    explicit HeldKey(int virtualKey) : m_key(virtualKey) { press(true); }
+// Holds a key down while it lives (on Windows through the input queue, for GetAsyncKeyState).
+struct HeldKey {
+    explicit HeldKey(int key) : key(key) { press(true); }
     ~HeldKey() { press(false); }
-    HeldKey(const HeldKey&) = delete;
-    HeldKey& operator=(const HeldKey&) = delete;
-
-private:
     void press(bool down) {
 #ifdef _WIN32
         INPUT input = {};
         input.type = INPUT_KEYBOARD;
-        input.ki.wVk = static_cast<WORD>(m_key);
+        input.ki.wVk = static_cast<WORD>(key);
         input.ki.dwFlags = down ? 0 : KEYEVENTF_KEYUP;
         ::SendInput(1, &input, sizeof input);
 #else
-        qrnplatform::Input::setKeyDown(m_key, down);
+        qrnplatform::Input::setKeyDown(key, down);
 #endif
     }
-    int m_key;
+    int key;
 };
 
 struct Binding {
@@ -118,22 +100,20 @@ const Binding kBindings[] = {
 };
 // clang-format on
 
-// Every convention with a full mask in 3D, whatever the left button's requested operation; a
-// fresh interpreter per gesture so that none sees another's state.
+// Every convention with a full mask in 3D, a fresh interpreter per gesture.
 TEST(EventInterpreter, BindingTableOfEveryConvention) {
     for (int c = 0; c < COLUMNS; ++c) {
         SCOPED_TRACE(kNames[c]);
         for (Op requested : kRequestable) {
-            SCOPED_TRACE("requested " + describe(requested));
+            SCOPED_TRACE(testing::Message() << "requested " << requested);
             // Left drag: the requested operation; NONE is none to perform.
-            EXPECT_EQ(describe(fresh(c, L, requested, 2, -7)),
-                      describe(requested == NONE ? REFUSED : Outcome(requested)));
+            EXPECT_EQ(fresh(c, L, requested, 2, -7),
+                      requested == NONE ? REFUSED : Outcome(requested));
             // A left click without motion is no drag, but for Inventor's zoom box.
-            EXPECT_EQ(describe(fresh(c, L, requested, 0, 0)),
-                      describe(c == INVENTOR && requested == ZOOMBOX ? ZOOMBOX : REFUSED));
+            EXPECT_EQ(fresh(c, L, requested, 0, 0),
+                      c == INVENTOR && requested == ZOOMBOX ? ZOOMBOX : REFUSED);
             for (const Binding& b : kBindings)
-                EXPECT_EQ(describe(fresh(c, b.flags, requested, 2, -7)), describe(b.expected[c]))
-                    << b.gesture;
+                EXPECT_EQ(fresh(c, b.flags, requested, 2, -7), b.expected[c]) << b.gesture;
         }
     }
 }
@@ -153,7 +133,7 @@ TEST(EventInterpreter, RightButtonZoomIsAMostlyVerticalGestureAndIgnoresTheMask)
     for (int c = 0; c < COLUMNS; ++c) {
         SCOPED_TRACE(kNames[c]);
         for (const Case& k : cases)
-            EXPECT_EQ(describe(fresh(c, k.flags, ROTATE, k.dx, k.dy)), describe(k.expected))
+            EXPECT_EQ(fresh(c, k.flags, ROTATE, k.dx, k.dy), k.expected)
                 << "flags " << k.flags << " dx " << k.dx << " dy " << k.dy;
         // The mask governs the left button, not the right-button gestures.
         auto noZoom = make(c, false, ALL & ~ZOOM);
@@ -168,7 +148,7 @@ TEST(EventInterpreter, RightButtonZoomIsAMostlyVerticalGestureAndIgnoresTheMask)
         EXPECT_EQ(step(*nothing, L | R, ROTATE, 4, 1), PAN);
         EXPECT_EQ(step(*nothing, R, ROTATE, 1, 4), ZOOM);
         for (Op requested : kRequestable)
-            EXPECT_EQ(step(*nothing, L, requested, 4, 1), REFUSED) << describe(requested);
+            EXPECT_EQ(step(*nothing, L, requested, 4, 1), REFUSED) << requested;
         for (unsigned int flags : {M, M | CTRL, M | SHIFT, M | R})
             EXPECT_EQ(step(*nothing, flags, ROTATE, 4, 1), REFUSED) << "flags " << flags;
     }
@@ -192,8 +172,8 @@ TEST(EventInterpreter, OperationIsAvailableOnlyWithEveryBit) {
     for (const Case& k : cases) {
         interpreter->setAvailOperations(k.mask);
         EXPECT_EQ(interpreter->getAvailOperations(), k.mask);
-        EXPECT_EQ(describe(step(*interpreter, L, k.requested, 2, 5)), describe(k.expected))
-            << "mask " << k.mask << " requested " << describe(k.requested);
+        EXPECT_EQ(step(*interpreter, L, k.requested, 2, 5), k.expected)
+            << "mask " << k.mask << " requested " << k.requested;
     }
 }
 
@@ -214,7 +194,7 @@ TEST(EventInterpreter, MiddleButtonRulesIn3DAnd2D) {
         EXPECT_EQ(step(*flat, L, ROTATE, 3, 1), REFUSED);
         EXPECT_EQ(step(*flat, L, SPIN, 3, 1), REFUSED);
         for (Op requested : {PAN, ZOOM, ZOOMBOX, BOXSELECT, NORMALVIEW})
-            EXPECT_EQ(step(*flat, L, requested, 0, 4), requested) << describe(requested);
+            EXPECT_EQ(step(*flat, L, requested, 0, 4), requested) << requested;
     }
     // The CAD middle-button rotations need no motion, are not refused in 2D, and without the
     // ROTATE bit fall to the library's own rules.
@@ -286,7 +266,7 @@ TEST(EventInterpreter, InventorRotatesWithTheLeftButtonWhileF4IsHeld) {
         HeldKey f4(F4);
         ASSERT_TRUE(qrnplatform::Input::isKeyDown(F4));
         for (Op requested : kRequestable)
-            EXPECT_EQ(step(*inventor, L, requested, 3, 1), ROTATE) << describe(requested);
+            EXPECT_EQ(step(*inventor, L, requested, 3, 1), ROTATE) << requested;
         EXPECT_EQ(step(*inventor, L, PAN, 0, 0), ROTATE) << "no motion test";
         EXPECT_EQ(step(*inventor, L, ZOOMBOX, 0, 0), ROTATE) << "replaces the zoom box rule";
         EXPECT_EQ(step(*inventor, M, ROTATE, 3, 1), PAN) << "the middle button comes first";

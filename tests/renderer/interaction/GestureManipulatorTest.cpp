@@ -30,7 +30,7 @@ protected:
     std::shared_ptr<qrngl::GestureManipulator> gestures;
 };
 
-TEST_F(GestureManipulatorTest, OnlyTouchDragsRotateAndGesturesPanAndZoom) {
+TEST_F(GestureManipulatorTest, TouchDragsRotateGesturesPanAndZoomATwoFingerTapGoesHome) {
     EXPECT_EQ(gestures->mouseButtonDown(CHANGED, L, qrngl::LEFT, 10, 10), CHANGED);
     gestures->mouseMotion(L, 40, 30);
     EXPECT_EQ(camera->modelRotation(), qrnmath::MatrixUtils::identity());
@@ -56,10 +56,8 @@ TEST_F(GestureManipulatorTest, OnlyTouchDragsRotateAndGesturesPanAndZoom) {
     EXPECT_EQ(gestures->OnGestureZoom(UNCHANGED, 10, 10, -30), UNCHANGED);
     EXPECT_NEAR(camera->zoomFactor(), 1.0f / 1.01f, 1e-6f);
     qrntest::expectShownAt(camera, under, 200.0f, 100.0f);
-}
 
-TEST_F(GestureManipulatorTest, TwoFingerTapAnimatesToTheHomeViewOver32Frames) {
-    // Without the scene state components there is nothing to go home to.
+    // A two-finger tap animates home over 32 frames, given the scene state components.
     EXPECT_EQ(gestures->OnGestureTwoFingerTap(UNCHANGED, 5, 5), CHANGED);
     EXPECT_EQ(timer(), 0u);
     EXPECT_TRUE(hints.empty());

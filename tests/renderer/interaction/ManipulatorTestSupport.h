@@ -1,7 +1,6 @@
 #pragma once
 
-// What the manipulator tests share: a host frame around a document with a renderer component,
-// the view animation on a window of this thread, and the origin of the mouse message.
+// What the manipulator tests share: a host frame, a window for the animation, touch input.
 
 #include "qrn/Document.h"
 #include "qrngl/CameraHelper.h"
@@ -52,9 +51,36 @@ inline void setTouchInput(bool touch) {
 #endif
 }
 
-// The camera manipulator reads (and creates) its default operation in the running
-// executable's settings: fresh ones for each test, in a folder of the test's own on Linux, in
-// the executable's key on Windows.
+// A window of this thread for the view animation's timer: on Windows a hidden one, as the
+// system's timers need one; elsewhere any address, as the host drives the timers.
+class TestWindow {
+public:
+#ifdef _WIN32
+    TestWindow()
+        : m_hwnd(::CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 16, 16, nullptr, nullptr,
+                                   ::GetModuleHandleW(nullptr), nullptr)) {}
+    ~TestWindow() {
+        ::DestroyWindow(m_hwnd);
+    }
+    TestWindow(const TestWindow&) = delete;
+    TestWindow& operator=(const TestWindow&) = delete;
+    qrngl::HWND handle() const {
+        return m_hwnd;
+    }
+
+private:
+    HWND m_hwnd;
+#else
+    qrngl::HWND handle() const {
+        return reinterpret_cast<qrngl::HWND>(const_cast<int*>(&m_dummy));
+    }
+
+private:
+    int m_dummy = 0;
+#endif
+};
+
+// Fresh settings of the running executable, where the manipulator keeps its operation.
 inline void clearOperationSettings() {
 #ifdef _WIN32
     const std::wstring app = qrnplatform::Environment::executableBaseName();
@@ -96,30 +122,20 @@ protected:
         camera = renderer->camera;
         camera->setViewport(400, 300);
         qrngl::CameraHelper::lookAt(camera, qrnmath::Vec3(0.0f, 0.0f, 0.0f), 10.0f);
-#ifdef _WIN32
-        // The system's timers need a real window.
-        window = ::CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 16, 16, nullptr, nullptr,
-                                   ::GetModuleHandleW(nullptr), nullptr);
-#endif
         viewState = std::make_shared<qrngl::ViewState>(window, frame->document, nullptr);
     }
     void TearDown() override {
         setTouchInput(false);
         viewState.reset();
-#ifdef _WIN32
-        ::DestroyWindow(window);
-#endif
     }
-    unsigned int timer() const {
-        return qrnplatform::WindowTimer::interval(window, 101);
-    }
+    unsigned int timer() const { return qrnplatform::WindowTimer::interval(window, 101); }
 
     std::shared_ptr<TestFrame> frame = std::make_shared<TestFrame>();
     std::shared_ptr<qrngl::SCRenderer> renderer;
     std::shared_ptr<qrnsg::SCView> views;
     std::shared_ptr<qrngl::Camera> camera;
-    // Any address stands for a window where the host drives the timers.
-    qrngl::HWND window = reinterpret_cast<qrngl::HWND>(this);
+    TestWindow testWindow;
+    const qrngl::HWND window = testWindow.handle();
     std::shared_ptr<qrngl::ViewState> viewState;
 };
 

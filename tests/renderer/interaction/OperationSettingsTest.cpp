@@ -1,23 +1,14 @@
 #include "qrngl/interaction/OperationSettings.h"
+
+#include "ManipulatorTestSupport.h"
 #include "qrngl/IManipulator.h"
 #include "qrngl/interaction/QrnEventInterpreter.h"
-#include "qrnplatform/Environment.h"
 #include "qrnplatform/Settings.h"
-#include "qrnplatform/Text.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <string>
 #include <vector>
-
-#ifdef _WIN32
-#include <windows.h>
-#endif
 
 using qrngl::IEventInterpreter;
 using qrngl::OperationSettings;
@@ -26,44 +17,21 @@ using Op = IEventInterpreter::Operation;
 
 namespace {
 
-std::wstring uniqueName(const std::wstring& prefix) {
-    return prefix + std::to_wstring(std::chrono::steady_clock::now().time_since_epoch().count());
-}
+const std::wstring kApp = L"qrngl-interaction-test";
 
-// Each test has settings of its own: on Linux a fresh configuration folder, on Windows (and
-// under Wine) the key of a made-up application in the real registry, deleted afterwards. The
-// running executable's own key is cleaned up too, for the test that uses it.
+// Each test has settings of its own (see clearOperationSettings), kept under a made-up
+// application's name, deleted afterwards.
 class OperationSettingsTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        m_app = uniqueName(L"qrngl-interaction-test-");
-#ifndef _WIN32
-        m_config = std::filesystem::temp_directory_path() /
-                   qrnplatform::Text::toUtf8(uniqueName(L"qrngl-interaction-config-"));
-        std::filesystem::create_directories(m_config);
-        m_oldConfigHome = Environment::getVariable(L"XDG_CONFIG_HOME");
-        ASSERT_TRUE(Environment::setVariable(L"XDG_CONFIG_HOME",
-                                             qrnplatform::Text::fromUtf8(m_config.u8string())));
-#endif
-    }
-
+    void SetUp() override { TearDown(); }
     void TearDown() override {
 #ifdef _WIN32
-        ::RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\" + m_app).c_str());
-        ::RegDeleteTreeW(HKEY_CURRENT_USER,
-                         (L"Software\\" + Environment::executableBaseName()).c_str());
-#else
-        if (m_oldConfigHome.empty())
-            Environment::unsetVariable(L"XDG_CONFIG_HOME");
-        else
-            Environment::setVariable(L"XDG_CONFIG_HOME", m_oldConfigHome);
-        std::error_code ignored;
-        std::filesystem::remove_all(m_config, ignored);
+        ::RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\" + kApp).c_str());
 #endif
+        qrntest::clearOperationSettings();
     }
-
     qrnplatform::Settings tools() const {
-        return qrnplatform::Settings(L"Settings\\Tools", m_app);
+        return qrnplatform::Settings(L"Settings\\Tools", kApp);
     }
 
     bool keyExists() const {
@@ -78,10 +46,10 @@ protected:
         return settingsText().find("[Settings\\Tools]") != std::string::npos;
 #endif
     }
-
 #ifndef _WIN32
     std::filesystem::path settingsFile() const {
-        return m_config / qrnplatform::Text::toUtf8(m_app) / "settings.ini";
+        return qrnplatform::Text::toUtf8(Environment::getVariable(L"XDG_CONFIG_HOME") + L"/" +
+                                         kApp + L"/settings.ini");
     }
     std::string settingsText() const {
         std::ifstream in(settingsFile(), std::ios::binary);
@@ -89,18 +57,14 @@ protected:
         text << in.rdbuf();
         return text.str();
     }
-
-    std::filesystem::path m_config;
-    std::wstring m_oldConfigHome;
 #endif
-    std::wstring m_app;
 };
 
 TEST_F(OperationSettingsTest, MissingOrUnreadableValueMeansRotateAndTheKeyIsCreated) {
     ASSERT_FALSE(keyExists());
     for (Op requested : {IEventInterpreter::PAN, IEventInterpreter::ZOOM}) {
         // The second load opens the key the first made and still finds no value.
-        EXPECT_TRUE(OperationSettings::load(requested, m_app));
+        EXPECT_TRUE(OperationSettings::load(requested, kApp));
         EXPECT_EQ(requested, IEventInterpreter::ROTATE);
         EXPECT_TRUE(keyExists());
     }
@@ -117,21 +81,21 @@ TEST_F(OperationSettingsTest, MissingOrUnreadableValueMeansRotateAndTheKeyIsCrea
     std::ofstream(settingsFile(), std::ios::binary) << "[Settings\\Tools]\nOperation=pan\n";
 #endif
     Op requested = IEventInterpreter::PAN;
-    EXPECT_TRUE(OperationSettings::load(requested, m_app));
+    EXPECT_TRUE(OperationSettings::load(requested, kApp));
     EXPECT_EQ(requested, IEventInterpreter::ROTATE);
 #ifndef _WIN32
     EXPECT_EQ(settingsText(), "[Settings\\Tools]\nOperation=pan\n") << "an existing key is kept";
 #endif
 }
 
-TEST_F(OperationSettingsTest, StoredNumberIsTakenAsItIs) {
+TEST_F(OperationSettingsTest, StoredNumberIsTakenAsItIsAndTheExecutableIsTheDefaultApplication) {
     qrngl::QrnEventInterpreter interpreter(false);
     const std::vector<unsigned int> operations = {2, 3, 4, 8, 16, 17, 32};
     for (unsigned int stored :
          {2u, 3u, 4u, 8u, 16u, 17u, 32u, 1u, 0u, 5u, 1000u, 0x80000000u, 0xFFFFFFFFu}) {
         ASSERT_TRUE(tools().writeDword(L"Operation", stored));
         Op requested = stored == 4 ? IEventInterpreter::ZOOM : IEventInterpreter::PAN;
-        EXPECT_TRUE(OperationSettings::load(requested, m_app));
+        EXPECT_TRUE(OperationSettings::load(requested, kApp));
         EXPECT_EQ(static_cast<unsigned int>(requested), stored);
         // A number that names no operation (or NONE) is kept; the left button then does nothing.
         Op result = IEventInterpreter::NONE;
@@ -139,35 +103,30 @@ TEST_F(OperationSettingsTest, StoredNumberIsTakenAsItIs) {
                   std::count(operations.begin(), operations.end(), stored) == 1)
             << stored;
     }
+
+    ASSERT_EQ(Environment::executableBaseName(), L"qrngl_interaction_unit_tests");
+    ASSERT_TRUE(qrnplatform::Settings(L"Settings\\Tools").writeDword(L"Operation", 16));
+    Op requested = IEventInterpreter::ROTATE;
+    EXPECT_TRUE(OperationSettings::load(requested));
+    EXPECT_EQ(requested, IEventInterpreter::ZOOMBOX);
 }
 
 TEST_F(OperationSettingsTest, KeyThatCannotBeOpenedLeavesTheOperationUnchanged) {
 #ifdef _WIN32
     // A volatile key cannot hold the persistent key the settings are created as.
     HKEY parent = nullptr;
-    ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, (L"Software\\" + m_app).c_str(), 0, nullptr,
+    ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, (L"Software\\" + kApp).c_str(), 0, nullptr,
                                 REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &parent, nullptr),
               ERROR_SUCCESS);
     ::RegCloseKey(parent);
 #else
     // The configuration folder is a file: no settings file can be made beneath it.
-    const std::filesystem::path blocker = m_config / "not-a-folder";
-    std::ofstream(blocker) << "x";
-    ASSERT_TRUE(Environment::setVariable(L"XDG_CONFIG_HOME",
-                                         qrnplatform::Text::fromUtf8(blocker.u8string())));
+    std::ofstream(qrnplatform::Text::toUtf8(Environment::getVariable(L"XDG_CONFIG_HOME"))) << "x";
 #endif
     Op requested = IEventInterpreter::ZOOM;
-    EXPECT_FALSE(OperationSettings::load(requested, m_app));
+    EXPECT_FALSE(OperationSettings::load(requested, kApp));
     EXPECT_EQ(requested, IEventInterpreter::ZOOM);
     EXPECT_FALSE(keyExists());
-}
-
-TEST_F(OperationSettingsTest, RunningExecutableIsTheDefaultApplication) {
-    ASSERT_EQ(Environment::executableBaseName(), L"qrngl_interaction_unit_tests");
-    ASSERT_TRUE(qrnplatform::Settings(L"Settings\\Tools").writeDword(L"Operation", 16));
-    Op requested = IEventInterpreter::ROTATE;
-    EXPECT_TRUE(OperationSettings::load(requested));
-    EXPECT_EQ(requested, IEventInterpreter::ZOOMBOX);
 }
 
 } // namespace

@@ -1,31 +1,19 @@
 #include "qrngl/interaction/ViewState.h"
 
-#include "qrn/Document.h"
-#include "qrngl/CameraHelper.h"
-#include "qrngl/SCGLFactory.h"
-#include "qrngl/SCRenderer.h"
-#include "qrnmath/MatrixUtils.h"
 #include "qrnmath/QuatUtils.h"
-#include "qrnplatform/WindowTimer.h"
-#include "qrnsg/SCFactory.h"
 #include "qrnsg/SCInfo.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
 #include "qrnsg/SCSceneRes.h"
 #include "qrnsg/SCSceneTopo.h"
-#include "qrnsg/SCView.h"
 #include "qrnui/Hint.h"
 
-#include <gtest/gtest.h>
-
 #include <deque>
-#include <memory>
 #include <tuple>
 #include <vector>
 
-#ifdef _WIN32
-#include <windows.h>
-#endif
+// Last: on Windows it brings <windows.h>, whose macros clash with names in the scene headers.
+#include "ManipulatorTestSupport.h"
 
 namespace {
 
@@ -36,31 +24,8 @@ using qrnmath::Mat4;
 using qrnmath::Vec3;
 using qrnplatform::WindowTimer;
 using qrnsg::SCView;
+using qrntest::TestWindow;
 using Q = qrnmath::QuatUtils;
-
-#ifdef _WIN32
-// The system's timers need a real window: a hidden one of this thread.
-class TestWindow {
-public:
-    TestWindow()
-        : m_hwnd(::CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 16, 16, nullptr, nullptr,
-                                   ::GetModuleHandleW(nullptr), nullptr)) {}
-    ~TestWindow() { ::DestroyWindow(m_hwnd); }
-    qrngl::HWND handle() const { return m_hwnd; }
-
-private:
-    HWND m_hwnd;
-};
-#else
-class TestWindow {
-public:
-    // Any address stands for a window where the host drives the timers.
-    qrngl::HWND handle() const { return reinterpret_cast<qrngl::HWND>(const_cast<int*>(&m_dummy)); }
-
-private:
-    int m_dummy = 0;
-};
-#endif
 
 class CountingCanvas : public qrngl::ICanvas {
 public:
@@ -102,25 +67,18 @@ float angleTo(const Mat4& a, const Mat4& b) {
     return Q::angleBetween(Q::create(a), Q::create(b));
 }
 
-class ViewStateTest : public ::testing::Test {
+// A flat box, and a hidden one far off that must not count, shown through two canvases.
+class ViewStateTest : public qrntest::ManipulatorTest {
 protected:
     void SetUp() override {
-        document = std::make_shared<qrn::Document>(
-            std::make_shared<qrngl::SCGLFactory>(std::make_shared<qrnsg::SCFactory>()));
+        ManipulatorTest::SetUp();
+        document = frame->document;
         scene = std::dynamic_pointer_cast<qrnsg::SCScene>(document->addSchema(qrnsg::SCHEMA_SCENE));
         auto rt = std::dynamic_pointer_cast<qrnsg::SCSceneRT>(
             document->addSchema(qrnsg::SCHEMA_SCENE_RT));
         auto topology = std::dynamic_pointer_cast<qrnsg::SCSceneTopo>(
             document->addSchema(qrnsg::SCHEMA_SCENE_TOPO));
-        views = std::dynamic_pointer_cast<SCView>(document->addSchema(qrnsg::SCHEMA_VIEW));
         document->addSchema(qrnsg::SCHEMA_INFO);
-        renderer = std::dynamic_pointer_cast<qrngl::SCRenderer>(
-            document->addSchema(qrnsg::SCHEMA_RENDERER));
-        ASSERT_TRUE(scene && rt && topology && views && renderer);
-        camera = renderer->camera;
-        camera->setViewport(400, 300);
-
-        // A flat box, and a hidden one far off that must not count.
         scene->meshes.push_back(boxMesh(Vec3(0.0f, 0.0f, 0.0f), Vec3(8.0f, 3.0f, 1.0f)));
         scene->meshes.push_back(boxMesh(Vec3(100.0f), Vec3(101.0f)));
         rt->meshes.add(1, 0, -1);
@@ -131,17 +89,14 @@ protected:
         topology->nodes.push_back(node);
         box = qrnsg::BBox(Vec3(0.0f, 0.0f, 0.0f), Vec3(8.0f, 3.0f, 1.0f));
 
-        renderer->canvases.push_back(first);
-        renderer->canvases.push_back(second);
+        renderer->canvases = {first, second};
         updater->document = document;
-        viewState = std::make_shared<ViewState>(window.handle(), document, updater);
+        viewState = std::make_shared<ViewState>(window, document, updater);
         CameraHelper::setRotation(camera, views->rotation(SCView::ISOMETRIC));
         viewState->zoomFit();
         WindowTimer::takeInvalidated();
     }
-    void TearDown() override { viewState.reset(); }
 
-    unsigned int timer() const { return WindowTimer::interval(window.handle(), 101); }
     // The camera the orientation shows when the box is fitted there.
     Pose fitted(SCView::ORIENTATION orientation) const {
         auto c = std::make_shared<Camera>(*camera);
@@ -163,17 +118,12 @@ protected:
         return {ticks, moved};
     }
 
-    TestWindow window;
     std::shared_ptr<qrn::Document> document;
     std::shared_ptr<qrnsg::SCScene> scene;
-    std::shared_ptr<SCView> views;
-    std::shared_ptr<qrngl::SCRenderer> renderer;
-    std::shared_ptr<Camera> camera;
     qrnsg::BBox box;
     std::shared_ptr<CountingCanvas> first = std::make_shared<CountingCanvas>();
     std::shared_ptr<CountingCanvas> second = std::make_shared<CountingCanvas>();
     std::shared_ptr<RecordingUpdater> updater = std::make_shared<RecordingUpdater>();
-    std::shared_ptr<ViewState> viewState;
 };
 
 TEST_F(ViewStateTest, SinglePlayEndsExactlyOnTheTargetAndKillsTheTimer) {
@@ -191,7 +141,7 @@ TEST_F(ViewStateTest, SinglePlayEndsExactlyOnTheTargetAndKillsTheTimer) {
         ASSERT_EQ(timer(), 30u) << i;
         ASSERT_TRUE(tick()) << i;
         // Every tick repaints the first canvas and the window.
-        ASSERT_EQ(WindowTimer::takeInvalidated(), std::vector<void*>{window.handle()}) << i;
+        ASSERT_EQ(WindowTimer::takeInvalidated(), std::vector<void*>{window}) << i;
         if (i == 25) { // equal steps
             EXPECT_NEAR(angleTo(start, camera->modelRotation()), 0.5f * turn, 1e-3f);
         }
@@ -313,7 +263,7 @@ TEST_F(ViewStateTest, SavedViewsAreAnimatedWithHint20) {
     EXPECT_EQ(timer(), 0u);
 }
 
-TEST_F(ViewStateTest, SetAndZoomFit) {
+TEST_F(ViewStateTest, SetAndZoomFitAndWhatIsLeftWithoutInformationOrRenderer) {
     viewState->set(SCView::LEFT);
     EXPECT_EQ(camera->modelRotation(), views->rotation(SCView::LEFT));
     CameraHelper::translate(camera, 40, 40);
@@ -324,8 +274,7 @@ TEST_F(ViewStateTest, SetAndZoomFit) {
         split.handle()};
     viewState->zoomFit();
     EXPECT_TRUE(poseOf(*camera) == fitted(SCView::LEFT));
-    EXPECT_EQ(WindowTimer::takeInvalidated(),
-              (std::vector<void*>{split.handle(), window.handle()}));
+    EXPECT_EQ(WindowTimer::takeInvalidated(), (std::vector<void*>{split.handle(), window}));
 
     // Geometry held as resources is fitted the same way.
     auto resources =
@@ -341,16 +290,16 @@ TEST_F(ViewStateTest, SetAndZoomFit) {
     const Pose moved = poseOf(*camera);
     viewState->zoomFit();
     EXPECT_TRUE(poseOf(*camera) == moved);
-}
 
-TEST_F(ViewStateTest, WithoutARendererOnlyTheTimerAndWindowAreServed) {
+    // Without a renderer only the timer and the window are served.
     document->removeSchema(qrnsg::SCHEMA_RENDERER);
     viewState->play(SCView::TOP, 10);
     EXPECT_EQ(timer(), 0u);
     viewState->play(std::vector<int>{0, 1}, 10, true);
     EXPECT_EQ(timer(), 30u);
+    WindowTimer::takeInvalidated();
     viewState->animate();
-    EXPECT_EQ(WindowTimer::takeInvalidated(), std::vector<void*>{window.handle()});
+    EXPECT_EQ(WindowTimer::takeInvalidated(), std::vector<void*>{window});
     viewState->reset();
     EXPECT_EQ(timer(), 0u);
     // The destructor stops the timer as well.

@@ -11,7 +11,8 @@
 #include "qrnglutils/ZoomboxUtils.h"
 #include "qrnmath/MatrixUtils.h"
 
-#include <functional>
+#include <array>
+#include <vector>
 
 namespace qrntest {
 namespace {
@@ -21,19 +22,6 @@ using qrnglutils::CrossHairUtils;
 const Rgba kGrey{230, 230, 230, 255};
 const Rgba kBlack{0, 0, 0, 255};
 const Rgba kOutline{153, 128, 102, 255}; // (0.6, 0.5, 0.4)
-
-// A post-renderer of a given order that runs a function: it sets up or looks at the state
-// the overlays leave.
-class HookPostRenderer : public qrngl::IPostRenderer {
-public:
-    HookPostRenderer(short order, std::function<void()> f) : m_order(order), m_f(std::move(f)) {}
-    void render() const override { m_f(); }
-    short order() const override { return m_order; }
-
-private:
-    short m_order;
-    std::function<void()> m_f;
-};
 
 struct GLStateSeen {
     bool depth = false, blend = false, lighting = false;
@@ -83,6 +71,11 @@ protected:
         return std::make_shared<qrnglutils::PolylineRenderer>(figure);
     }
     std::size_t pixelCount() const { return std::size_t{width()} * height(); }
+    void postRenderers(std::initializer_list<std::shared_ptr<qrngl::IPostRenderer>> renderers) {
+        doc.renderer->postRenderers.clear();
+        for (const auto& r : renderers)
+            doc.renderer->addPostRenderer(r);
+    }
 
     TestDocument doc;
     std::shared_ptr<qrngl::Canvas> canvas;
@@ -91,81 +84,66 @@ protected:
         std::make_shared<qrngl::CrossHairRenderer>();
 };
 
-TEST_F(OverlaysGLTest, ZoomboxCoversExactlyTheDraggedPixels) {
+TEST_F(OverlaysGLTest, ZoomboxCoversExactlyTheDraggedPixelsWithBothRenderers) {
     doc.renderer->addPostRenderer(zoombox);
     drag(10, 10, 40, 30);
     paint();
-
-    // The outline: two-pixel rings on the border, corners included; nothing outside.
-    const int ring[][2] = {{10, 10}, {40, 10}, {10, 30}, {40, 30}, {10, 20}, {11, 20},
-                           {40, 20}, {39, 20}, {25, 10}, {25, 11}, {25, 30}, {25, 29}};
-    for (const auto& p : ring)
-        EXPECT_EQ(pixel(p[0], p[1]), kOutline) << p[0] << "," << p[1];
-    const int outside[][2] = {{9, 20}, {41, 20}, {25, 9}, {25, 31},
-                              {9, 9},  {41, 31}, {9, 31}, {41, 9}};
-    for (const auto& p : outside)
-        EXPECT_EQ(pixel(p[0], p[1]), kGrey) << p[0] << "," << p[1];
     // Inside, the grey shows through a dark translucent fill: neither grey nor opaque dark.
-    Rgba fill = pixel(25, 20);
+    const Rgba fill = pixel(25, 20);
     EXPECT_EQ(fill.r, fill.g);
     EXPECT_EQ(fill.g, fill.b);
     EXPECT_NEAR(fill.r, 0.7 * 230, 12);
-    EXPECT_EQ(countPixels(fill, 0), 27u * 17u);
-    EXPECT_EQ(countPixels(kOutline, 0), 31u * 21u - 27u * 17u);
-    EXPECT_EQ(countPixels(kGrey, 0), pixelCount() - 31u * 21u);
+    // Dragged any way round: a two-pixel outline ring on the border, the fill inside it.
+    for (auto d : std::vector<std::array<int, 4>>{
+             {10, 10, 40, 30}, {40, 30, 10, 10}, {10, 30, 40, 10}, {40, 10, 10, 30}}) {
+        drag(d[0], d[1], d[2], d[3]);
+        paint();
+        SCOPED_TRACE(testing::Message() << d[0] << "," << d[1] << " to " << d[2] << "," << d[3]);
+        const int ring[][2] = {{10, 10}, {40, 10}, {10, 30}, {40, 30}, {10, 20}, {11, 20},
+                               {40, 20}, {39, 20}, {25, 10}, {25, 11}, {25, 30}, {25, 29}};
+        for (const auto& p : ring)
+            EXPECT_EQ(pixel(p[0], p[1]), kOutline) << p[0] << "," << p[1];
+        EXPECT_EQ(countPixels(fill, 0), 27u * 17u);
+        EXPECT_EQ(countPixels(kOutline, 0), 31u * 21u - 27u * 17u);
+        EXPECT_EQ(countPixels(kGrey, 0), pixelCount() - 31u * 21u);
+    }
 
-    // Dragged the other way round, the same pixels.
-    drag(40, 30, 10, 10);
-    paint();
-    EXPECT_EQ(countPixels(fill, 0), 27u * 17u);
-    EXPECT_EQ(countPixels(kOutline, 0), 31u * 21u - 27u * 17u);
-
-    // Over a red scene the red shows through the fill.
-    doc.renderer->addPostRenderer(std::make_shared<FillPostRenderer>(
-        static_cast<short>(zoombox->order() - 1), "red", 1, 0, 0, std::make_shared<CallLog>()));
-    paint();
-    Rgba overRed = pixel(25, 20);
-    EXPECT_NEAR(overRed.r, 0.7 * 255, 12);
-    EXPECT_LT(overRed.g, 20);
-    EXPECT_EQ(pixel(10, 20), kOutline);
-    EXPECT_NO_GL_ERROR();
-}
-
-TEST_F(OverlaysGLTest, ZoomboxDrawsOnlyWithBothRenderers) {
-    doc.renderer->addPostRenderer(zoombox);
-    drag(10, 10, 40, 30);
-    const auto fill = zoombox->fill(), line = zoombox->outline();
-
-    zoombox->set(fill, nullptr);
+    // Only with both renderers, and not after resetBox.
+    const auto filled = zoombox->fill(), line = zoombox->outline();
+    zoombox->set(filled, nullptr);
     paint();
     EXPECT_EQ(countPixels(kGrey, 0), pixelCount());
     zoombox->set(nullptr, line);
     paint();
     EXPECT_EQ(countPixels(kGrey, 0), pixelCount());
-    zoombox->set(fill, line);
-    paint();
-    EXPECT_EQ(countPixels(kGrey, 0), pixelCount() - 31u * 21u);
     zoombox->resetBox();
     paint();
     EXPECT_EQ(countPixels(kGrey, 0), pixelCount()) << "after resetBox";
-    EXPECT_NO_GL_ERROR();
-}
 
-TEST_F(OverlaysGLTest, ZoomboxFillIsLit) {
-    // Under a full white ambient light the lit fill shows its material's ambient colour (0.2
-    // grey) at 30 % over the grey frame; unlit it would be plain black at 30 %.
-    doc.renderer->addPostRenderer(
-        std::make_shared<HookPostRenderer>(static_cast<short>(zoombox->order() - 1), [] {
-            const float white[4] = {1.0f, 1.0f, 1.0f, 1.0f};
-            glLightModelfv(GL_LIGHT_MODEL_AMBIENT, white);
-        }));
-    doc.renderer->addPostRenderer(zoombox);
+    // Over a red scene the red shows through the fill.
     drag(10, 10, 40, 30);
+    doc.renderer->addPostRenderer(postFill(static_cast<short>(zoombox->order() - 1), "red", 1, 0, 0,
+                                           std::make_shared<CallLog>()));
     paint();
-    const Rgba fill = pixel(25, 20);
-    EXPECT_NEAR(fill.r, 0.7 * 230 + 0.3 * 0.2 * 255, 3) << fill;
-    EXPECT_EQ(fill.g, fill.r);
-    EXPECT_EQ(fill.b, fill.r);
+    Rgba overRed = pixel(25, 20);
+    EXPECT_NEAR(overRed.r, 0.7 * 255, 12);
+    EXPECT_LT(overRed.g, 20);
+    EXPECT_EQ(pixel(10, 20), kOutline);
+
+    // The fill is lit: under a full white ambient light it shows its material's ambient colour
+    // (0.2 grey) at 30 % over the grey frame; unlit it would be plain black at 30 %.
+    postRenderers({calling<qrngl::IPostRenderer>(
+                       [] {
+                           const float white[4] = {1.0f, 1.0f, 1.0f, 1.0f};
+                           glLightModelfv(GL_LIGHT_MODEL_AMBIENT, white);
+                       },
+                       static_cast<short>(zoombox->order() - 1)),
+                   zoombox});
+    paint();
+    const Rgba lit = pixel(25, 20);
+    EXPECT_NEAR(lit.r, 0.7 * 230 + 0.3 * 0.2 * 255, 3) << lit;
+    EXPECT_EQ(lit.g, lit.r);
+    EXPECT_EQ(lit.b, lit.r);
     EXPECT_FALSE(glIsEnabled(GL_LIGHTING)) << "lighting is off after the box";
 }
 
@@ -176,8 +154,7 @@ TEST_F(OverlaysGLTest, CrossHairIsCentredAtItsPixelInBlack) {
     crossHair->set(crossHairAt(x, y));
     paint();
 
-    // Along the pixel's row and column: black from GAP to ARM on all four sides, clear
-    // around the pixel pointed at and beyond the arms' ends.
+    // Along the pixel's row and column: black from GAP to ARM on all four sides, else clear.
     for (int d = 0; d <= arm + 1; ++d) {
         const Rgba expected = d >= gap && d <= arm ? kBlack : kGrey;
         EXPECT_EQ(pixel(x + d, y), expected) << "right " << d;
@@ -185,8 +162,7 @@ TEST_F(OverlaysGLTest, CrossHairIsCentredAtItsPixelInBlack) {
         EXPECT_EQ(pixel(x, y + d), expected) << "down " << d;
         EXPECT_EQ(pixel(x, y - d), expected) << "up " << d;
     }
-    // The 1.5-pixel line is one or two pixels thick (aliased widths round to whole pixels),
-    // the same for both directions, and nothing else is drawn.
+    // The 1.5-pixel line is one or two pixels thick alike both ways; nothing else is drawn.
     int rows = 0, columns = 0;
     for (int d = -2; d <= 2; ++d) {
         rows += pixel(x + gap + 2, y + d) == kBlack;
@@ -208,7 +184,6 @@ TEST_F(OverlaysGLTest, CrossHairIsCentredAtItsPixelInBlack) {
     crossHair->reset(nullptr);
     paint();
     EXPECT_EQ(countPixels(kGrey, 0), pixelCount());
-    EXPECT_NO_GL_ERROR();
 }
 
 TEST_F(OverlaysGLTest, OverlaysDrawOverTheSceneInTheirOrder) {
@@ -216,8 +191,7 @@ TEST_F(OverlaysGLTest, OverlaysDrawOverTheSceneInTheirOrder) {
     qrnsg::MMaterial blue = qrnsg::MMaterial::fromColor(0.0f, 0.0f, 1.0f);
     doc.addMesh(rectangle(-1.0f, -1.0f, 1.0f, 1.0f, -0.9f), doc.addMeshMaterial(blue, false));
     auto log = std::make_shared<CallLog>();
-    doc.renderer->addPostRenderer(crossHair);
-    doc.renderer->addPostRenderer(std::make_shared<FillPostRenderer>(300, "300", 1, 0, 0, log));
+    postRenderers({crossHair, postFill(300, "300", 1, 0, 0, log)});
     crossHair->set(crossHairAt(30, 20));
     paint();
     EXPECT_EQ(*log, CallLog{"300"});
@@ -227,9 +201,7 @@ TEST_F(OverlaysGLTest, OverlaysDrawOverTheSceneInTheirOrder) {
     EXPECT_EQ(pixel(30, 20), (Rgba{255, 0, 0, 255}));
 
     // Without the red, over the nearer blue face.
-    doc.renderer->postRenderers.clear();
-    doc.renderer->addPostRenderer(crossHair);
-    doc.renderer->addPostRenderer(zoombox);
+    postRenderers({crossHair, zoombox});
     drag(50, 5, 70, 25);
     paint();
     EXPECT_EQ(pixel(30 + CrossHairUtils::GAP, 20), kBlack);
@@ -238,38 +210,45 @@ TEST_F(OverlaysGLTest, OverlaysDrawOverTheSceneInTheirOrder) {
     EXPECT_LT(underFill.b, 230);
     EXPECT_GT(underFill.b, 150);
     EXPECT_EQ(pixel(75, 55).b, 255);
-    EXPECT_NO_GL_ERROR();
 }
 
 TEST_F(OverlaysGLTest, OverlaysLeaveDepthOnBlendOffAndTheModelViewSelected) {
     GLStateSeen before, after;
-    auto messUp = std::make_shared<HookPostRenderer>(-2, [&before] {
-        glDisable(GL_DEPTH_TEST);
-        glEnable(GL_BLEND);
-        glEnable(GL_LIGHTING);
-        glMatrixMode(GL_MODELVIEW);
-        glLoadMatrixf(qrnmath::MatrixUtils::scaling(qrnmath::Vec3(2.0f, 2.0f, 2.0f)).data());
-        glMatrixMode(GL_PROJECTION);
-        glLoadMatrixf(qrnmath::MatrixUtils::scaling(qrnmath::Vec3(0.5f, 0.5f, 0.5f)).data());
-        before.take(); // the projection stack is left selected
-    });
-    auto look = std::make_shared<HookPostRenderer>(600, [&after] { after.take(); });
+    auto messUp = calling<qrngl::IPostRenderer>(
+        [&before] {
+            glDisable(GL_DEPTH_TEST);
+            glEnable(GL_BLEND);
+            glEnable(GL_LIGHTING);
+            glMatrixMode(GL_MODELVIEW);
+            glLoadMatrixf(qrnmath::MatrixUtils::scaling(qrnmath::Vec3(2.0f, 2.0f, 2.0f)).data());
+            glMatrixMode(GL_PROJECTION);
+            glLoadMatrixf(qrnmath::MatrixUtils::scaling(qrnmath::Vec3(0.5f, 0.5f, 0.5f)).data());
+            before.take(); // the projection stack is left selected
+        },
+        -2);
+    auto look = calling<qrngl::IPostRenderer>([&after] { after.take(); }, 600);
     crossHair->set(crossHairAt(30, 20));
     drag(10, 10, 40, 30);
-    for (std::shared_ptr<qrngl::IPostRenderer> overlay :
-         {std::shared_ptr<qrngl::IPostRenderer>(crossHair), {zoombox}}) {
-        doc.renderer->postRenderers.clear();
-        doc.renderer->addPostRenderer(messUp);
-        doc.renderer->addPostRenderer(overlay);
-        doc.renderer->addPostRenderer(look);
+    // The cross-hair, the zoom box, then the cross-hair without a figure, which touches nothing.
+    for (int k = 0; k < 3; ++k) {
+        SCOPED_TRACE(k);
+        std::shared_ptr<qrngl::IPostRenderer> overlay = crossHair;
+        if (k == 1)
+            overlay = zoombox;
+        if (k == 2)
+            crossHair->set(nullptr);
+        postRenderers({messUp, overlay, look});
         paint();
-        SCOPED_TRACE(overlay->order());
-        const bool cross = overlay == crossHair;
-        EXPECT_EQ(cross ? pixel(30 + CrossHairUtils::GAP, 20) : pixel(10, 10),
-                  cross ? kBlack : kOutline);
         EXPECT_EQ(before.mode, GL_PROJECTION);
         EXPECT_TRUE(before.lighting);
-        EXPECT_EQ(after.lighting, cross) << "the zoom box's fill switches lighting off";
+        if (k == 2) {
+            EXPECT_FALSE(after.depth);
+            EXPECT_TRUE(after.blend);
+            break;
+        }
+        EXPECT_EQ(k == 0 ? pixel(30 + CrossHairUtils::GAP, 20) : pixel(10, 10),
+                  k == 0 ? kBlack : kOutline);
+        EXPECT_EQ(after.lighting, k == 0) << "the zoom box's fill switches lighting off";
         EXPECT_TRUE(after.depth);
         EXPECT_FALSE(after.blend);
         EXPECT_EQ(after.mode, GL_MODELVIEW);
@@ -278,16 +257,6 @@ TEST_F(OverlaysGLTest, OverlaysLeaveDepthOnBlendOffAndTheModelViewSelected) {
         EXPECT_EQ(after.projection, before.projection);
         EXPECT_EQ(after.modelview, before.modelview);
     }
-    // Without a figure the cross-hair touches nothing.
-    crossHair->set(nullptr);
-    doc.renderer->postRenderers.clear();
-    doc.renderer->addPostRenderer(messUp);
-    doc.renderer->addPostRenderer(crossHair);
-    doc.renderer->addPostRenderer(look);
-    paint();
-    EXPECT_FALSE(after.depth);
-    EXPECT_TRUE(after.blend);
-    EXPECT_NO_GL_ERROR();
 }
 
 } // namespace

@@ -11,24 +11,24 @@ namespace {
 
 // A pick canvas that notes the calls it gets and answers with set hits.
 struct RecordingCanvas : IPickCanvas {
-    void OnDraw() const override { calls.push_back("OnDraw"); }
+    template <class... T>
+    void note(std::string call, T... values) const {
+        ((call += " " + std::to_string(values)), ...);
+        calls.push_back(call);
+    }
+    void OnDraw() const override { note("OnDraw"); }
     bool OnCreate() override { return true; }
     void OnDestroy() override {}
     void OnSize(unsigned, unsigned, unsigned, unsigned) override {}
-    void Invalidate() override { calls.push_back("Invalidate"); }
+    void Invalidate() override { note("Invalidate"); }
     void Set(int x, int y, int size, unsigned short type) override {
-        calls.push_back("Set " + std::to_string(x) + " " + std::to_string(y) + " " +
-                        std::to_string(size) + " " + std::to_string(type));
+        note("Set", x, y, size, type);
     }
     const std::vector<PickResult>& Get() const override { return hits; }
     void SetPickBox(int w, int h, int size, unsigned short type) override {
-        calls.push_back("SetPickBox " + std::to_string(w) + " " + std::to_string(h) + " " +
-                        std::to_string(size) + " " + std::to_string(type));
+        note("SetPickBox", w, h, size, type);
     }
-    void OnDrawPickBox(int x, int y, int w, int h) override {
-        calls.push_back("OnDrawPickBox " + std::to_string(x) + " " + std::to_string(y) + " " +
-                        std::to_string(w) + " " + std::to_string(h));
-    }
+    void OnDrawPickBox(int x, int y, int w, int h) override { note("OnDrawPickBox", x, y, w, h); }
     void GetPickBox(int, int, std::vector<PickResult>& out) override { out = hits; }
 
     mutable std::vector<std::string> calls;
@@ -87,7 +87,7 @@ TEST_F(Fixture, PointPickWithoutFilterDrawsMask39AndSelectsNothing) {
     EXPECT_EQ(selector->calls, 2);
 }
 
-TEST_F(Fixture, TheApertureFollowsTheWindowAndShrinksWhenZoomedIn) {
+TEST_F(Fixture, TheApertureFollowsTheWindowAndABoxItsLowerLeftCorner) {
     // 800 x 300 at zoom 1: 30, then r = 0.5 makes it 15; the square centred on (400, 100).
     auto r = renderer(800, 300, 1.0f);
     PickingHelper::pickPoints(r, nullptr, selector, 0, 400, 100, 4);
@@ -105,19 +105,15 @@ TEST_F(Fixture, TheApertureFollowsTheWindowAndShrinksWhenZoomedIn) {
     PickingHelper::pickPoints(r, nullptr, selector, 0, 4, 4, 4);
     EXPECT_EQ(canvas->calls, (std::vector<std::string>{"Invalidate"}));
     EXPECT_EQ(selector->calls, before);
-}
 
-TEST_F(Fixture, ABoxPickTakesTheLowerLeftCornerAndKeepsZeroWidthAtTheOrigin) {
-    auto r = renderer(500, 400, 1.0f);
-    PickingHelper::pickbox(r, nullptr, selector, 0, 100, 50, 40, 80);
-    EXPECT_EQ(canvas->calls,
-              (std::vector<std::string>{"SetPickBox 60 30 0 39", "OnDrawPickBox 40 320 60 30"}));
-    for (auto [x0, y0, x1, y1, x, y] : std::vector<std::array<int, 6>>{
-             {40, 50, 100, 80, 40, 320}, {40, 80, 100, 50, 40, 320}, {100, 80, 40, 50, 40, 320}}) {
+    // A box pick takes its lower left corner, however dragged; a zero width is at the origin.
+    r = renderer(500, 400, 1.0f);
+    for (auto c : std::vector<std::array<int, 4>>{
+             {100, 50, 40, 80}, {40, 50, 100, 80}, {40, 80, 100, 50}, {100, 80, 40, 50}}) {
         canvas->calls.clear();
-        PickingHelper::pickbox(r, nullptr, selector, 0, x0, y0, x1, y1);
-        EXPECT_EQ(canvas->calls[1],
-                  "OnDrawPickBox " + std::to_string(x) + " " + std::to_string(y) + " 60 30");
+        PickingHelper::pickbox(r, nullptr, selector, 0, c[0], c[1], c[2], c[3]);
+        EXPECT_EQ(canvas->calls, (std::vector<std::string>{"SetPickBox 60 30 0 39",
+                                                           "OnDrawPickBox 40 320 60 30"}));
     }
     canvas->calls.clear();
     PickingHelper::pickbox(r, nullptr, selector, 0, 100, 50, 100, 80);
