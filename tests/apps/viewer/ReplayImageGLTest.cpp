@@ -2,6 +2,7 @@
 // convention's drags turn, pan and zoom as named and match their baseline; keys animate; touch
 // input and gestures reach the gesture manipulator.
 #include "ImageBaseline.h"
+#include "ViewerTestSupport.h"
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
@@ -13,8 +14,6 @@
 #include "qrnviewer/EventRouter.h"
 #include "qrnviewer/Replay.h"
 #include "qrnviewer/Snapshot.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
@@ -30,6 +29,14 @@ using qrnviewer::InputEvent;
 
 constexpr unsigned int kWidth = 320, kHeight = 240;
 enum : unsigned int { VK_ESCAPE = 27, VK_SHIFT = 0x10, VK_CONTROL = 0x11, VK_F4 = 0x73 };
+
+std::vector<InputEvent> parse(const std::string& text) {
+    std::istringstream in(text);
+    std::vector<InputEvent> events;
+    std::string error;
+    EXPECT_TRUE(qrnviewer::EventLog::parse(in, events, error)) << error;
+    return events;
+}
 
 // Writes an event log as a user's session would have made it, 20 ms between events.
 class LogWriter {
@@ -73,13 +80,7 @@ public:
             event("keyup", "-", 0, k);
         wait(100);
     }
-    std::vector<InputEvent> events() const {
-        std::istringstream in(m_text);
-        std::vector<InputEvent> events;
-        std::string error;
-        EXPECT_TRUE(qrnviewer::EventLog::parse(in, events, error)) << error;
-        return events;
-    }
+    std::vector<InputEvent> events() const { return parse(m_text); }
 
 private:
     std::string m_text = "# generated\n";
@@ -149,18 +150,13 @@ protected:
     }
     // Plays the log as qrnview --replay does, on a fresh document. The left button pans, so that
     // only F4 makes Inventor's left drag turn.
-    void play(const std::vector<InputEvent>& events, int style, bool fresh = true) {
-        if (fresh)
-            SetUp();
+    void play(const std::vector<InputEvent>& events, int style) {
+        SetUp();
         document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER)->mouseStyle = style;
         router.reset(); // one router a document: it owns the renderer's notifier
         router = std::make_unique<qrnviewer::EventRouter>(document, nullptr, nullptr);
         router->setOperation(qrngl::IEventInterpreter::PAN);
         qrnviewer::Replay::run(*router, events);
-    }
-    void play(const Gesture& g, int style) {
-        LogWriter log;
-        play((log.drag(g), log.events()), style);
     }
 
     std::shared_ptr<qrn::Document> document;
@@ -171,47 +167,41 @@ protected:
 
 class ReplayImageGLTest : public ReplayTest, public ::testing::WithParamInterface<Convention> {};
 
-TEST_P(ReplayImageGLTest, GesturesTurnPanAndZoomAsTheySay) {
+// Each drag alone turns, pans (the model following the pointer: right is +x, down in the window
+// -y in view space) or zooms in; all three in one log move the camera otherwise under another
+// convention, and give their picture.
+TEST_P(ReplayImageGLTest, GesturesDoAsTheySayAndTheLogGivesItsPicture) {
     const Convention& c = GetParam();
     const float radius = start.sphereRadius();
     auto sign = [&](float v) { return v > 0.01f * radius ? 1 : v < -0.01f * radius ? -1 : 0; };
+    LogWriter log;
     for (const Gesture* g : {&c.rotate, &c.pan, &c.zoom}) {
-        play(*g, c.style);
+        LogWriter alone;
+        alone.drag(*g), log.drag(*g);
+        play(alone.events(), c.style);
         const float turned = angleBetween(camera->modelRotation(), start.modelRotation());
         const qrnmath::Vec3 moved = camera->modelTranslation();
         EXPECT_TRUE(g == &c.rotate ? turned > 10.0f : turned < 0.01f) << turned;
         EXPECT_TRUE(g == &c.zoom ? camera->zoomFactor() < 0.9f : camera->zoomFactor() == 1.0f)
             << camera->zoomFactor();
-        // The model follows the pointer: right is +x, down (window y) is -y in view space.
         EXPECT_TRUE(g != &c.pan || (sign(moved[0]) == sign(float(g->dx) * radius) &&
                                     sign(moved[1]) == sign(-float(g->dy) * radius)))
             << "pan " << moved[0] << " " << moved[1];
     }
-}
-
-TEST_P(ReplayImageGLTest, LogGivesItsPictureAndDependsOnTheConvention) {
-    const Convention& c = GetParam();
-    LogWriter log;
-    for (const Gesture* g : {&c.rotate, &c.pan, &c.zoom})
-        log.drag(*g);
-    const auto events = log.events();
-
-    play(events, c.foreign);
+    play(log.events(), c.foreign);
     const qrngl::Camera foreign = *camera;
-    play(events, c.style);
+    play(log.events(), c.style);
     const qrnmath::Vec3 d = camera->modelTranslation() - foreign.modelTranslation();
-    const bool differs = angleBetween(camera->modelRotation(), foreign.modelRotation()) > 1.0f ||
-                         std::sqrt(d.lengthSquared()) > 0.01f * start.sphereRadius() ||
-                         std::fabs(camera->zoomFactor() - foreign.zoomFactor()) > 0.01f;
-    EXPECT_TRUE(differs) << c.name << " log under style " << c.foreign;
+    EXPECT_TRUE(angleBetween(camera->modelRotation(), foreign.modelRotation()) > 1.0f ||
+                std::sqrt(d.lengthSquared()) > 0.01f * radius ||
+                std::fabs(camera->zoomFactor() - foreign.zoomFactor()) > 0.01f)
+        << c.name << " log under style " << c.foreign;
 
     const std::string name = std::string("replay_") + c.name;
     const std::string path = (std::filesystem::current_path() / (name + ".png")).string();
     std::string error;
     ASSERT_TRUE(qrnviewer::Snapshot::write(document, kWidth, kHeight, path, error)) << error;
-    qrnimage::Image image;
-    ASSERT_TRUE(qrnimage::Image::loadPng(path, image, &error)) << error;
-    qrntest::expectMatchesBaseline(image, name, 8, kWidth * kHeight / 200);
+    qrntest::expectMatchesBaseline(viewertest::loadPng(path), name, 8, kWidth * kHeight / 200);
 }
 
 INSTANTIATE_TEST_SUITE_P(Conventions, ReplayImageGLTest, ::testing::ValuesIn(kConventions),
@@ -258,27 +248,6 @@ TEST_F(ReplayRoutingTest, SpinKeepsTurningUntilEscapeAndMCyclesTheConvention) {
     EXPECT_EQ(router->cameraManipulator()->getOperation(), qrngl::IEventInterpreter::SPIN);
 }
 
-// A tool before the camera in the chain (as a grabbed clip plane is) that takes every press.
-class TakesPresses : public qrngl::IManipulator {
-public:
-    TakesPresses() : IManipulator(nullptr) {}
-    qrngl::FrameStatus mouseButtonDown(qrngl::FrameStatus, unsigned int, MouseButton, int,
-                                       int) override {
-        return qrngl::CHANGED;
-    }
-    short order() const override { return 600; }
-};
-
-TEST_F(ReplayRoutingTest, APressTakenEarlierInTheChainStartsNoDrag) {
-    document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER)
-        ->addManipulator(std::make_shared<TakesPresses>());
-    LogWriter log;
-    log.drag({{}, {M}, {}, 6, 0, 8}), log.drag({{}, {L}, {}, 6, 0, 8});
-    play(log.events(), 0, false);
-    EXPECT_EQ(camera->modelRotation(), start.modelRotation());
-    EXPECT_EQ(camera->modelTranslation(), start.modelTranslation());
-}
-
 TEST_F(ReplayRoutingTest, TouchAndGesturesReachTheGestureManipulatorOnly) {
     // A one-finger drag, a pan gesture, a rotate gesture, a pinch: each moves the camera once,
     // as the camera tools would, although the left button pans (see play).
@@ -299,19 +268,7 @@ TEST_F(ReplayRoutingTest, TouchAndGesturesReachTheGestureManipulatorOnly) {
     qrngl::CameraHelper::translate(expected, 20, -10);
     for (int i = 0; i < 20; ++i) // about where the touch went down
         qrngl::CameraHelper::zoom(expected, 160, 120, 1.01f, true);
-    const auto parse = [](const std::string& text) {
-        std::istringstream in(text);
-        std::vector<InputEvent> events;
-        std::string error;
-        EXPECT_TRUE(qrnviewer::EventLog::parse(in, events, error)) << error;
-        return events;
-    };
-    // The viewer's documents have what the home view needs.
-    const auto playHome = [&](const std::string& text) {
-        SetUp();
-        play(parse(text), 0, false);
-    };
-    playHome(log);
+    play(parse(log), 0);
     EXPECT_EQ(camera->modelRotation(), expected->modelRotation());
     EXPECT_EQ(camera->modelTranslation(), expected->modelTranslation());
     EXPECT_EQ(camera->zoomFactor(), expected->zoomFactor());
@@ -319,11 +276,11 @@ TEST_F(ReplayRoutingTest, TouchAndGesturesReachTheGestureManipulatorOnly) {
 
     // A two-finger tap goes home over 32 ticks of 30 ms.
     log += "500 twofingertap - 0x00 160 120 0 0\n900 wait - 0x00 0 0 0 0\n";
-    playHome(log);
+    play(parse(log), 0);
     EXPECT_GT(angleBetween(camera->modelRotation(), start.modelRotation()), 1.0f);
     EXPECT_LT(camera->zoomFactor(), 0.95f);
     log += "1500 wait - 0x00 0 0 0 0\n";
-    playHome(log);
+    play(parse(log), 0);
     EXPECT_LT(angleBetween(camera->modelRotation(), start.modelRotation()), 0.01f);
     EXPECT_LT(std::sqrt(camera->modelTranslation().lengthSquared()), 1e-3f * start.sphereRadius());
     EXPECT_NEAR(camera->zoomFactor(), 1.0f, 1e-4f);
@@ -338,10 +295,8 @@ TEST(EventLogTest, ReadsTheDocumentedLinesAndNamesTheBadOne) {
     std::string text = "# a session\n\n";
     for (const auto& line : lines)
         text += "  " + line + "\n";
-    std::istringstream good(text);
-    std::vector<InputEvent> events;
+    std::vector<InputEvent> events = parse(text);
     std::string error;
-    ASSERT_TRUE(qrnviewer::EventLog::parse(good, events, error)) << error;
     ASSERT_EQ(events.size(), lines.size());
     for (std::size_t i = 0; i < lines.size(); ++i)
         EXPECT_EQ(qrnviewer::EventLog::format(events[i]), lines[i]);

@@ -1,3 +1,6 @@
+// Off-screen frames written as PNG files; meshes put in drawing order keep their faces and picks.
+#include "ViewerTestSupport.h"
+
 #include "qrngl/SCRenderer.h"
 #include "qrngl/picking/SelectManipulator.h"
 #include "qrnimport/DemoAssembly.h"
@@ -8,57 +11,32 @@
 #include "qrnviewer/RendererPlugins.h"
 #include "qrnviewer/Snapshot.h"
 
-#include "qrnimage/Image.h"
 #include "qrnmath/MatrixUtils.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <array>
-#include <filesystem>
 #include <set>
-#include <unistd.h>
 
 namespace {
 
-qrnimport::ModelData oneBox() {
+// A red box: background at the corner, the lit box in the middle; an unwritable path named.
+TEST(SnapshotGLTest, WritesTheFrameAtTheAskedSizeOrSaysWhyNot) {
     qrnimport::ModelData model;
     qrnimport::ModelData::Part part;
     part.meshes.push_back(qrnimport::Shapes::box(qrnmath::Vec3(0, 0, 0), qrnmath::Vec3(1, 1, 1)));
     part.meshMaterials.push_back(model.addMaterial(qrnsg::MMaterial::fromColor(1, 0, 0)));
     model.addNode(L"Box", -1, qrnmath::MatrixUtils::identity(), model.addPart(part));
-    return model;
-}
-
-TEST(SnapshotGLTest, WritesTheFrameAtTheAskedSize) {
-    auto document = qrnimport::DocumentBuilder::build(oneBox());
-    const std::string path = (std::filesystem::temp_directory_path() /
-                              ("qrn-snapshot-" + std::to_string(getpid()) + ".png"))
-                                 .string();
+    auto document = qrnimport::DocumentBuilder::build(model);
+    viewertest::TempDir dir;
     std::string error;
-    ASSERT_TRUE(qrnviewer::Snapshot::write(document, 64, 48, path, error)) << error;
-    qrnimage::Image image;
-    ASSERT_TRUE(qrnimage::Image::loadPng(path, image, &error)) << error;
-    std::filesystem::remove(path);
-    EXPECT_EQ(image.width(), 64u);
-    EXPECT_EQ(image.height(), 48u);
-    // Background at the corner, the lit red box in the middle.
+    ASSERT_TRUE(qrnviewer::Snapshot::write(document, 64, 48, dir.file("box.png"), error)) << error;
+    const qrnimage::Image image = viewertest::loadPng(dir.file("box.png"));
+    ASSERT_TRUE(image.width() == 64u && image.height() == 48u);
     EXPECT_EQ(image.pixel(0, 0)[0], 230);
-    const auto* centre = image.pixel(32, 24);
-    EXPECT_GT(centre[0], 100);
-    EXPECT_LT(centre[1], 60);
-}
-
-TEST(SnapshotGLTest, UnwritablePathIsReported) {
-    auto document = qrnimport::DocumentBuilder::build(oneBox());
-    std::string error;
+    EXPECT_GT(image.pixel(32, 24)[0], 100);
+    EXPECT_LT(image.pixel(32, 24)[1], 60);
     EXPECT_FALSE(qrnviewer::Snapshot::write(document, 16, 16, "/nonexistent-dir/x.png", error));
     EXPECT_NE(error.find("/nonexistent-dir/x.png"), std::string::npos) << error;
 }
-
-} // namespace
-
-namespace {
 
 using Options = qrnimport::DocumentBuilder::Options;
 

@@ -8,6 +8,7 @@
 #endif
 
 #include "qrnimport/ModelReader.h"
+#include "qrnimport/OcctUtils.h"
 #include "qrnimport/XcafImporter.h"
 #include "qrnmath/MatrixUtils.h"
 
@@ -27,6 +28,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -179,6 +181,25 @@ inline int findNamed(const std::vector<T>& list, const std::wstring& name) {
     return -1;
 }
 
+// The name a label carries; empty where it has none.
+inline std::wstring nameOf(const TDF_Label& label) {
+    std::wstring name;
+    qrnimport::OcctUtils::labelName(label, name);
+    return name;
+}
+
+// The levels below the root of the deepest node.
+inline int depthOf(const ModelData& model) {
+    int deepest = 0;
+    for (const auto& node : model.nodes) {
+        int d = 0;
+        for (int p = node.parent; p >= 0; p = model.nodes[static_cast<std::size_t>(p)].parent)
+            ++d;
+        deepest = std::max(deepest, d);
+    }
+    return deepest;
+}
+
 inline const ModelData::Part& partNamed(const ModelData& model, const std::wstring& name) {
     return model.parts.at(static_cast<std::size_t>(findNamed(model.parts, name)));
 }
@@ -204,18 +225,19 @@ struct RecordingStatus : qrn::IStatusManager {
     int ends = 0;
 };
 
-// A unit cube as a bare triangulation: 8 nodes, 12 triangles.
-inline Handle(Poly_Triangulation) cubeMesh() {
-    Handle(Poly_Triangulation) tri = new Poly_Triangulation(8, 12, false);
+// A unit cube as a bare triangulation: 8 nodes, the first of its 12 triangles, wound outwards
+// or inwards.
+inline Handle(Poly_Triangulation) cubeMesh(int triangles = 12, bool inwards = false) {
+    Handle(Poly_Triangulation) tri = new Poly_Triangulation(8, triangles, false);
     for (int i = 0; i < 8; ++i)
         tri->SetNode(i + 1, gp_Pnt(i & 1, (i >> 1) & 1, (i >> 2) & 1));
     const int faces[6][4] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4},
                              {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}};
     int t = 1;
-    for (const auto& f : faces) {
-        tri->SetTriangle(t++, Poly_Triangle(f[0] + 1, f[1] + 1, f[2] + 1));
-        tri->SetTriangle(t++, Poly_Triangle(f[0] + 1, f[2] + 1, f[3] + 1));
-    }
+    for (const auto& f : faces)
+        for (int k = 1; k <= 2 && t <= triangles; ++k, ++t)
+            tri->SetTriangle(t, inwards ? Poly_Triangle(f[0] + 1, f[k + 1] + 1, f[k] + 1)
+                                        : Poly_Triangle(f[0] + 1, f[k] + 1, f[k + 1] + 1));
     return tri;
 }
 

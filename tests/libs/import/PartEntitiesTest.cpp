@@ -86,19 +86,15 @@ ModelData expectPartsMatchTheirShapes(const Handle(TDocStd_Document) & doc) {
     XCAFDoc_DocumentTool::ShapeTool(doc->Main())->GetShapes(labels);
     std::set<int> checked;
     for (const TDF_Label& label : labels) {
-        Handle(TDataStd_Name) name;
-        std::wstring wide;
-        if (label.FindAttribute(TDataStd_Name::GetID(), name))
-            for (int i = 1; i <= name->Get().Length(); ++i)
-                wide.push_back(static_cast<wchar_t>(name->Get().Value(i)));
-        const int part = findNamed(model.parts, wide);
+        const int part = findNamed(model.parts, nameOf(label));
         if (!XCAFDoc_ShapeTool::IsSimpleShape(label) || part < 0 || !checked.insert(part).second)
             continue;
         SCOPED_TRACE(part);
         TopTools_IndexedMapOfShape faces, edges, vertices;
-        TopExp::MapShapes(XCAFDoc_ShapeTool::GetShape(label), TopAbs_FACE, faces);
-        TopExp::MapShapes(XCAFDoc_ShapeTool::GetShape(label), TopAbs_EDGE, edges);
-        TopExp::MapShapes(XCAFDoc_ShapeTool::GetShape(label), TopAbs_VERTEX, vertices);
+        const TopoDS_Shape shape = XCAFDoc_ShapeTool::GetShape(label);
+        TopExp::MapShapes(shape, TopAbs_FACE, faces);
+        TopExp::MapShapes(shape, TopAbs_EDGE, edges);
+        TopExp::MapShapes(shape, TopAbs_VERTEX, vertices);
         int drawn = 0;
         for (int i = 1; i <= edges.Extent(); ++i)
             drawn += BRep_Tool::Degenerated(TopoDS::Edge(edges(i))) ? 0 : 1;
@@ -190,18 +186,8 @@ TEST(PartEntitiesTest, BareTrianglesSplitAtCreases) {
     expectEntitiesFit(part);
     EXPECT_TRUE(part.meshes.at(0).closed) << "the whole cube bounds a solid";
     // Without a triangle, or turned inside out, it bounds none.
-    Handle(Poly_Triangulation) open = new Poly_Triangulation(8, 11, false), inside = cubeMesh();
-    for (int t = 1; t <= 12; ++t) {
-        int a = 0, b = 0, c = 0;
-        cube->Triangle(t).Get(a, b, c);
-        inside->SetTriangle(t, Poly_Triangle(a, c, b));
-        if (t <= 11)
-            open->SetTriangle(t, cube->Triangle(t));
-    }
-    for (int i = 1; i <= 8; ++i)
-        open->SetNode(i, cube->Node(i));
-    for (const auto& [name, mesh] :
-         {std::make_pair("open.stl", open), std::make_pair("inside.stl", inside)}) {
+    for (const auto& [name, mesh] : {std::make_pair("open.stl", cubeMesh(11)),
+                                     std::make_pair("inside.stl", cubeMesh(12, true))}) {
         ASSERT_TRUE(RWStl::WriteBinary(mesh, OSD_Path(dir.file(name).c_str())));
         EXPECT_FALSE(readFile(dir.file(name)).parts.at(0).meshes.at(0).closed) << name;
     }

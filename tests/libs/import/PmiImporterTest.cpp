@@ -2,8 +2,6 @@
 // documents made in memory) into model data, and from model data into a viewer document.
 #include "ImportTestSupport.h"
 
-#include "qrnimport/DemoAssembly.h"
-#include "qrnimport/DemoDocument.h"
 #include "qrnimport/DocumentBuilder.h"
 #include "qrnimport/PmiImporter.h"
 #include "qrnsg/SCPmi.h"
@@ -14,7 +12,6 @@
 #include <BRepBndLib.hxx>
 #include <BRepBuilderAPI_MakeEdge.hxx>
 #include <BRepBuilderAPI_MakePolygon.hxx>
-#include <BRepPrimAPI_MakeBox.hxx>
 #include <Interface_Static.hxx>
 #include <Standard_ProgramError.hxx>
 #include <XCAFDimTolObjects_DatumObject.hxx>
@@ -22,16 +19,14 @@
 #include <XCAFDoc_Datum.hxx>
 #include <XCAFDoc_DimTolTool.hxx>
 #include <XCAFDoc_Dimension.hxx>
-#include <XCAFDoc_DocumentTool.hxx>
 #include <XCAFDoc_GeomTolerance.hxx>
 #include <XCAFDoc_View.hxx>
 #include <XCAFDoc_ViewTool.hxx>
 #include <XCAFView_Object.hxx>
 #include <gp_Circ.hxx>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include <algorithm>
 #include <csignal>
 #include <functional>
 #include <numeric>
@@ -41,18 +36,14 @@ namespace {
 
 using namespace importtest;
 using qrnimport::PmiImporter;
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
 using Item = ModelData::PmiItem;
 using Texts = std::vector<std::wstring>;
 
 const std::wstring kDia = L"\u2300", kPm = L" \u00B1";
-
-// Written as AP242, the schema with semantic PMI.
-bool writeAp242(const Handle(TDocStd_Document) & doc, const std::string& path) {
-    STEPCAFControl_Writer writer; // defines the schema setting in a fresh process
-    Interface_Static::SetIVal("write.step.schema", 5);
-    writer.SetDimTolMode(true);
-    return writer.Transfer(doc, STEPControl_AsIs) && writer.Write(path.c_str()) == IFSelect_RetDone;
-}
 
 Bnd_Box shapeBox(const Handle(TDocStd_Document) & doc) {
     Bnd_Box box;
@@ -64,10 +55,9 @@ Bnd_Box shapeBox(const Handle(TDocStd_Document) & doc) {
 }
 
 // Inside the box grown by a share of its size on every side.
-bool inside(const Bnd_Box& box, const Vec3& p, double share = 0.1) {
-    Bnd_Box grown = box;
-    grown.Enlarge(share * std::sqrt(box.SquareExtent()));
-    return !grown.IsOut(gp_Pnt(p[0], p[1], p[2]));
+bool inside(Bnd_Box box, const Vec3& p, double share) {
+    box.Enlarge(share * std::sqrt(box.SquareExtent()));
+    return !box.IsOut(gp_Pnt(p[0], p[1], p[2]));
 }
 
 std::size_t count(const ModelData& model, Item::Kind kind) {
@@ -92,12 +82,11 @@ struct MemoryDocument {
     TDF_Label part = shapes->AddShape(box.Shape(), false);
     std::vector<std::pair<TDF_Label, Handle(XCAFDimTolObjects_DimensionObject)>> dimensions;
 
-    // The top face (z = 20) as a sub-shape label that PMI can refer to.
-    TDF_Label topFace() { return shapes->AddSubShape(part, box.TopFace()); }
-    Handle(XCAFDimTolObjects_DimensionObject) addDimension(const TDF_Label& on = TDF_Label()) {
+    // On the top face (z = 20), as a sub-shape label that PMI can refer to, where asked.
+    Handle(XCAFDimTolObjects_DimensionObject) addDimension(bool onTop = false) {
         dimensions.push_back({tool->AddDimension(), new XCAFDimTolObjects_DimensionObject()});
-        if (!on.IsNull())
-            tool->SetDimension(on, dimensions.back().first);
+        if (onTop)
+            tool->SetDimension(shapes->AddSubShape(part, box.TopFace()), dimensions.back().first);
         return dimensions.back().second;
     }
     // Objects are handed to their attributes once they are filled.
@@ -116,8 +105,6 @@ Handle(TColStd_HArray1OfReal) values(std::initializer_list<double> list) {
     return a;
 }
 
-// --- The shared AP242 files -------------------------------------------------------------------
-
 TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
     SKIP_WITHOUT_SHARED_MODELS();
     const struct {
@@ -126,24 +113,20 @@ TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
         Texts texts; // among the items' texts, exactly as often as listed
         Texts views; // all parallel
     } files[] = {
+        // clang-format off
         // Datums A, B and C, which OCCT repeats for each tolerance that refers to them (11
         // labels), once each; tolerances give their type, then their datums in order.
-        {"nist_ctc_01_asme1_ap242-e1.stp",
-         12,
-         6,
-         3,
+        {"nist_ctc_01_asme1_ap242-e1.stp", 12, 6, 3,
          {kDia + L"25" + kPm + L"0.15 mm", kDia + L"35 0/-0.2 mm", kDia + L"35 +0.2/0 mm",
           kDia + L"20 +0.05/-0.1 mm", kDia + L"34.8\u201335.2 mm", kDia + L"34.8\u201335.2 mm",
           L"60\u00B0" + kPm + L"0.5\u00B0", L"linear distance", L"linear distance", L"A", L"B",
           L"C", L"\u2316 | A | B | C", L"\u2316 | A | B | C", L"\u23E5"},
          {L"MBD_0"}},
-        {"bug32745_pmi1.stp",
-         7,
-         0,
-         0,
+        {"bug32745_pmi1.stp", 7, 0, 0,
          {L"R25" + kPm + L"0.2 mm", L"6" + kPm + L"0.1 mm", L"3.4" + kPm + L"0.1 mm", L"15 mm",
           L"linear distance outer", L"linear distance outer"},
          {L"02", L"03"}},
+        // clang-format on
     };
     for (const auto& f : files) {
         SCOPED_TRACE(f.file);
@@ -184,8 +167,7 @@ TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
                 const auto &a = model.pmi[i].texts[0], &b = model.pmi[j].texts[0];
                 if (std::abs(a.direction.dot(b.direction)) > 0.99f &&
                     std::abs(a.up.dot(b.up)) > 0.99f) {
-                    EXPECT_GT(a.position.distance(b.position), a.height)
-                        << "texts of one plane do not cover one another";
+                    EXPECT_GT(a.position.distance(b.position), a.height) << "texts overlap";
                 }
             }
         const Texts texts = textsOf(model);
@@ -200,21 +182,21 @@ TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
         }
         if (f.views.size() == 1) { // the NIST part's one view lists every item
             EXPECT_TRUE(model.views[0].listsPmi);
-            std::vector<int> listed = model.views[0].pmi;
+            std::vector<int> listed = model.views[0].pmi, all(model.pmi.size());
             std::sort(listed.begin(), listed.end());
-            std::vector<int> all(model.pmi.size());
             std::iota(all.begin(), all.end(), 0);
             EXPECT_EQ(listed, all);
         }
     }
 }
 
-// --- Files written here -----------------------------------------------------------------------
-
-TEST(PmiImporterWritten, GraphicalPresentationComesBackAsPolylinesOnThePart) {
+// A dimension with a graphical presentation written as AP242 and read back: polylines on the
+// part, the text where it is attached. A failure in the transfer that reads PMI, as an exception
+// or as a crash, costs the PMI, not the model, and says so.
+TEST(PmiImporterWritten, PresentationComesBackAndAFailedPmiTransferCostsOnlyThePmi) {
     TempDir dir;
     MemoryDocument m;
-    auto d = m.addDimension(m.topFace());
+    auto d = m.addDimension(true);
     d->SetType(XCAFDimTolObjects_DimensionType_Size_Diameter);
     d->SetValue(35.0);
     d->SetPlane(gp_Ax2(gp_Pnt(0, 0, 20), gp::DZ()));
@@ -224,48 +206,13 @@ TEST(PmiImporterWritten, GraphicalPresentationComesBackAsPolylinesOnThePart) {
         new TCollection_HAsciiString("Linear Size.7"));
     d->SetPointTextAttach(gp_Pnt(50, 12, 20));
     m.commit();
-    ASSERT_TRUE(writeAp242(m.doc, dir.file("pmi.stp")));
-
-    auto doc = readStepDocument(dir.file("pmi.stp"));
-    ASSERT_FALSE(doc.IsNull());
-    ModelData model;
-    ASSERT_EQ(PmiImporter::import(doc, model), 1);
-    const Item& item = model.pmi[0];
-    EXPECT_EQ(item.kind, Item::DIMENSION);
-    EXPECT_EQ(item.name, L"Linear Size.7");
-    ASSERT_GT(item.lines.stripCount(), 0u);
-    EXPECT_TRUE(qrnmath::nearlyEqual(item.lines.bbox().min(), Vec3(0, 10, 20), 1e-3f));
-    EXPECT_TRUE(qrnmath::nearlyEqual(item.lines.bbox().max(), Vec3(100, 40, 20), 1e-3f));
-    ASSERT_EQ(item.texts.size(), 1u);
-    EXPECT_EQ(item.texts[0].text, kDia + L"35 mm");
-    EXPECT_LT(item.texts[0].position.distance(Vec3(50, 12, 20)), 1e-3f);
-}
-
-TEST(PmiImporterWritten, PmiFreeModelsYieldNoItems) {
-    TempDir dir;
-    // The demo assembly, and the same written and read back: geometry there, PMI absent.
-    Handle(TDocStd_Document) demo = qrnimport::DemoDocument::make();
-    ASSERT_TRUE(writeAp242(demo, dir.file("plain.stp")));
-    for (const auto& doc : {demo, readStepDocument(dir.file("plain.stp"))}) {
-        ASSERT_FALSE(doc.IsNull());
-        ASSERT_FALSE(shapeBox(doc).IsVoid());
-        ModelData model;
-        EXPECT_EQ(PmiImporter::import(doc, model), 0);
-        EXPECT_TRUE(model.pmi.empty() && model.views.empty());
-    }
-}
-
-TEST(PmiImporterWritten, PmiTheReaderFailsOnCostsThePmiNotTheModel) {
-    TempDir dir;
-    MemoryDocument m;
-    auto d = m.addDimension(m.topFace());
-    d->SetType(XCAFDimTolObjects_DimensionType_Size_Diameter);
-    d->SetValue(35.0);
-    m.commit();
     const std::string file = dir.file("pmi.stp");
-    ASSERT_TRUE(writeAp242(m.doc, file));
+    STEPCAFControl_Writer writer; // defines the schema setting in a fresh process
+    Interface_Static::SetIVal("write.step.schema", 5); // AP242, the schema with semantic PMI
+    writer.SetDimTolMode(true);
+    ASSERT_TRUE(writer.Transfer(m.doc, STEPControl_AsIs) &&
+                writer.Write(file.c_str()) == IFSelect_RetDone);
 
-    // A failure in the transfer that reads PMI, as an exception and as a crash.
     const struct {
         const char* name;
         std::function<void()> fail;
@@ -281,30 +228,35 @@ TEST(PmiImporterWritten, PmiTheReaderFailsOnCostsThePmiNotTheModel) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         int calls = 0;
-        qrnimport::ModelReader::Options options;
+        ModelReader::Options options;
         options.pmiTransferHook = [&] { ++calls, c.fail(); };
         ModelData model;
         std::string error;
         RecordingStatus status;
-        ASSERT_TRUE(qrnimport::ModelReader::read(file, options, model, error, &status)) << error;
+        ASSERT_TRUE(ModelReader::read(file, options, model, error, &status)) << error;
         EXPECT_EQ(calls, 1) << "read again without PMI";
-        EXPECT_TRUE(qrnmath::nearlyEqual(model.bbox().max(), Vec3(100, 50, 20), 1e-3f));
-        EXPECT_EQ(model.pmi.size(), c.said ? 0u : 1u);
-        Texts warnings;
-        for (const auto& text : status.messages)
-            if (text.find(L"PMI") != std::wstring::npos)
-                warnings.push_back(text);
-        ASSERT_EQ(warnings.size(), c.said ? 1u : 0u);
+        EXPECT_TRUE(near(model.bbox().max(), Vec3(100, 50, 20)));
+        EXPECT_THAT(status.messages, Contains(HasSubstr(L"PMI")).Times(c.said ? 1 : 0));
         if (c.said) {
-            const std::wstring& w = warnings[0];
-            EXPECT_EQ(w.rfind(fs::path(file).wstring() + L": PMI and saved views left out", 0), 0u)
-                << std::string(w.begin(), w.end());
-            EXPECT_NE(w.find(c.said), std::wstring::npos) << std::string(w.begin(), w.end());
+            EXPECT_THAT(status.messages,
+                        Contains(AllOf(StartsWith(fs::path(file).wstring() +
+                                                  L": PMI and saved views left out"),
+                                       HasSubstr(c.said))));
+            EXPECT_TRUE(model.pmi.empty());
+            continue;
         }
+        ASSERT_EQ(model.pmi.size(), 1u);
+        const Item& item = model.pmi[0];
+        EXPECT_EQ(item.kind, Item::DIMENSION);
+        EXPECT_EQ(item.name, L"Linear Size.7");
+        ASSERT_GT(item.lines.stripCount(), 0u);
+        EXPECT_TRUE(near(item.lines.bbox().min(), Vec3(0, 10, 20)));
+        EXPECT_TRUE(near(item.lines.bbox().max(), Vec3(100, 40, 20)));
+        ASSERT_EQ(item.texts.size(), 1u);
+        EXPECT_EQ(item.texts[0].text, kDia + L"35 mm");
+        EXPECT_LT(item.texts[0].position.distance(Vec3(50, 12, 20)), 1e-3f);
     }
 }
-
-// --- Documents made in memory -----------------------------------------------------------------
 
 TEST(PmiImporterMemory, WiresAndCurvesBecomeStrips) {
     // A wire of two edges: one strip of three points; a circle: discretised, closed; an edge
@@ -342,7 +294,7 @@ TEST(PmiImporterMemory, WiresAndCurvesBecomeStrips) {
 
 TEST(PmiImporterMemory, SemanticTextsAndTheirPlaces) {
     MemoryDocument m;
-    auto plusMinus = m.addDimension(m.topFace());
+    auto plusMinus = m.addDimension(true);
     plusMinus->SetType(XCAFDimTolObjects_DimensionType_Size_Diameter);
     plusMinus->SetValues(values({35.0, 0.1, 0.2})); // nominal, lower, upper
     auto range = m.addDimension();
@@ -401,25 +353,27 @@ TEST(PmiImporterMemory, TolerancesNameTheirDatumsAndDatumsComeOnce) {
         XCAFDoc_Datum::Set(label)->SetObject(d);
         return label;
     };
-    auto addTolerance = [&](const Handle(XCAFDimTolObjects_GeomToleranceObject) & t) {
+    auto addTolerance = [&](XCAFDimTolObjects_GeomToleranceType type, double value = 0.0) {
+        Handle(XCAFDimTolObjects_GeomToleranceObject) t =
+            new XCAFDimTolObjects_GeomToleranceObject();
+        t->SetType(type);
+        if (value > 0.0) {
+            t->SetValue(value);
+            t->SetTypeOfValue(XCAFDimTolObjects_GeomToleranceTypeValue_Diameter);
+            t->SetMaterialRequirementModifier(XCAFDimTolObjects_GeomToleranceMatReqModif_M);
+        } else {
+            t->SetSemanticName(new TCollection_HAsciiString("Flatness.1"));
+        }
         TDF_Label label = m.tool->AddGeomTolerance();
         XCAFDoc_GeomTolerance::Set(label)->SetObject(t);
         return label;
     };
-    Handle(XCAFDimTolObjects_GeomToleranceObject) t = new XCAFDimTolObjects_GeomToleranceObject();
-    t->SetType(XCAFDimTolObjects_GeomToleranceType_Position);
-    t->SetValue(0.1);
-    t->SetTypeOfValue(XCAFDimTolObjects_GeomToleranceTypeValue_Diameter);
-    t->SetMaterialRequirementModifier(XCAFDimTolObjects_GeomToleranceMatReqModif_M);
-    const TDF_Label position = addTolerance(t);
+    const TDF_Label position = addTolerance(XCAFDimTolObjects_GeomToleranceType_Position, 0.1);
     m.tool->SetDatumToGeomTol(addDatum("A"), position);
     m.tool->SetDatumToGeomTol(addDatum("B"), position);
     addDatum("A"); // the same datum again, as OCCT repeats them
     addDatum("C", BRepBuilderAPI_MakePolygon(gp_Pnt(0, 0, 0), gp_Pnt(0, 0, 20)).Wire());
-    Handle(XCAFDimTolObjects_GeomToleranceObject) f = new XCAFDimTolObjects_GeomToleranceObject();
-    f->SetType(XCAFDimTolObjects_GeomToleranceType_Flatness);
-    f->SetSemanticName(new TCollection_HAsciiString("Flatness.1"));
-    addTolerance(f);
+    addTolerance(XCAFDimTolObjects_GeomToleranceType_Flatness);
 
     ModelData model;
     ASSERT_EQ(PmiImporter::import(m.doc, model), 5);
@@ -456,14 +410,13 @@ TEST(PmiImporterMemory, SavedViewsLookAtTheModel) {
     ModelData model;
     EXPECT_EQ(PmiImporter::import(m.doc, model), 0);
     ASSERT_EQ(model.views.size(), 2u);
-    const auto& top = model.views[0];
+    const auto &top = model.views[0], &central = model.views[1];
     EXPECT_EQ(top.name, L"Top");
     EXPECT_TRUE(top.orthographic);
     EXPECT_EQ(top.viewHeight, 80.0f);
     EXPECT_LT(top.target.distance(Vec3(50, 25, 10)), 1e-3f);
     EXPECT_LT((top.target - top.eye).normalized().distance(Vec3(0, 0, -1)), 1e-5f);
     EXPECT_LT(top.up.distance(Vec3(0, 1, 0)), 1e-5f);
-    const auto& central = model.views[1];
     EXPECT_EQ(central.name, L"View 2");
     EXPECT_FALSE(central.orthographic);
     EXPECT_NEAR(central.eye.distance(central.target), 300.0f, 1e-3f);
@@ -486,22 +439,20 @@ TEST(PmiImporterMemory, OddDataNeverBreaksTheImport) {
     d->SetValue(5.0);
     d->SetPresentation(TopoDS_Shape(), new TCollection_HAsciiString("Null.1"));
     m.commit();
-    // Only the dimension that says something comes.
+    // Only the dimension that says something comes; OCCT keeps no name without a presentation.
     ASSERT_EQ(PmiImporter::import(m.doc, model), 1);
-    EXPECT_EQ(model.pmi[0].name, L"Dimension 3"); // OCCT keeps no name without a presentation
+    EXPECT_EQ(model.pmi[0].name, L"Dimension 3");
     EXPECT_EQ(model.pmi[0].lines.stripCount(), 0u);
-    ASSERT_EQ(model.pmi[0].texts.size(), 1u);
-    EXPECT_EQ(model.pmi[0].texts[0].text, L"5 mm");
+    EXPECT_EQ(textsOf(model), Texts{L"5 mm"});
 }
 
-// --- The viewer document ----------------------------------------------------------------------
-
+// A dimension with lines, leaders and two texts and a datum of text alone, with a saved view.
 TEST(PmiDocument, BuilderPutsPmiAndViewsInTheDocument) {
     ModelData model;
     ModelData::Part part;
     part.edges.addStrip({Vec3(0, 0, 0), Vec3(10, 0, 0)});
     model.addNode(L"Plate", -1, qrnmath::MatrixUtils::identity(), model.addPart(part));
-    Item dim;
+    Item dim, datum;
     dim.name = L"Linear Size.1";
     dim.kind = Item::DIMENSION;
     dim.lines.addStrip({Vec3(0, -2, 0), Vec3(10, -2, 0)});
@@ -511,74 +462,57 @@ TEST(PmiDocument, BuilderPutsPmiAndViewsInTheDocument) {
     dim.texts[0].position = Vec3(5, -2.5f, 0);
     dim.texts[1].text = L"2x";
     dim.leaders.addStrip({Vec3(5, -2.5f, 0), Vec3(5, 0, 0)});
-    Item datum; // semantic only: a text, no lines
     datum.kind = Item::DATUM;
     datum.hasPlane = true;
     datum.texts.resize(1);
     datum.texts[0].text = L"A";
+    model.pmi = {dim, datum};
+    model.views.push_back(
+        {L"MBD_0", Vec3(5, -50, 5), Vec3(5, 0, 0), Vec3(0, 0, 1), false, 12.0f, false, {}});
 
-    for (bool withPmi : {true, false}) {
-        SCOPED_TRACE(withPmi);
-        model.pmi = withPmi ? std::vector<Item>{dim, datum} : std::vector<Item>{};
-        model.views.clear();
-        if (withPmi)
-            model.views.push_back(
-                {L"MBD_0", Vec3(5, -50, 5), Vec3(5, 0, 0), Vec3(0, 0, 1), false, 12.0f, false, {}});
-        auto document = qrnimport::DocumentBuilder::build(model);
-        auto scene = document->get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
-        auto rt = document->get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
-        auto pmi = document->get<qrnsg::SCPmi>(qrnsg::SCHEMA_PMI);
-        auto views = document->get<qrnsg::SCView>(qrnsg::SCHEMA_VIEW);
-        ASSERT_TRUE(scene && rt && pmi && views);
-        if (!withPmi) {
-            EXPECT_TRUE(pmi->items.empty() && views->views.empty() && scene->texts.empty());
-            EXPECT_EQ(scene->polylines.size(), 1u); // the plate's edges only
-            continue;
-        }
-        ASSERT_EQ(pmi->items.size(), 2u);
-        EXPECT_EQ(pmi->items[0].name, L"Linear Size.1");
-        EXPECT_EQ(pmi->items[0].kind, qrnsg::SCPmi::DIMENSION);
-        EXPECT_EQ(pmi->items[1].kind, qrnsg::SCPmi::DATUM);
-        EXPECT_TRUE(pmi->items[1].polylineIds.empty());
-        // The lines: one polyline primitive, drawn, with a material unlike the edges'.
-        ASSERT_EQ(pmi->items[0].polylineIds.size(), 1u);
-        const int lineId = pmi->items[0].polylineIds[0];
-        const auto* pair = rt->polylines.transforms.find(lineId);
-        ASSERT_TRUE(pair && pair->second >= 0 &&
-                    std::size_t(pair->second) < scene->polylines.size());
-        // The presentation's strips, then the leaders'.
-        std::vector<Vec3> points = dim.lines.points;
-        points.insert(points.end(), dim.leaders.points.begin(), dim.leaders.points.end());
-        EXPECT_EQ(scene->polylines[std::size_t(pair->second)].points, points);
-        EXPECT_EQ(scene->polylines[std::size_t(pair->second)].stripCount(), 3u);
-        const int* material = rt->polylines.materials.find(lineId);
-        ASSERT_NE(material, nullptr);
-        EXPECT_NE(*material, *rt->polylines.materials.find(rt->polylines.drawOrder[0]));
-        // The texts: each its own, in its plane at the size laid out.
-        ASSERT_EQ(pmi->items[0].textIds.size(), 2u);
-        ASSERT_EQ(pmi->items[1].textIds.size(), 1u);
-        EXPECT_EQ(*rt->texts.flags.find(pmi->items[1].textIds[0]), qrnsg::RTState::VISIBLE);
-        const auto* text = rt->texts.transforms.find(pmi->items[0].textIds[0]);
-        ASSERT_TRUE(text && std::size_t(text->second) < scene->texts.size());
-        EXPECT_EQ(scene->texts[std::size_t(text->second)].text, L"10 mm");
-        EXPECT_EQ(scene->texts[std::size_t(text->second)].position, Vec3(5, -2.5f, 0));
-        EXPECT_EQ(scene->texts.size(), 3u);
-        // Without an annotation plane, turned to the viewer at one size; with one, in it.
-        EXPECT_EQ(*rt->texts.flags.find(pmi->items[0].textIds[0]),
-                  qrnsg::RTState::VISIBLE | qrnsg::RTState::ANCHORED |
-                      qrnsg::RTState::CONSTANT_SIZE);
-        // Ids are unique across every kind of primitive: edges, the dimension's lines, 3 texts.
-        std::vector<int> all;
-        for (const auto* state : {&rt->meshes, &rt->polylines, &rt->texts})
-            all.insert(all.end(), state->drawOrder.begin(), state->drawOrder.end());
-        EXPECT_EQ(std::set<int>(all.begin(), all.end()).size(), all.size());
-        EXPECT_EQ(all.size(), 5u);
-        ASSERT_EQ(views->views.size(), 1u);
-        EXPECT_EQ(views->find(L"MBD_0"), 0);
-        EXPECT_EQ(views->find(L"Side"), -1);
-        EXPECT_EQ(views->views[0].eye, Vec3(5, -50, 5));
-        EXPECT_EQ(views->views[0].viewHeight, 12.0f);
-    }
+    auto document = qrnimport::DocumentBuilder::build(model);
+    auto scene = document->get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
+    auto rt = document->get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
+    auto pmi = document->get<qrnsg::SCPmi>(qrnsg::SCHEMA_PMI);
+    auto views = document->get<qrnsg::SCView>(qrnsg::SCHEMA_VIEW);
+    ASSERT_TRUE(scene && rt && pmi && views);
+    ASSERT_EQ(pmi->items.size(), 2u);
+    EXPECT_EQ(pmi->items[0].name, L"Linear Size.1");
+    EXPECT_TRUE(pmi->items[0].kind == qrnsg::SCPmi::DIMENSION &&
+                pmi->items[1].kind == qrnsg::SCPmi::DATUM);
+    EXPECT_TRUE(pmi->items[1].polylineIds.empty());
+    // The lines: one polyline primitive, drawn, with a material unlike the edges'; the
+    // presentation's strips, then the leaders'.
+    ASSERT_EQ(pmi->items[0].polylineIds.size(), 1u);
+    const int lineId = pmi->items[0].polylineIds[0];
+    const auto* pair = rt->polylines.transforms.find(lineId);
+    ASSERT_TRUE(pair && pair->second >= 0 && std::size_t(pair->second) < scene->polylines.size());
+    std::vector<Vec3> points = dim.lines.points;
+    points.insert(points.end(), dim.leaders.points.begin(), dim.leaders.points.end());
+    EXPECT_EQ(scene->polylines[std::size_t(pair->second)].points, points);
+    EXPECT_EQ(scene->polylines[std::size_t(pair->second)].stripCount(), 3u);
+    const int* material = rt->polylines.materials.find(lineId);
+    ASSERT_NE(material, nullptr);
+    EXPECT_NE(*material, *rt->polylines.materials.find(rt->polylines.drawOrder[0]));
+    // The texts: each its own, in its plane at the size laid out; without an annotation plane,
+    // turned to the viewer at one size.
+    ASSERT_EQ(pmi->items[0].textIds.size(), 2u);
+    ASSERT_EQ(pmi->items[1].textIds.size(), 1u);
+    EXPECT_EQ(*rt->texts.flags.find(pmi->items[1].textIds[0]), qrnsg::RTState::VISIBLE);
+    EXPECT_EQ(*rt->texts.flags.find(pmi->items[0].textIds[0]),
+              qrnsg::RTState::VISIBLE | qrnsg::RTState::ANCHORED | qrnsg::RTState::CONSTANT_SIZE);
+    const auto* text = rt->texts.transforms.find(pmi->items[0].textIds[0]);
+    ASSERT_TRUE(text && std::size_t(text->second) < scene->texts.size());
+    EXPECT_EQ(scene->texts[std::size_t(text->second)].text, L"10 mm");
+    EXPECT_EQ(scene->texts[std::size_t(text->second)].position, Vec3(5, -2.5f, 0));
+    // Ids are unique across every kind of primitive: edges, the dimension's lines, 3 texts.
+    std::vector<int> all;
+    for (const auto* state : {&rt->meshes, &rt->polylines, &rt->texts})
+        all.insert(all.end(), state->drawOrder.begin(), state->drawOrder.end());
+    EXPECT_EQ(std::set<int>(all.begin(), all.end()).size(), all.size());
+    EXPECT_EQ(all.size(), 5u);
+    ASSERT_EQ(views->views.size(), 1u);
+    EXPECT_TRUE(views->views[0].eye == Vec3(5, -50, 5) && views->views[0].viewHeight == 12.0f);
 }
 
 } // namespace
