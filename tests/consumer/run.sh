@@ -4,6 +4,7 @@
 # run.sh BUILD_DIR SOURCE_DIR SCRATCH_DIR MODEL [COMPILER_LAUNCHER]
 set -u
 build=$1 source=$2 scratch=$3 model=$4 launcher=${5:-}
+[ -x "$launcher" ] || launcher=
 if [ ! -f "$model" ]; then
   echo "consumer: SKIPPED: the shared model $model is not there (../shared/models missing?)"
   exit 77
