@@ -277,7 +277,8 @@ TEST_F(ViewCommandsGLTest, ZoomToSelectionFitsTheEntitiesAndIsOneUndoStep) {
     EXPECT_EQ(camera->sphereCentre(), start.sphereCentre());
 
     // A face and an edge of A: the face's top and bottom edges reach the window's.
-    ASSERT_TRUE(m->viewCommands().zoomToSelection({face(a, 4), doc.topology->name(a, EntityNames::EDGE, 0)}));
+    ASSERT_TRUE(m->viewCommands().zoomToSelection(
+        {face(a, 4), doc.topology->name(a, EntityNames::EDGE, 0)}));
     EXPECT_GT(shownHeight({{-10, -10, 10}, {10, 10, 10}}), 0.9f);
     EXPECT_FALSE(m->viewCommands().zoomToSelection({}));
 }
