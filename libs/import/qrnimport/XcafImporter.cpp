@@ -10,22 +10,11 @@
 #include "qrnimport/PartMesher.h"
 #include "qrnimport/PmiImporter.h"
 #include "qrnimport/SolidCheck.h"
-#include "qrnmath/MatrixUtils.h"
 #include "qrnplatform/Text.h"
 
-#include <BRepAdaptor_Curve.hxx>
-#include <BRepAdaptor_Surface.hxx>
 #include <BRepBndLib.hxx>
-#include <BRepMesh_IncrementalMesh.hxx>
 #include <BRep_Tool.hxx>
 #include <Bnd_Box.hxx>
-#include <GCPnts_AbscissaPoint.hxx>
-#include <GCPnts_TangentialDeflection.hxx>
-#include <GeomLProp_SLProps.hxx>
-#include <Geom_Surface.hxx>
-#include <NCollection_DataMap.hxx>
-#include <Poly_Polygon3D.hxx>
-#include <Poly_PolygonOnTriangulation.hxx>
 #include <Poly_Triangulation.hxx>
 #include <Precision.hxx>
 #include <Quantity_ColorRGBA.hxx>
@@ -34,16 +23,9 @@
 #include <TDF_Label.hxx>
 #include <TDF_LabelMapHasher.hxx>
 #include <TDF_LabelSequence.hxx>
-#include <TDataStd_Name.hxx>
-#include <TopExp.hxx>
 #include <TopExp_Explorer.hxx>
-#include <TopTools_IndexedDataMapOfShapeListOfShape.hxx>
-#include <TopTools_IndexedMapOfShape.hxx>
-#include <TopTools_ShapeMapHasher.hxx>
 #include <TopoDS.hxx>
-#include <TopoDS_Edge.hxx>
 #include <TopoDS_Face.hxx>
-#include <TopoDS_Vertex.hxx>
 #include <XCAFDoc_ColorTool.hxx>
 #include <XCAFDoc_DocumentTool.hxx>
 #include <XCAFDoc_ShapeTool.hxx>
@@ -55,21 +37,15 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cmath>
 #include <exception>
 #include <map>
-#include <mutex>
-#include <thread>
-#include <unordered_set>
 #include <utility>
 
 namespace qrnimport {
 
 namespace {
 
-using qrnmath::Mat4;
-using qrnmath::MatrixUtils;
 using qrnmath::Vec3;
 using qrnsg::PartEntities;
 
