@@ -9,7 +9,6 @@
 #include "qrngl/interaction/ViewState.h"
 #include "qrngl/overlays/CrossHairRenderer.h"
 #include "qrngl/overlays/ZoomboxRenderer.h"
-#include "qrnglutils/CameraState.h"
 #include "qrnglutils/CrossHairUtils.h"
 #include "qrnglutils/MeshRenderer.h"
 #include "qrnglutils/PolylineRenderer.h"
@@ -436,10 +435,10 @@ void CameraManipulator::zoomfit() {
 }
 
 bool CameraManipulator::getCameraState(std::shared_ptr<qrn::IState>& state) const {
-    auto r = renderer();
-    if (!r || !r->camera)
+    auto current = m_commands->cameraState();
+    if (!current)
         return false;
-    state = std::make_shared<qrnglutils::CameraState>(r->camera);
+    state = std::move(current);
     return true;
 }
 
@@ -452,11 +451,7 @@ void CameraManipulator::recordUndoStep() {
 
 bool CameraManipulator::setState(std::shared_ptr<qrn::IState> before,
                                  std::shared_ptr<qrn::IState> after) {
-    auto undo = m_frame ? m_frame->getUndoStack() : nullptr;
-    if (!undo || !before || !after)
-        return false;
-    undo->push(std::move(before), std::move(after));
-    return true;
+    return m_commands->record(std::move(before), std::move(after));
 }
 
 FrameStatus CameraManipulator::spin() {

@@ -71,11 +71,13 @@ std::shared_ptr<qrn::IState> ViewCommands::cameraState() const {
     return r && r->camera ? std::make_shared<qrnglutils::CameraState>(r->camera) : nullptr;
 }
 
-void ViewCommands::record(std::shared_ptr<qrn::IState> before,
+bool ViewCommands::record(std::shared_ptr<qrn::IState> before,
                           std::shared_ptr<qrn::IState> after) const {
     auto undo = m_frame ? m_frame->getUndoStack() : nullptr;
-    if (undo && before && after)
-        undo->push(std::move(before), std::move(after));
+    if (!undo || !before || !after)
+        return false;
+    undo->push(std::move(before), std::move(after));
+    return true;
 }
 
 void ViewCommands::changed(SCRenderer& renderer) const {

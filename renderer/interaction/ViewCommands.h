@@ -55,12 +55,14 @@ public:
     // Orthographic to perspective and back; the scale at the view's centre stays.
     void changeProjection();
 
-private:
-    std::shared_ptr<SCRenderer> renderer() const;
     // The camera's state now; null without a camera.
     std::shared_ptr<qrn::IState> cameraState() const;
-    // One undo step from before to after, when both exist.
-    void record(std::shared_ptr<qrn::IState> before, std::shared_ptr<qrn::IState> after) const;
+    // One undo step from before to after on the frame's stack; false without either or the
+    // stack.
+    bool record(std::shared_ptr<qrn::IState> before, std::shared_ptr<qrn::IState> after) const;
+
+private:
+    std::shared_ptr<SCRenderer> renderer() const;
     // Records the visibility change since `before` and shows it.
     void recordVisibility(const std::shared_ptr<qrn::IState>& before) const;
     // Redraws and tells the document's listeners.
