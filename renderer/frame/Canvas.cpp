@@ -139,9 +139,11 @@ void Canvas::render(const Scene& scene, const Pmi& pmi, const SceneRT& rt, const
         renderer->viewRenderer->render();
     if (renderer->sceneSetupRenderer)
         renderer->sceneSetupRenderer->render();
+    // Planned before the pre-renderers, so that what they draw of the model (a clip plane's
+    // caps) is decided for the same frame.
+    m_governor->plan(*scene, *rt, *strips, *renderer);
     for (const auto& pre : renderer->preRenderers)
         pre->render();
-    m_governor->plan(*scene, *rt, *strips, *renderer);
     // Smooth edges cost a multisampled window most of its frame on a software rasteriser; a
     // frame in motion that must save does without them.
     if (m_governor->active())

@@ -28,6 +28,7 @@ public:
             Viewport::resize(*m_document, width, height);
     }
     void Invalidate() override { m_invalidated = true; }
+    const std::shared_ptr<qrn::IDocument>& document() const { return m_document; }
 
 protected:
     // The component of that number cast to its class; empty when absent or of another class.

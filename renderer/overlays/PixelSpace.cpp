@@ -17,9 +17,14 @@ PixelSpace::PixelSpace() {
     glDisable(GL_DEPTH_TEST);
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    // A clip plane cuts the model, not what is drawn over it.
+    m_clipped = glIsEnabled(GL_CLIP_PLANE0) == GL_TRUE;
+    glDisable(GL_CLIP_PLANE0);
 }
 
 PixelSpace::~PixelSpace() {
+    if (m_clipped)
+        glEnable(GL_CLIP_PLANE0);
     glEnable(GL_DEPTH_TEST);
     glDisable(GL_BLEND);
     glPopMatrix();

@@ -41,7 +41,10 @@ std::vector<unsigned int> EntityFilter::inside(std::shared_ptr<SCRenderer>& rend
 bool EntityFilter::wanted(unsigned int name) const {
     switch (EntityNames::kindOf(name)) {
     case EntityNames::FACE:
+    case EntityNames::PART: // a cut part's cap
         return (m_type & 1) != 0;
+    case EntityNames::TOOL:
+        return (m_type & 32) != 0;
     case EntityNames::EDGE:
         return (m_type & 2) != 0;
     case EntityNames::POINT:

@@ -3,7 +3,9 @@
 #include "qrngl/Camera.h"
 #include "qrngl/GL.h"
 #include "qrngl/NamesInitializer.h"
+#include "qrngl/SCClipping.h"
 #include "qrngl/picking/PickPass.h"
+#include "qrngl/picking/PickingHelper.h"
 
 #include <algorithm>
 
@@ -35,7 +37,7 @@ void PBOPickCanvas::OnSize(unsigned int x, unsigned int y, unsigned int width,
     m_stale = true;
 }
 
-bool PBOPickCanvas::currentView(std::array<float, 35>& view) const {
+bool PBOPickCanvas::currentView(ViewKey& view) const {
     PickPass pass(m_document);
     if (!pass.ready())
         return false;
@@ -46,14 +48,26 @@ bool PBOPickCanvas::currentView(std::array<float, 35>& view) const {
     std::copy(modelView.data(), modelView.data() + 16, view.begin() + 16);
     view[32] = static_cast<float>(camera.viewportWidth());
     view[33] = static_cast<float>(camera.viewportHeight());
-    // Vertices are drawn only for a mask that asks for them.
-    view[34] = (m_type & 4) ? 1.0f : 0.0f;
+    // Vertices and tools' drawables are drawn only for a mask that asks for them.
+    view[34] = ((m_type & 4) ? 1.0f : 0.0f) + ((m_type & PickingHelper::TOOL_TYPE) ? 2.0f : 0.0f);
+    // A plane created, moved, flipped or removed changes what can be hit.
+    std::fill(view.begin() + 35, view.end(), 0.0f);
+    if (auto clipping =
+            std::dynamic_pointer_cast<SCClipping>(m_document->getSchema(qrnsg::SCHEMA_CLIPPING)))
+        if (clipping->hasPlane()) {
+            std::copy(clipping->planes.front().data(), clipping->planes.front().data() + 4,
+                      view.begin() + 35);
+            view[39] = (clipping->capped ? 1.0f : 0.0f) + (clipping->showProfile ? 2.0f : 0.0f);
+            view[40] = static_cast<float>(clipping->planeClipData.empty()
+                                              ? 0
+                                              : clipping->planeClipData.front()->nodes.size());
+        }
     return true;
 }
 
 bool PBOPickCanvas::refresh() const {
     PickPass pass(m_document);
-    std::array<float, 35> view{};
+    ViewKey view{};
     if (!currentView(view))
         return false;
     const auto& camera = *pass.camera();
@@ -114,7 +128,7 @@ void PBOPickCanvas::Invalidate() {
 }
 
 void PBOPickCanvas::OnDraw() const {
-    std::array<float, 35> view{};
+    ViewKey view{};
     if (m_size <= 0 || !currentView(view))
         return;
     const int a = m_size;

@@ -13,6 +13,10 @@ namespace qrngl {
 // view, size or Invalidate draws afresh.
 class QRNGL_EXPORT PBOPickCanvas : public UCPickCanvas {
 public:
+    // What the kept names depend on: projection, model-view, viewport size, the vertex
+    // mask, and the clip plane with its cap and profile state.
+    using ViewKey = std::array<float, 41>;
+
     PBOPickCanvas(std::shared_ptr<IRenderContext> context,
                   std::shared_ptr<qrn::IDocument> document);
     ~PBOPickCanvas() override;
@@ -33,15 +37,15 @@ private:
     // Draws and reads the viewport when the kept names are stale; false without names.
     bool refresh() const;
     // The camera and mask the names would be drawn with; false without a scene to pick.
-    bool currentView(std::array<float, 35>& view) const;
+    bool currentView(ViewKey& view) const;
     void copy(int x, int y, int width, int height, std::vector<std::uint32_t>& out) const;
 
     mutable unsigned int m_pbo = 0;
     mutable std::vector<std::uint32_t> m_names; // the viewport, bottom row first
     mutable int m_width = 0;
     mutable int m_height = 0;
-    mutable std::array<float, 35> m_view{}; // the camera and mask the names were drawn with
-    mutable std::array<float, 35> m_squareView{};
+    mutable ViewKey m_view{}; // the camera, cut and mask the names were drawn with
+    mutable ViewKey m_squareView{};
     mutable bool m_squareDrawn = false; // a first pick drew its square in m_squareView
 };
 

@@ -1,6 +1,8 @@
 #include "qrngl/picking/PickPass.h"
 
+#include "qrngl/FilterResult.h"
 #include "qrngl/GL.h"
+#include "qrngl/IPicker.h"
 #include "qrngl/SCRenderer.h"
 #include "qrngl/SCStripRenderer.h"
 #include "qrnglutils/MeshPairPicker.h"
@@ -49,16 +51,37 @@ void PickPass::draw(NamesInitializer::Mode mode, unsigned short type) const {
     auto rt = fetch<qrnsg::SCSceneRT>(m_document, qrnsg::SCHEMA_SCENE_RT);
     auto strips = fetch<SCStripRenderer>(m_document, qrnsg::SCHEMA_STRIP_RENDERER);
     auto topology = fetch<qrnsg::SCSceneTopo>(m_document, qrnsg::SCHEMA_SCENE_TOPO);
-    NamesInitializer names(mode);
-    qrnglutils::PickVisitor visitor(*rt, topology.get(), *strips);
-    visitor.setEntityType(type);
+    auto renderer = fetch<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
+    auto names = std::make_shared<NamesInitializer>(mode);
+    auto visitor = std::make_shared<qrnglutils::PickVisitor>(*rt, topology.get(), *strips);
+    visitor->setEntityType(type);
+    // The pre-renderers after the matrices (a clip plane then keeps what it cuts away from
+    // every pass), the post-renderers after the scene, as in a frame.
+    for (const auto& pre : renderer->preRenderers)
+        if (auto* picker = dynamic_cast<IPicker*>(pre.get()))
+            picker->pick(names, visitor);
     const bool selection = mode == NamesInitializer::SELECTION;
     if (!selection || (type & 6))
-        qrnglutils::PolylinePairPicker::draw(visitor, names);
+        qrnglutils::PolylinePairPicker::draw(*visitor, *names);
     if (!selection || (type & 5))
-        qrnglutils::MeshPairPicker::draw(visitor, names);
+        qrnglutils::MeshPairPicker::draw(*visitor, *names);
     if (type & 4)
-        qrnglutils::VertexPairPicker::draw(visitor, names);
+        qrnglutils::VertexPairPicker::draw(*visitor, *names);
+    for (const auto& post : renderer->postRenderers)
+        if (auto* picker = dynamic_cast<IPicker*>(post.get()))
+            picker->pick(names, visitor);
+}
+
+void PickPass::choose(const std::shared_ptr<qrn::IDocument>& document, const FilterResult& result) {
+    auto renderer = document ? fetch<SCRenderer>(document, qrnsg::SCHEMA_RENDERER) : nullptr;
+    if (!renderer)
+        return;
+    for (const auto& pre : renderer->preRenderers)
+        if (auto* picker = dynamic_cast<IPicker*>(pre.get()))
+            picker->choose(result);
+    for (const auto& post : renderer->postRenderers)
+        if (auto* picker = dynamic_cast<IPicker*>(post.get()))
+            picker->choose(result);
 }
 
 } // namespace qrngl

@@ -8,6 +8,7 @@
 namespace qrngl {
 
 class Camera;
+class FilterResult;
 
 // What the pick canvases share of a pass: the components a pass needs, the camera's matrices
 // (behind a pick matrix where one is given), and the pair pickers run for an entity mask.
@@ -25,7 +26,11 @@ public:
     // Draws the scene under entity names. In selection mode the passes run as the mask asks
     // (lines for edges or points, meshes for faces or points, vertices for points); an id
     // pass draws meshes and lines always, so that hidden entities stay hidden.
+    // The pickers among the pre- and post-renderers take part: theirs after the matrices and
+    // after the scene.
     void draw(NamesInitializer::Mode mode, unsigned short type) const;
+    // Tells the pickers of the document what a pick chose.
+    static void choose(const std::shared_ptr<qrn::IDocument>& document, const FilterResult& result);
 
 private:
     std::shared_ptr<qrn::IDocument> m_document;

@@ -1,5 +1,8 @@
 #include "qrngl/picking/PickingHelper.h"
 
+#include "qrngl/frame/CanvasBase.h"
+#include "qrngl/picking/PickPass.h"
+
 #include <cstdlib>
 
 namespace qrngl {
@@ -10,13 +13,20 @@ unsigned short typeOf(const std::shared_ptr<IFilter>& filter) {
 }
 } // namespace
 
-void PickingHelper::deliver(const std::vector<PickResult>& hits,
+void PickingHelper::deliver(const std::shared_ptr<IPickCanvas>& canvas,
+                            const std::vector<PickResult>& hits,
                             const std::shared_ptr<IFilter>& filter,
                             const std::shared_ptr<ISelector>& selector, unsigned int flags) {
     if (filter)
         filter->filter(hits);
+    const FilterResult chosen = filter ? filter->get() : FilterResult();
+    // Only a pick that looks for tool drawables tells the tools what it chose: a pick for
+    // faces alone says nothing about whether the pointer is on a clip plane.
+    if (typeOf(filter) & TOOL_TYPE)
+        if (auto base = std::dynamic_pointer_cast<CanvasBase<IPickCanvas>>(canvas))
+            PickPass::choose(base->document(), chosen);
     if (selector)
-        selector->select(flags, filter ? filter->get() : FilterResult());
+        selector->select(flags, chosen);
 }
 
 void PickingHelper::pick(std::shared_ptr<IPickCanvas> canvas, std::shared_ptr<IFilter> filter,
@@ -26,7 +36,7 @@ void PickingHelper::pick(std::shared_ptr<IPickCanvas> canvas, std::shared_ptr<IF
         return;
     canvas->Set(x, y, size, typeOf(filter));
     canvas->OnDraw();
-    deliver(canvas->Get(), filter, selector, flags);
+    deliver(canvas, canvas->Get(), filter, selector, flags);
 }
 
 void PickingHelper::pickPoints(std::shared_ptr<SCRenderer>& renderer,
@@ -52,7 +62,7 @@ void PickingHelper::pickPoints(std::shared_ptr<SCRenderer>& renderer,
     canvas->OnDrawPickBox(lowerX, lowerY, a, a);
     std::vector<PickResult> hits;
     canvas->GetPickBox(a, a, hits);
-    deliver(hits, filter, selector, flags);
+    deliver(canvas, hits, filter, selector, flags);
 }
 
 void PickingHelper::pickbox(std::shared_ptr<SCRenderer>& renderer, std::shared_ptr<IFilter> filter,
@@ -69,7 +79,7 @@ void PickingHelper::pickbox(std::shared_ptr<SCRenderer>& renderer, std::shared_p
     canvas->OnDrawPickBox(x, y, width, height);
     std::vector<PickResult> hits;
     canvas->GetPickBox(width, height, hits);
-    deliver(hits, filter, selector, flags);
+    deliver(canvas, hits, filter, selector, flags);
 }
 
 void PickingHelper::getPBLowerLeft(int height, int x0, int y0, int x1, int y1, int& x, int& y) {

@@ -48,6 +48,10 @@ bool UCPickCanvas::accepts(std::uint32_t name, bool faces) const {
         return (m_type & 4) != 0;
     case EntityNames::FACE:
         return faces && (m_type & 1);
+    case EntityNames::PART: // a cut part's cap
+        return faces && (m_type & 1);
+    case EntityNames::TOOL:
+        return faces && (m_type & 32);
     default:
         return false;
     }
@@ -171,14 +175,16 @@ bool UCPickCanvas::bindFrameBuffer(int width, int height) const {
         glBindRenderbuffer(GL_RENDERBUFFER, m_colour);
         glRenderbufferStorage(GL_RENDERBUFFER, GL_RGBA8, width, height);
         glBindRenderbuffer(GL_RENDERBUFFER, m_depth);
-        glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH_COMPONENT24, width, height);
+        // With stencil: a clip plane's caps are found by counting faces in it.
+        glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, width, height);
         glBindRenderbuffer(GL_RENDERBUFFER, 0);
         m_fboWidth = width;
         m_fboHeight = height;
     }
     glBindFramebuffer(GL_FRAMEBUFFER, m_fbo);
     glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, m_colour);
-    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, m_depth);
+    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER,
+                              m_depth);
     return glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
 }
 

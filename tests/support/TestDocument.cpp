@@ -85,6 +85,7 @@ int TestDocument::addBoxPart(const std::wstring& name, const qrnmath::Vec3& c, f
                              {0, 1, 5, 4}, {4, 5, 7, 6}, {0, 2, 3, 1}};
     const Vec3 normals[6] = {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -1}};
     qrnsg::Mesh mesh;
+    mesh.closed = true;
     for (int f = 0; f < 6; ++f) {
         const auto base = static_cast<unsigned int>(mesh.vertices.size());
         for (int k = 0; k < 4; ++k) {

@@ -1,6 +1,7 @@
 #include "qrngl/NamesInitializer.h"
 
 #include "qrngl/GL.h"
+#include "qrnsg/EntityNames.h"
 
 namespace qrngl {
 
@@ -9,6 +10,10 @@ NamesInitializer::NamesInitializer(Mode mode) : m_mode(mode) {
         return;
     glInitNames();
     glPushName(0);
+}
+
+unsigned int NamesInitializer::take() const {
+    return qrnsg::EntityNames::tool(++m_taken);
 }
 
 void NamesInitializer::load(unsigned int name) const {

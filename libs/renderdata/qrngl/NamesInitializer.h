@@ -14,6 +14,9 @@ public:
     explicit NamesInitializer(Mode mode = SELECTION);
     Mode mode() const { return m_mode; }
     void load(unsigned int name) const;
+    // A fresh name for a tool's own drawable (a clip plane, a profile segment): numbered from
+    // 1 in each pass, of the tool kind.
+    unsigned int take() const;
     // The bytes an id pass writes for a name.
     static void toColour(unsigned int name, unsigned char rgba[4]) {
         rgba[0] = static_cast<unsigned char>(name >> 24);
@@ -30,6 +33,7 @@ public:
 
 private:
     Mode m_mode;
+    mutable unsigned int m_taken = 0;
 };
 
 } // namespace qrngl

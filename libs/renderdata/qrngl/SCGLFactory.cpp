@@ -1,5 +1,8 @@
 #include "qrngl/SCGLFactory.h"
 
+#include "qrngl/SCClipping.h"
+#include "qrngl/SCListRenderer.h"
+#include "qrngl/SCMeasure.h"
 #include "qrngl/SCRenderer.h"
 #include "qrngl/SCStripRenderer.h"
 
@@ -13,6 +16,16 @@ std::shared_ptr<qrnsg::Schema> SCGLFactory::create(short type) {
         return std::make_shared<SCRenderer>();
     case qrnsg::SCHEMA_STRIP_RENDERER:
         return std::make_shared<SCStripRenderer>();
+    case qrnsg::SCHEMA_LIST_RENDERER:
+        return std::make_shared<SCListRenderer>();
+    case qrnsg::SCHEMA_CLIPPING:
+        return std::make_shared<SCClipping>();
+    case qrnsg::SCHEMA_PLANE_CLIP_DATA:
+        return std::make_shared<SCPlaneClipData>();
+    case qrnsg::SCHEMA_NODE_CLIP_DATA:
+        return std::make_shared<SCNodeClipData>();
+    case qrnsg::SCHEMA_MEASURE:
+        return std::make_shared<SCMeasure>();
     default:
         return m_next ? m_next->create(type) : nullptr;
     }

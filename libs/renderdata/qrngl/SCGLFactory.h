@@ -5,8 +5,9 @@
 
 namespace qrngl {
 
-// The renderer-data library's link of the factory chain: the renderer and strip-renderer
-// components; every other type goes to the next link.
+// The renderer-data library's link of the factory chain: the renderer, strip- and list-renderer,
+// clipping (with its plane and node clip data) and measure components; every other type goes
+// to the next link.
 class QRNGLDATA_EXPORT SCGLFactory : public qrnsg::IFactory {
 public:
     explicit SCGLFactory(std::shared_ptr<qrnsg::IFactory> next);

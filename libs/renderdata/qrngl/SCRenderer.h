@@ -9,6 +9,7 @@
 #include "qrngl/IRenderer.h"
 #include "qrngl/ITexture.h"
 #include "qrngldata/qrngldata_export.h"
+#include "qrnsg/MMaterial.h"
 #include "qrnsg/Schema.h"
 
 #include <array>
@@ -93,6 +94,19 @@ public:
     std::vector<std::weak_ptr<ICanvas>> canvases;
     // The canvas every pick of this document draws on; made by the canvas factory.
     std::shared_ptr<IPickCanvas> pickCanvas;
+    // Set while the pointer rests on the clip plane: a drag or an arrow key then moves it.
+    bool planePicked = false;
+    // How sectioning is shown: colours red, green, blue, alpha.
+    struct ClipSettings {
+        std::array<float, 4> planeColour{{0.55f, 0.7f, 0.9f, 0.2f}};
+        std::array<float, 4> pickedPlaneColour{{1.0f, 0.6f, 0.1f, 0.3f}};
+        qrnsg::MMaterial capMaterial = qrnsg::MMaterial::fromColor(0.75f, 0.2f, 0.2f);
+        std::array<float, 4> profileColour{{0.0f, 0.0f, 0.0f, 1.0f}};
+        float profileWidth = 2.0f;
+        std::array<float, 4> selectedProfileColour{{1.0f, 0.45f, 0.0f, 1.0f}};
+        std::array<float, 4> planeBorderColour{{0.2f, 0.35f, 0.6f, 1.0f}};
+    };
+    ClipSettings clip;
     // Called by update().
     std::function<void()> updateNotifier;
 };

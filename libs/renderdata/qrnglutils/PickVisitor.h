@@ -3,6 +3,7 @@
 #include "qrngl/IStripEntry.h"
 #include "qrngl/SCStripRenderer.h"
 #include "qrnglutils/qrnglutils_export.h"
+#include "qrnsg/IPairVisitor.h"
 #include "qrnsg/SCSceneRT.h"
 #include "qrnsg/SCSceneTopo.h"
 
@@ -12,13 +13,13 @@ namespace qrnglutils {
 
 // What the pair pickers of one pick pass draw from: the run-time state, the topology that
 // names the entities, the drawables, and the entity-type mask of the pass.
-class QRNGLUTILS_EXPORT PickVisitor {
+class QRNGLUTILS_EXPORT PickVisitor : public qrnsg::IPairVisitor {
 public:
     PickVisitor(const qrnsg::SCSceneRT& rt, const qrnsg::SCSceneTopo* topology,
                 const qrngl::SCStripRenderer& strips);
 
-    void setEntityType(unsigned short type) { m_type = type; }
-    unsigned short entityType() const { return m_type; }
+    void setEntityType(unsigned short type) override { m_type = type; }
+    unsigned short entityType() const override { return m_type; }
 
     const qrnsg::SCSceneRT& rt() const { return m_rt; }
     const qrnsg::SCSceneTopo* topology() const { return m_topology; }

@@ -43,7 +43,7 @@ EntityNames::Entity EntityNames::resolve(unsigned name) const {
     Entity entity;
     const unsigned kind = kindOf(name);
     const unsigned number = name & NUMBER_MASK;
-    if (kind == EDGE_LIKE) {
+    if (kind == EDGE_LIKE || kind == TOOL) {
         entity.kind = kind;
         entity.index = static_cast<int>(number);
         return entity;

@@ -14,11 +14,20 @@ namespace qrnsg {
 // colour buffer reads 0).
 //
 // Kinds: 2 a vertex, 3 an edge, 4 a face, 1 an edge-like polyline that belongs to no part
-// (a PMI item's lines), whose low bits are its primitive id, and 5 a whole placed part,
-// whose low bits are its node.
+// (a PMI item's lines), whose low bits are its primitive id, 5 a whole placed part,
+// whose low bits are its node, and 6 a tool's own drawable (a clip plane, a profile
+// segment), numbered by the pick pass that drew it.
 class QRNSG_EXPORT EntityNames {
 public:
-    enum Kind : unsigned { NONE = 0, EDGE_LIKE = 1, POINT = 2, EDGE = 3, FACE = 4, PART = 5 };
+    enum Kind : unsigned {
+        NONE = 0,
+        EDGE_LIKE = 1,
+        POINT = 2,
+        EDGE = 3,
+        FACE = 4,
+        PART = 5,
+        TOOL = 6
+    };
     enum : unsigned { KIND_SHIFT = 28, NUMBER_MASK = 0x0FFFFFFFu, BLOCK_SHIFT = 8 };
     using Counts = std::array<unsigned, 5>; // entities per kind, indexed by kind
 
@@ -34,6 +43,7 @@ public:
     static unsigned edgeLike(int primitiveId) {
         return (EDGE_LIKE << KIND_SHIFT) | (static_cast<unsigned>(primitiveId) & NUMBER_MASK);
     }
+    static unsigned tool(unsigned number) { return (TOOL << KIND_SHIFT) | (number & NUMBER_MASK); }
     static unsigned part(int node) {
         return (PART << KIND_SHIFT) | (static_cast<unsigned>(node) & NUMBER_MASK);
     }

@@ -32,6 +32,10 @@ public:
     // Further windows showing the document besides the main one (split views): whatever
     // refreshes the main window refreshes them too.
     std::vector<void*> views;
+    // The node whose parts sections profile; -1 for the whole model.
+    int rootNode = -1;
+    // Set while the arrow keys belong to the host (they then never move a clip plane).
+    bool arrowKeysReserved = false;
 };
 
 } // namespace qrnsg

@@ -10,6 +10,7 @@ std::shared_ptr<Schema> SCPmi::clone() const {
 
 void SCPmi::clear() {
     items.clear();
+    sections.clear();
 }
 
 } // namespace qrnsg

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "qrnsg/Schema.h"
+#include "qrnsg/Section.h"
 #include "qrnsg/qrnsg_export.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -25,6 +27,8 @@ public:
     void clear() override;
 
     std::vector<Item> items;
+    // The section views the file defines, in its order.
+    std::vector<std::shared_ptr<Section>> sections;
 };
 
 } // namespace qrnsg

@@ -1,0 +1,7 @@
+#include "qrn/IApplication.h"
+
+namespace qrn {
+
+IApplication::~IApplication() = default;
+
+} // namespace qrn

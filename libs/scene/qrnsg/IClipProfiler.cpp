@@ -1,0 +1,7 @@
+#include "qrnsg/IClipProfiler.h"
+
+namespace qrnsg {
+
+IClipProfiler::~IClipProfiler() = default;
+
+} // namespace qrnsg

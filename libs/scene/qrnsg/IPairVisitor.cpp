@@ -1,0 +1,7 @@
+#include "qrnsg/IPairVisitor.h"
+
+namespace qrnsg {
+
+IPairVisitor::~IPairVisitor() = default;
+
+} // namespace qrnsg
