@@ -159,26 +159,11 @@ void PostClipRenderer::pick(std::shared_ptr<NamesInitializer> names,
         !(visitor->entityType() & 32))
         return;
     const bool wasOn = qrnglutils::ClipplaneUtils::toggleClipPlaneState(false);
-    glPushAttrib(GL_POLYGON_BIT | GL_DEPTH_BUFFER_BIT | GL_LINE_BIT | GL_POINT_BIT);
-    if (m_quad && m_border) {
-        m_planeName = names->take();
-        names->load(m_planeName);
-        glPushMatrix();
-        if (!clipping->planeMatrices.empty())
-            glMultMatrixf(clipping->planeMatrices.front().data());
-        m_border->render();
-        // Behind the caps of the id pass, which carry their parts' names.
-        glEnable(GL_POLYGON_OFFSET_FILL);
-        glPolygonOffset(1.0f, 1.0f);
-        glDepthFunc(GL_LESS);
-        m_quad->render();
-        glPopMatrix();
-    }
+    glPushAttrib(GL_DEPTH_BUFFER_BIT | GL_LINE_BIT | GL_POINT_BIT | GL_VIEWPORT_BIT);
     if (clipping->showProfile) {
         // Wide, for easy hits.
         glLineWidth(20.0f);
         glPointSize(20.0f);
-        glDepthFunc(GL_LEQUAL);
         if (GLEW_VERSION_1_5)
             glBindBuffer(GL_ARRAY_BUFFER, 0);
         glEnableClientState(GL_VERTEX_ARRAY);
@@ -193,6 +178,23 @@ void PostClipRenderer::pick(std::shared_ptr<NamesInitializer> names,
             drawSegment(v, i, info);
         });
         glDisableClientState(GL_VERTEX_ARRAY);
+    }
+    // After the segments: a hit on both at one depth (selection mode knows no offset) is
+    // the segment's.
+    if (m_quad && m_border) {
+        m_planeName = names->take();
+        names->load(m_planeName);
+        glLineWidth(1.0f);
+        glPushMatrix();
+        if (!clipping->planeMatrices.empty())
+            glMultMatrixf(clipping->planeMatrices.front().data());
+        m_border->render();
+        // Behind the caps of the id pass, which carry their parts' names, and behind the
+        // segments on it: moved back in depth, as selection mode applies no polygon offset.
+        glDepthRange(1e-5, 1.0);
+        glDepthFunc(GL_LESS);
+        m_quad->render();
+        glPopMatrix();
     }
     glPopAttrib();
     qrnglutils::ClipplaneUtils::toggleClipPlaneState(wasOn);

@@ -243,13 +243,16 @@ void PreClipRenderer::drawCaps(const NamesInitializer* names) const {
         glEnable(GL_CULL_FACE);
         // Counting only: the scene drawn next paints these pixels.
         glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
+        // Wrapping counts: inside a closed solid the count is one and outside zero whatever
+        // the number of layers, even in the two stencil bits some window contexts have.
+        const bool wrap = GLEW_VERSION_1_4 != 0;
         glCullFace(GL_FRONT);
         glStencilFunc(GL_ALWAYS, 0, 0);
-        glStencilOp(GL_KEEP, GL_KEEP, GL_INCR);
+        glStencilOp(GL_KEEP, GL_KEEP, wrap ? GL_INCR_WRAP : GL_INCR);
         for (const auto& instance : instances)
             sources.draw(instance);
         glCullFace(GL_BACK);
-        glStencilOp(GL_KEEP, GL_KEEP, GL_DECR);
+        glStencilOp(GL_KEEP, GL_KEEP, wrap ? GL_DECR_WRAP : GL_DECR);
         for (const auto& instance : instances)
             sources.draw(instance);
         glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);

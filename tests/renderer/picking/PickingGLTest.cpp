@@ -3,12 +3,15 @@
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/GL.h"
+#include "qrngl/SCClipping.h"
 #include "qrngl/frame/Canvas.h"
 #include "qrngl/picking/EntityFilter.h"
 #include "qrngl/picking/PBOPickCanvas.h"
 #include "qrngl/picking/PickCanvas.h"
 #include "qrngl/picking/PickingHelper.h"
 #include "qrngl/picking/RBOPickCanvas.h"
+#include "qrngl/section/BasicClipProfiler.h"
+#include "qrngl/section/ClipManipulator.h"
 #include "qrnglutils/ViewRenderer.h"
 
 #include <functional>
@@ -168,6 +171,43 @@ TEST_P(PickingGLTest, APickLeavesTheFrameAndTheStateAsTheyWere) {
     glDisable(GL_BLEND);
     glDisable(GL_LIGHTING);
     EXPECT_TRUE(draw() == before) << "the frame after the pick differs";
+}
+
+TEST_P(PickingGLTest, ACutModelIsPickedAsItIsSeen) {
+    for (short type : {qrnsg::SCHEMA_SCENE_RES, qrnsg::SCHEMA_INFO})
+        doc.document->addSchema(type);
+    auto clipping = std::dynamic_pointer_cast<qrngl::SCClipping>(
+        doc.document->addSchema(qrnsg::SCHEMA_CLIPPING));
+    clipping->profiler = std::make_shared<qrngl::BasicClipProfiler>(doc.document, 1e-4f);
+    auto clip = std::make_shared<qrngl::ClipManipulator>(doc.document, nullptr);
+    // Seen along -z, the plane through the middle of both boxes (z = -15) cuts A away.
+    clip->setClipType(qrngl::SCClipping::XY);
+    const unsigned short faces = 1, faceOrTool = 1 | 32;
+    // PBO: the first pick in a view draws its square, the next ones read the kept view.
+    for (int twice = 0; twice < 2; ++twice) {
+        EXPECT_FALSE(pickAt(72, 60, faces).valid()) << "A is cut away";
+        expectEntity(pickAt(88, 60, faces), b, EntityNames::FACE, 4);
+    }
+    EXPECT_EQ(pickAt(72, 60, faceOrTool).kind, EntityNames::TOOL);
+    EXPECT_TRUE(doc.renderer->planePicked) << "the plane is named and chosen";
+    EXPECT_FALSE(pickAt(150, 10, faceOrTool).valid());
+    EXPECT_FALSE(doc.renderer->planePicked);
+
+    // Moved to z = 5 the plane cuts A open: the id passes see its cap, the selection pass A's
+    // back face through it.
+    clip->offsetSection(20.0, false);
+    if (GetParam() == SELECTION)
+        expectEntity(pickAt(80, 60, faces), a, EntityNames::FACE, 5);
+    else
+        expectEntity(pickAt(80, 60, faces), a, EntityNames::PART, -1);
+    // The profile's segments are named; A's outline is segment 0.
+    clip->showProfile();
+    ASSERT_TRUE(clip->isProfile());
+    EXPECT_EQ(pickAt(65, 60, 32).kind, EntityNames::TOOL);
+    EXPECT_EQ(clipping->selectedProfile, 0);
+    EXPECT_FALSE(doc.renderer->planePicked);
+    clip->init();
+    expectEntity(pickAt(80, 60, faces), a, EntityNames::FACE, 4);
 }
 
 INSTANTIATE_TEST_SUITE_P(Canvases, PickingGLTest, ::testing::Values(SELECTION, RBO, PBO),
