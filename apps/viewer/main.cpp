@@ -22,10 +22,12 @@
 
 #include "qrnglutils/ViewActivator.h"
 #include "qrnplatform/Text.h"
+#include "qrnsg/EntityNames.h"
 #include "qrnsg/SCView.h"
 
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 
 int main(int argc, char** argv) {
     qrnviewer::Options options;
@@ -124,6 +126,7 @@ int main(int argc, char** argv) {
         settings.screenshot = options.screenshot;
         settings.pmi = options.pmi;
         settings.savedView = savedView;
+        settings.section = options.section;
         qrnviewer::ViewerWindow viewer(document, plugins);
         if (!viewer.run(settings, error)) {
             std::fprintf(stderr, "qrnview: %s\n", error.c_str());
@@ -132,9 +135,17 @@ int main(int argc, char** argv) {
         return 0;
     }
 
-    if (!events.empty()) {
-        qrnviewer::EventRouter router(document, nullptr, nullptr);
-        qrnviewer::Replay::run(router, events);
+    // The cut and the replay act through the tools the window would have.
+    std::unique_ptr<qrnviewer::EventRouter> router;
+    if (!events.empty() || options.section.axis >= 0) {
+        router = std::make_unique<qrnviewer::EventRouter>(document, nullptr, nullptr);
+        router->setMessageSink(
+            [](const std::string& text) { std::printf("qrnview: %s\n", text.c_str()); });
+        if (!router->section().apply(options.section, error)) {
+            std::fprintf(stderr, "qrnview: %s\n", error.c_str());
+            return 2;
+        }
+        qrnviewer::Replay::run(*router, events);
     }
     qrnviewer::Snapshot::Settings picture;
     picture.width = options.width;
@@ -164,8 +175,13 @@ int main(int argc, char** argv) {
             qrngl::SelectManipulator select(document, selection, nullptr);
             for (const auto& p : options.picks) {
                 const unsigned int name = select.pickAt(p.first, p.second);
-                std::printf("qrnview: pick %d,%d: %s\n", p.first, p.second,
-                            qrnviewer::EntityText::describe(document, name).c_str());
+                std::string what = qrnviewer::EntityText::describe(document, name);
+                // A cap is the cut part's, at a point of the cut.
+                qrnmath::Vec3 at;
+                if (qrnsg::EntityNames::kindOf(name) == qrnsg::EntityNames::PART && router &&
+                    router->section().pointOnCut(p.first, p.second, at))
+                    what += "; cut at " + qrnviewer::EntityText::point(document, at);
+                std::printf("qrnview: pick %d,%d: %s\n", p.first, p.second, what.c_str());
                 if (name)
                     selection->add({name});
             }

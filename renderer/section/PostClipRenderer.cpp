@@ -85,6 +85,10 @@ void PostClipRenderer::render() const {
     if (!clipping || !renderer)
         return;
     const auto& settings = renderer->clip;
+    // Lines and the plane in their own colours, unlit.
+    glPushAttrib(GL_ENABLE_BIT);
+    glDisable(GL_LIGHTING);
+    glDisable(GL_TEXTURE_2D);
     if (clipping->showProfile && !clipping->planeClipData.empty()) {
         glDisable(GL_CLIP_PLANE0);
         if (GLEW_VERSION_1_5)
@@ -113,6 +117,9 @@ void PostClipRenderer::render() const {
         glDisableClientState(GL_VERTEX_ARRAY);
     }
     render(*clipping, *renderer, true);
+    glPopAttrib();
+    // Overlays drawn later are not cut.
+    glDisable(GL_CLIP_PLANE0);
 }
 
 void PostClipRenderer::render(const SCClipping& clipping, const SCRenderer& renderer,

@@ -105,12 +105,17 @@ std::string EntityText::describe(const std::shared_ptr<qrn::IDocument>& document
         if (rt && !node.pointIds.empty())
             if (const auto* pair = rt->points.transforms.find(node.pointIds.front()))
                 p = qrnmath::MatrixUtils::transformPoint(pair->first, p);
-        return "vertex " + std::to_string(e.index) + " of " + owner + ": at (" + number(p[0]) +
-               ", " + number(p[1]) + ", " + number(p[2]) + ") " + unit;
+        return "vertex " + std::to_string(e.index) + " of " + owner + ": at " + point(document, p);
     }
     default:
         return "nothing";
     }
+}
+
+std::string EntityText::point(const std::shared_ptr<qrn::IDocument>& document,
+                              const qrnmath::Vec3& p) {
+    return "(" + number(p[0]) + ", " + number(p[1]) + ", " + number(p[2]) + ") " +
+           unitName(document);
 }
 
 } // namespace qrnviewer

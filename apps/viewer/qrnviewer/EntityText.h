@@ -1,6 +1,7 @@
 #pragma once
 
 #include "qrn/IDocument.h"
+#include "qrnmath/Tuple.h"
 
 #include <memory>
 #include <string>
@@ -13,6 +14,9 @@ namespace qrnviewer {
 class EntityText {
 public:
     static std::string describe(const std::shared_ptr<qrn::IDocument>& document, unsigned int name);
+    // A point in the model's coordinates with its unit: "(1.5, 0, 20) mm".
+    static std::string point(const std::shared_ptr<qrn::IDocument>& document,
+                             const qrnmath::Vec3& p);
 };
 
 } // namespace qrnviewer

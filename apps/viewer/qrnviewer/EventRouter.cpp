@@ -118,10 +118,13 @@ EventRouter::EventRouter(std::shared_ptr<qrn::IDocument> document, void* window,
         r->addPostRenderer(m_selectionRenderer);
     }
     setMouseStyle(r ? r->mouseStyle : 0);
+    m_section = std::make_unique<Sectioning>(m_document, m_cursor);
+    m_section->setMessageSink([this](const std::string& text) { say(text); });
 }
 
 EventRouter::~EventRouter() {
     WindowTimer::killTimer(m_window, SPIN_TIMER);
+    m_section.reset();
     // The manipulators hold the frame, which holds the document: break the cycle.
     if (auto r = renderer()) {
         m_camera->init();
@@ -315,6 +318,10 @@ void EventRouter::command(unsigned int key, bool repeat) {
             say(std::string("left button: ") + k.name);
             return;
         }
+    if (m_section->key(key, Input::isKeyDown(VK_SHIFT))) {
+        m_repaint = true;
+        return;
+    }
     switch (key) {
     case VK_PRIOR:
     case VK_OEM_4:
@@ -529,7 +536,10 @@ const char* EventRouter::keyHelp() {
            "      E parts, faces, edges, vertices or all; T box selection through\n"
            "      A zoom to selection; D hide, I isolate selected; U show all\n"
            "      V render mode; O orthographic, perspective; C rotation centre\n"
-           "      Ctrl+Z undo, Ctrl+Y redo; H help; Q quit\n";
+           "      Ctrl+Z undo, Ctrl+Y redo; H help; Q quit\n"
+           "      L cut along X, Y, Z in turn, Shift+L no cut; J flip, Shift+J hatch;\n"
+           "      K caps in part colours, one colour, off; Shift+K profile; rest the\n"
+           "      pointer on the plane, then drag or press up, down to move it\n";
 }
 
 } // namespace qrnviewer

@@ -4,6 +4,7 @@
 #include "qrnviewer/HostFrame.h"
 #include "qrnviewer/InputEvent.h"
 #include "qrnviewer/PmiDisplay.h"
+#include "qrnviewer/Sectioning.h"
 
 #include <functional>
 #include <memory>
@@ -71,6 +72,8 @@ public:
     const std::shared_ptr<qrngl::SelectManipulator>& selectManipulator() const { return m_select; }
     // What PMI is shown; the saved-view key keeps it in step with the view.
     PmiDisplay& pmi() { return m_pmi; }
+    // The cut through the model.
+    Sectioning& section() { return *m_section; }
     // Turns the camera to a saved view of the file (animated), showing its own PMI.
     void showSavedView(int index);
 
@@ -113,6 +116,7 @@ private:
     int m_panX = 0, m_panY = 0;
     std::function<void(const std::string&)> m_say;
     PmiDisplay m_pmi;
+    std::unique_ptr<Sectioning> m_section;
 };
 
 } // namespace qrnviewer

@@ -43,6 +43,8 @@ std::string Options::usage() {
            "               [--samples 1|4] [--transparent] [--mouse CONVENTION]\n"
            "               [--replay LOG] [--record LOG] [--pick X,Y ...] [--select KIND]\n"
            "               [--frame-budget MS] [--mesh-threads N]\n"
+           "               [--section x|y|z[@OFFSET]] [--flip] [--caps part|single|off]\n"
+           "               [--hatch] [--profile]\n"
            "  MODEL        a STEP, IGES, BREP, glTF, OBJ or STL file; without one, the\n"
            "               built-in demo assembly\n"
            "  --snapshot   draw off screen and write the frame as a PNG; without it the\n"
@@ -73,6 +75,13 @@ std::string Options::usage() {
            "               draw simplified meshes until the mouse is released; 0: never\n"
            "  --mesh-threads  threads that mesh the parts of a B-rep model at once (default: one\n"
            "               per core; 1: one part after another on one thread)\n"
+           "  --section    cut the model along an axis, through its centre or OFFSET from it\n"
+           "               (in the model's unit); the half towards the viewer is cut away\n"
+           "  --flip       keep the other half\n"
+           "  --caps       fill the cut faces of solids in each part's colour (default), in\n"
+           "               one colour, or not at all\n"
+           "  --hatch      cross the caps with hatching\n"
+           "  --profile    draw the cut's outline\n"
            "In the window:\n" +
            EventRouter::keyHelp();
 }
@@ -96,6 +105,7 @@ double Options::budget(const Options& options, double fallback) {
 }
 
 bool Options::parse(int argc, const char* const* argv, Options& o, std::string& error) {
+    bool sectionExtras = false;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
         auto value = [&](std::string& out) {
@@ -196,6 +206,29 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
             // is known once the model is read.
             if (!value(o.view))
                 return false;
+        } else if (arg == "--section") {
+            std::string axis;
+            if (!value(axis))
+                return false;
+            if (!Sectioning::parseAxis(axis, o.section)) {
+                error = "bad section '" + axis + "' (expected x, y or z, with @OFFSET from the " +
+                        "model's centre: z@12.5)";
+                return false;
+            }
+        } else if (arg == "--caps") {
+            std::string caps;
+            if (!value(caps))
+                return false;
+            if (!Sectioning::parseCaps(caps, o.section.caps)) {
+                error = "--caps takes part, single or off, not '" + caps + "'";
+                return false;
+            }
+            sectionExtras = true;
+        } else if (arg == "--flip" || arg == "--hatch" || arg == "--profile") {
+            (arg == "--flip"    ? o.section.flip
+             : arg == "--hatch" ? o.section.hatch
+                                : o.section.profile) = true;
+            sectionExtras = true;
         } else if (arg == "--pmi") {
             std::string shown;
             if (!value(shown))
@@ -214,6 +247,10 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
             error = "more than one model given ('" + o.model + "', '" + arg + "')";
             return false;
         }
+    }
+    if (sectionExtras && o.section.axis < 0) {
+        error = "--flip, --caps, --hatch and --profile go with --section";
+        return false;
     }
     if (o.snapshot.empty() && (o.samples > 1 || o.transparent)) {
         error = "--samples and --transparent go with --snapshot";

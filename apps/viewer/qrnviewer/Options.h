@@ -1,5 +1,7 @@
 #pragma once
 
+#include "qrnviewer/Sectioning.h"
+
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,6 +28,7 @@ struct Options {
     // setting of the renderer, else the renderer's default.
     double frameBudget = -1.0;
     unsigned int meshThreads = 0; // threads meshing parts at once; 0: one per core
+    Sectioning::Settings section; // --section, --flip, --caps, --hatch, --profile
     bool help = false;
 
     // False with a message in error for a command line that makes no sense.

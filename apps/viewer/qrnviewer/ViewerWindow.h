@@ -1,5 +1,7 @@
 #pragma once
 
+#include "qrnviewer/Sectioning.h"
+
 #include "qrn/IDocument.h"
 #include "qrnviewer/InputEvent.h"
 
@@ -41,6 +43,8 @@ public:
         // PMI shown, and the saved view the camera starts in (-1: none).
         bool pmi = true;
         int savedView = -1;
+        // The cut the model starts with.
+        Sectioning::Settings section;
     };
 
     // Whether a window can be opened: $DISPLAY set and its server answering; why not in reason.

@@ -166,6 +166,11 @@ std::shared_ptr<qrn::Document> DocumentBuilder::fill(const ModelData& model,
     document->addSchema(qrnsg::SCHEMA_RENDER_INFRA);
     // Without it the gesture home view does nothing.
     document->addSchema(qrnsg::SCHEMA_ANIMATION);
+    // What sectioning and measurement read and write; the geometry lives in the scene, so
+    // the resources stay empty.
+    document->addSchema(qrnsg::SCHEMA_SCENE_RES);
+    document->addSchema(qrnsg::SCHEMA_CLIPPING);
+    document->addSchema(qrnsg::SCHEMA_MEASURE);
     auto info = std::dynamic_pointer_cast<qrnsg::SCInfo>(document->addSchema(qrnsg::SCHEMA_INFO));
     if (info)
         info->lengthUnit = unitOf(model.lengthUnit);

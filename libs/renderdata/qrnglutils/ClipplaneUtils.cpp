@@ -86,8 +86,17 @@ float ClipplaneUtils::getOffset(const qrngl::SCClipping& clipping) {
     if (length <= 0.0f)
         return 0.0f;
     // The point the plane was made through lies -offset along the normal from it now.
-    const float offset = -(n.dot(clipping.pointsOnPlane.front()) + plane[3]) / length;
-    return clipping.flipped ? -offset : offset;
+    float offset = -(n.dot(clipping.pointsOnPlane.front()) + plane[3]) / length;
+    if (clipping.flipped)
+        offset = -offset;
+    // An axis plane's offset counts along its axis, whichever way its normal was turned.
+    static const int axes[3] = {2, 0, 1};
+    if (!clipping.planeTypes.empty() && clipping.planeTypes.front() <= qrngl::SCClipping::ZX) {
+        const float along = n[axes[clipping.planeTypes.front()]] * (clipping.flipped ? -1.f : 1.f);
+        if (along < 0.0f)
+            offset = -offset;
+    }
+    return offset;
 }
 
 const wchar_t* ClipplaneUtils::unitName(qrnsg::SCInfo::UNITS unit) {

@@ -26,9 +26,10 @@ public:
                                          std::shared_ptr<qrnsg::Polyline>& polyline);
     // Empties the profile: plane clip data, segment containers, hierarchy, selected segment.
     static void clearProfileData(const std::shared_ptr<qrngl::SCClipping>& clipping);
-    // The offset of the plane in force from where it was made, along its normal as made (a
-    // flip does not change the sign), in the document's length unit with that many decimals:
-    // "Offset: 12.50 mm". False, leaving text empty, without a plane.
+    // The offset of the plane in force from where it was made: along its axis for an axis
+    // plane, along its normal as made for a section's (a flip does not change the sign); as
+    // text in the document's length unit with that many decimals, "Offset: 12.50 mm". False,
+    // leaving text empty, without a plane.
     static bool getOffsetDist(const std::shared_ptr<qrngl::SCClipping>& clipping,
                               const std::shared_ptr<qrnsg::SCInfo>& info, std::wstring& text,
                               int decimals);
