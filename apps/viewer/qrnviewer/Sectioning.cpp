@@ -14,6 +14,7 @@
 
 #include <cctype>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 
 namespace qrnviewer {
@@ -120,7 +121,9 @@ bool Sectioning::apply(const Settings& settings, std::string& error) {
         m_clip->offsetSection(std::fabs(settings.offset),
                               (settings.offset > 0.0) == (along > 0.0f));
         if (qrnglutils::ClipplaneUtils::getOffset(*clipping) == before) {
-            error = "offset " + std::to_string(settings.offset) + " along " + kAxes[settings.axis] +
+            char offset[32];
+            std::snprintf(offset, sizeof offset, "%g", settings.offset);
+            error = std::string("offset ") + offset + " along " + kAxes[settings.axis] +
                     " lies outside the model";
             return false;
         }

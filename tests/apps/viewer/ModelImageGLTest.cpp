@@ -10,6 +10,7 @@
 #include "qrnimport/ModelReader.h"
 #include "qrnimport/StandardView.h"
 #include "qrnviewer/PmiDisplay.h"
+#include "qrnviewer/Sectioning.h"
 #include "qrnviewer/Snapshot.h"
 
 namespace {
@@ -20,12 +21,15 @@ using qrnimport::ModelData;
 // The model in a standard view fitted to it (and its PMI), written under `name` and read back.
 qrnimage::Image picture(const ModelData& model, unsigned int width, unsigned int height,
                         const std::string& name, const std::string& view = "iso",
-                        bool pmiShown = true) {
+                        bool pmiShown = true, const qrnviewer::Sectioning::Settings& cut = {}) {
     auto document = qrnimport::DocumentBuilder::build(model);
     auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     qrngl::CameraHelper::setViewport(width, height, renderer->camera); // the fit's shape
     EXPECT_TRUE(qrnimport::StandardView::apply(view, model.extent(), renderer->camera));
     qrnviewer::PmiDisplay(document).setShown(pmiShown);
+    qrnviewer::Sectioning section(document, nullptr);
+    std::string sectionError;
+    EXPECT_TRUE(section.apply(cut, sectionError)) << sectionError;
     const std::string path = (fs::current_path() / (name + ".png")).string();
     std::string error;
     EXPECT_TRUE(qrnviewer::Snapshot::write(document, width, height, path, error)) << error;
@@ -102,6 +106,44 @@ TEST(PmiImageGLTest, TheNistPartWithItsPmi) {
     const qrnimage::Image image =
         expectPmiShownAndHidden(model, 800, 600, "pmi_nist_ctc_01_iso", "pmi_nist_ctc_01_hidden");
     EXPECT_GT(pixels(image, pmiBlue).count, 3000u) << "21 items with their leaders";
+}
+
+TEST(SectionImageGLTest, TrjCutThroughItsMiddleWithCaps) {
+    const fs::path file = fs::path(QRN_SHARED_MODELS) / "trj4_pm2-ec-214.stp";
+    if (!fs::exists(file))
+        GTEST_SKIP() << "*** SHARED MODELS MISSING: " << file.string() << " not found ***";
+    ModelData model;
+    std::string error;
+    ASSERT_TRUE(qrnimport::ModelReader::read(file.string(), model, error)) << error;
+    const unsigned int width = 640, height = 480;
+    qrnviewer::Sectioning::Settings cut;
+    cut.axis = 0;
+    cut.profile = true;
+    const qrnimage::Image whole = picture(model, width, height, "section_trj4_whole");
+    const qrnimage::Image parts =
+        picture(model, width, height, "section_trj4_parts", "iso", true, cut);
+    cut.caps = qrnviewer::Sectioning::SINGLE;
+    const qrnimage::Image single =
+        picture(model, width, height, "section_trj4_single", "iso", true, cut);
+    // Independent of the baselines: the cut changes much of the picture, and the caps alone
+    // change colour between the two modes.
+    auto differ = [&](const qrnimage::Image& a, const qrnimage::Image& b) {
+        std::size_t n = 0;
+        for (unsigned int y = 0; y < height; ++y)
+            for (unsigned int x = 0; x < width; ++x)
+                for (int c = 0; c < 3; ++c)
+                    if (std::abs(a.pixel(x, y)[c] - b.pixel(x, y)[c]) > 24) {
+                        ++n;
+                        break;
+                    }
+        return n;
+    };
+    EXPECT_GT(differ(whole, parts), width * height / 10);
+    const std::size_t caps = differ(parts, single);
+    EXPECT_GT(caps, width * height / 50);
+    EXPECT_LT(caps, width * height / 5);
+    qrntest::expectMatchesBaseline(parts, "section_trj4_parts", 8, width * height / 200);
+    qrntest::expectMatchesBaseline(single, "section_trj4_single", 8, width * height / 200);
 }
 
 } // namespace

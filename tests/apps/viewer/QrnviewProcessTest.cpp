@@ -71,12 +71,27 @@ TEST(QrnviewProcessTest, DrawsThroughThePluginsBesideItOrInTheConfiguredFolder) 
 // Bad arguments: exit code 2 with a message and the usage; bad input files: exit code 1 with a
 // message that names the file, and no picture.
 TEST(QrnviewProcessTest, RefusesBadCommandLinesAndBadInput) {
-    for (const char* args :
-         {"--view sideways --snapshot x.png", "--size 0x10 --snapshot x.png",
-          "--size big --snapshot x.png", "--snapshot", "--frobnicate",
-          "a.step b.step --snapshot x.png", "--samples 8 --snapshot x.png", "--transparent",
-          "--frame-budget -1", "--frame-budget 33ms", "--pick 5", "--pick 5,x",
-          "--size 320x240 --pick 400,10", "--select solid", "--pmi maybe --snapshot x.png"}) {
+    for (const char* args : {"--view sideways --snapshot x.png",
+                             "--size 0x10 --snapshot x.png",
+                             "--size big --snapshot x.png",
+                             "--snapshot",
+                             "--frobnicate",
+                             "a.step b.step --snapshot x.png",
+                             "--samples 8 --snapshot x.png",
+                             "--transparent",
+                             "--frame-budget -1",
+                             "--frame-budget 33ms",
+                             "--pick 5",
+                             "--pick 5,x",
+                             "--size 320x240 --pick 400,10",
+                             "--select solid",
+                             "--pmi maybe --snapshot x.png",
+                             "--section w",
+                             "--section x@",
+                             "--section y@2mm",
+                             "--flip",
+                             "--caps part",
+                             "--section x --caps none"}) {
         const ProcessResult run = qrnview(args);
         EXPECT_EQ(run.exitCode, 2) << args << "\n" << run.output;
         EXPECT_THAT(run.output, HasSubstr("qrnview: ")) << args;
@@ -125,6 +140,27 @@ TEST(QrnviewProcessTest, DrawsTheDemoAndPicksNamesAndHighlightsWhatLiesAtAPixel)
     const qrnimage::Image plain = picture(""), picked = picture(" --pick 165,133 --select part");
     EXPECT_GT(pixels(plain, [](auto p) { return !background(p); }).count, 320u * 240u / 10);
     EXPECT_GT(pixels(picked, selectionTint).count, pixels(plain, selectionTint).count + 40);
+}
+
+TEST(QrnviewProcessTest, CutsTheModelAndPicksOnTheCut) {
+    // Through the demo's middle height: the shaft is cut, its cap picked with the point.
+    ProcessResult run = qrnview("--size 320x240 --section z --pick 170,110 --select part");
+    ASSERT_EQ(run.exitCode, 0) << run.output;
+    EXPECT_THAT(run.output, HasSubstr("cut along Z, Offset: 0.00 mm, caps in part colours"));
+    EXPECT_THAT(run.output, ::testing::ContainsRegex("pick 170,110: part Shaft [^\n]*; cut at "
+                                                     "\\([-0-9.]+, [-0-9.]+, 51\\) mm"));
+    TempDir dir;
+    run = qrnview("--size 320x240 --section z@-5 --flip --caps single --hatch --profile "
+                  "--snapshot " +
+                  dir.quoted("cut.png"));
+    EXPECT_EQ(run.exitCode, 0) << run.output;
+    EXPECT_THAT(run.output, HasSubstr("cut along Z (flipped), Offset: -5.00 mm, caps in one "
+                                      "colour, hatched, profile on"));
+    // An offset past the model leaves no picture and says why.
+    run = qrnview("--size 320x240 --section x@-900 --snapshot " + dir.quoted("no.png"));
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_THAT(run.output, HasSubstr("offset -900 along X lies outside the model"));
+    EXPECT_FALSE(fs::exists(dir.file("no.png")));
 }
 
 TEST(QrnviewProcessTest, ThePmiOfAFileShownHiddenAndInItsSavedView) {

@@ -262,4 +262,33 @@ TEST_F(WindowGLTest, AClickSelectsTheBoltAndKeysShowAndHideThePmi) {
         EXPECT_THAT(printed, ::testing::HasSubstr(said));
 }
 
+TEST_F(WindowGLTest, ThePlaneUnderThePointerIsDraggedAndKeysChangeTheCut) {
+    start({"--section", "z"}, false);
+    // Beside the model on the plane's quad: resting there grabs the plane (drawn in its
+    // picked colour), a drag moves it and the offset is told; then the keys.
+    const auto orange = [](const std::uint8_t* p) { return p[0] > p[2] + 40 && p[1] > p[2]; };
+    std::size_t before = 0, grabbed = 0;
+    if (window) {
+        waitFor([&] { return pixels(shown(), background).count < kWidth * kHeight; }, 50);
+        before = pixels(shown(), orange).count;
+        send(MotionNotify, 0, 60, 120, 0);
+        XFlush(display);
+        waitFor([&] { return (grabbed = pixels(shown(), orange).count) > before + 2000; }, 50);
+        send(ButtonPress, Button1, 60, 120, 0);
+        for (int y = 118; y >= 100; y -= 2)
+            send(MotionNotify, 0, 60, y, Button1Mask);
+        send(ButtonRelease, Button1, 60, 100, Button1Mask);
+        XFlush(display);
+        for (KeySym k : {XK_k, XK_l})
+            key(k, 200, 200);
+    }
+    const bool exited = finish();
+    ASSERT_TRUE(window) << "qrnview showed no window\n" << printed;
+    EXPECT_TRUE(exited) << printed;
+    EXPECT_GT(grabbed, before + 2000) << "the plane under the pointer is not shown grabbed";
+    EXPECT_THAT(printed, ::testing::ContainsRegex("qrnview: Offset: [1-9][0-9.]* mm"));
+    EXPECT_THAT(printed, ::testing::HasSubstr("caps in one colour"));
+    EXPECT_THAT(printed, ::testing::HasSubstr("qrnview: cut along X"));
+}
+
 } // namespace
