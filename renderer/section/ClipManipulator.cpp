@@ -287,6 +287,7 @@ FrameStatus ClipManipulator::mouseButtonDown(FrameStatus status, unsigned int fl
     m_lastX = x;
     m_lastY = y;
     m_moved = false;
+    m_dragging = false;
     auto clipping = component<SCClipping>(qrnsg::SCHEMA_CLIPPING);
     m_profileWasOn = clipping && clipping->showProfile;
     status = IManipulator::mouseButtonDown(status, flags, button, x, y);
@@ -362,6 +363,12 @@ FrameStatus ClipManipulator::mouseMotion(unsigned int flags, int x, int y) {
     const Vec4 aux = PlaneUtils::fromPointNormal(centre, -direction0);
     const qrnmath::Ray ray0(origin0, direction0), ray1(origin1, direction1);
     float t0 = 0.0f, t1 = 0.0f;
+    // A move clears the measurements as it starts: they no longer measure what shows.
+    if (!m_dragging) {
+        m_dragging = true;
+        if (auto measure = component<SCMeasure>(qrnsg::SCHEMA_MEASURE))
+            measure->clearAll();
+    }
     if (PlaneUtils::intersect(aux, ray0, t0) && PlaneUtils::intersect(aux, ray1, t1)) {
         const Vec3 normal = normalOf(clipping->planes.front()).normalized();
         const float s0 = (ray0.pointAt(t0) - centre).dot(normal);

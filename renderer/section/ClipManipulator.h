@@ -87,7 +87,8 @@ private:
     qrnsg::BBox m_bounds;
     std::shared_ptr<qrnsg::IPairFunctor> m_pairFunctor;
     std::shared_ptr<qrn::IApplication> m_app;
-    int m_button = -1; // held, -1 for none
+    int m_button = -1;       // held, -1 for none
+    bool m_dragging = false; // a drag moved the plane since the press
 };
 
 } // namespace qrngl

@@ -4,11 +4,13 @@
 #include "qrngl/SCClipping.h"
 #include "qrngl/SCRenderer.h"
 #include "qrngl/section/BasicClipProfiler.h"
+#include "qrngl/section/SectionActivator.h"
 #include "qrnglutils/ClipplaneUtils.h"
 #include "qrnmath/MatrixUtils.h"
 #include "qrnmath/PlaneUtils.h"
 #include "qrnplatform/Text.h"
 #include "qrnsg/SCInfo.h"
+#include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneTopo.h"
 
@@ -98,7 +100,19 @@ bool Sectioning::parseCaps(const std::string& text, Caps& caps) {
 
 void Sectioning::cut(int axis) {
     m_axis = axis;
-    m_clip->setClipType(axis < 0 ? SCClipping::NONE : kTypes[axis]);
+    // One plane at a time: the one before is removed, not kept behind the new one.
+    m_clip->setClipType(SCClipping::NONE);
+    if (axis >= 0 && axis < 3)
+        m_clip->setClipType(kTypes[axis]);
+    else if (axis >= 3)
+        qrngl::SectionActivator(fetch<qrngl::SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER),
+                                fetch<qrnsg::SCPmi>(m_document, qrnsg::SCHEMA_PMI))
+            .execute(axis - 3);
+}
+
+int Sectioning::sections() const {
+    auto pmi = fetch<qrnsg::SCPmi>(m_document, qrnsg::SCHEMA_PMI);
+    return pmi ? static_cast<int>(pmi->sections.size()) : 0;
 }
 
 bool Sectioning::apply(const Settings& settings, std::string& error) {
@@ -145,7 +159,7 @@ bool Sectioning::key(unsigned int key, bool shift) {
         return false;
     switch (key) {
     case 'L':
-        cut(shift ? -1 : (m_axis + 1) % 3);
+        cut(shift ? -1 : (m_axis + 1) % (3 + sections()));
         break;
     case 'J':
         if (!clipping->hasPlane())
@@ -202,9 +216,15 @@ std::string Sectioning::describe() const {
     std::wstring offset;
     qrnglutils::ClipplaneUtils::getOffsetDist(
         clipping, fetch<qrnsg::SCInfo>(m_document, qrnsg::SCHEMA_INFO), offset, 2);
-    std::string text = std::string("cut along ") + (m_axis >= 0 ? kAxes[m_axis] : "a section") +
-                       (clipping->flipped ? " (flipped)" : "") + ", " +
-                       qrnplatform::Text::toUtf8(offset) + ", caps ";
+    auto pmi = fetch<qrnsg::SCPmi>(m_document, qrnsg::SCHEMA_PMI);
+    const auto section = m_axis - 3;
+    std::string text =
+        m_axis >= 0 && m_axis < 3 ? std::string("cut along ") + kAxes[m_axis]
+        : pmi && section >= 0 && section < static_cast<int>(pmi->sections.size())
+            ? "section " + qrnplatform::Text::toUtf8(pmi->sections[std::size_t(section)]->name)
+            : std::string("cut");
+    text = text + (clipping->flipped ? " (flipped)" : "") + ", " +
+           qrnplatform::Text::toUtf8(offset) + ", caps ";
     text += !clipping->capped                               ? "off"
             : clipping->capMode == SCClipping::PART_COLOURS ? "in part colours"
                                                             : "in one colour";

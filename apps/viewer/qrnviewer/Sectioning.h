@@ -38,7 +38,8 @@ public:
     static bool parseAxis(const std::string& text, Settings& settings);
     static bool parseCaps(const std::string& text, Caps& caps);
 
-    // The viewer's keys: L next axis (Shift+L removes the cut), J flip (Shift+J hatch),
+    // The viewer's keys: L the next axis, then the file's section views (Shift+L removes the
+    // cut), J flip (Shift+J hatch),
     // K caps in part colours, one material, off (Shift+K profile). False for other keys.
     bool key(unsigned int key, bool shift);
 
@@ -53,7 +54,9 @@ public:
     const std::shared_ptr<qrngl::ClipManipulator>& manipulator() const { return m_clip; }
 
 private:
+    // 0 to 2 an axis, 3 on the file's sections, -1 none.
     void cut(int axis);
+    int sections() const;
     void say(const std::string& text) const;
 
     std::shared_ptr<qrn::IDocument> m_document;

@@ -137,6 +137,8 @@ void addPmi(const ModelData& model, qrn::Document& document, int& nextId) {
         v.pmiItems = view.pmi;
         views->views.push_back(v);
     }
+    for (const auto& section : model.sections)
+        pmi->sections.push_back(std::make_shared<qrnsg::Section>(section));
 }
 
 } // namespace

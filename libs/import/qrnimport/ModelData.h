@@ -7,6 +7,7 @@
 #include "qrnsg/Mesh.h"
 #include "qrnsg/PartEntities.h"
 #include "qrnsg/Polyline.h"
+#include "qrnsg/Section.h"
 #include "qrnsg/Text.h"
 
 #include <string>
@@ -67,6 +68,8 @@ struct QRNIMPORT_EXPORT ModelData {
     std::vector<Node> nodes; // parents before children
     std::vector<PmiItem> pmi;
     std::vector<SavedView> views;
+    // The section views of the file: its named clipping planes.
+    std::vector<qrnsg::Section> sections;
     std::wstring lengthUnit = L"mm";
 
     int addMaterial(const qrnsg::MMaterial& m);

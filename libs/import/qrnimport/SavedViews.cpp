@@ -5,7 +5,9 @@
 
 #include <Precision.hxx>
 #include <Standard_Failure.hxx>
+#include <TCollection_ExtendedString.hxx>
 #include <TDF_LabelSequence.hxx>
+#include <XCAFDoc_ClippingPlaneTool.hxx>
 #include <XCAFDoc_DocumentTool.hxx>
 #include <XCAFDoc_View.hxx>
 #include <XCAFDoc_ViewTool.hxx>
@@ -18,6 +20,7 @@ namespace qrnimport {
 
 void SavedViews::import(const Handle(TDocStd_Document) & document, ModelData& model,
                         const std::map<std::string, int>& kept) {
+    importSections(document, model);
     Handle(XCAFDoc_ViewTool) tool = XCAFDoc_DocumentTool::ViewTool(document->Main());
     TDF_LabelSequence labels;
     tool->GetViewLabels(labels);
@@ -84,6 +87,33 @@ void SavedViews::import(const Handle(TDocStd_Document) & document, ModelData& mo
                 v.target = OcctUtils::toVec3(eye.XYZ() + direction.XYZ() * distance);
             }
             model.views.push_back(std::move(v));
+        } catch (const Standard_Failure&) {
+        }
+    }
+}
+
+void SavedViews::importSections(const Handle(TDocStd_Document) & document, ModelData& model) {
+    Handle(XCAFDoc_ClippingPlaneTool) tool =
+        XCAFDoc_DocumentTool::ClippingPlaneTool(document->Main());
+    TDF_LabelSequence labels;
+    if (tool.IsNull())
+        return;
+    tool->GetClippingPlanes(labels);
+    for (int i = 1; i <= labels.Length(); ++i) {
+        try {
+            gp_Pln plane;
+            TCollection_ExtendedString name;
+            Standard_Boolean capping = Standard_False;
+            if (!tool->GetClippingPlane(labels.Value(i), plane, name, capping))
+                continue;
+            qrnsg::Section section;
+            section.name = OcctUtils::toWide(name);
+            if (section.name.empty())
+                section.name = L"Section " + std::to_wstring(i);
+            section.point = OcctUtils::toVec3(plane.Location().XYZ());
+            section.normal = OcctUtils::toVec3(plane.Axis().Direction().XYZ());
+            section.capped = capping == Standard_True;
+            model.sections.push_back(std::move(section));
         } catch (const Standard_Failure&) {
         }
     }

@@ -110,8 +110,9 @@ TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
     const struct {
         const char* file;
         std::size_t dimensions, tolerances, datums;
-        Texts texts; // among the items' texts, exactly as often as listed
-        Texts views; // all parallel
+        Texts texts;    // among the items' texts, exactly as often as listed
+        Texts views;    // all parallel
+        Texts sections; // the section views (clipping planes), not capped
     } files[] = {
         // clang-format off
         // Datums A, B and C, which OCCT repeats for each tolerance that refers to them (11
@@ -121,11 +122,11 @@ TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
           kDia + L"20 +0.05/-0.1 mm", kDia + L"34.8\u201335.2 mm", kDia + L"34.8\u201335.2 mm",
           L"60\u00B0" + kPm + L"0.5\u00B0", L"linear distance", L"linear distance", L"A", L"B",
           L"C", L"\u2316 | A | B | C", L"\u2316 | A | B | C", L"\u23E5"},
-         {L"MBD_0"}},
+         {L"MBD_0"}, {}},
         {"bug32745_pmi1.stp", 7, 0, 0,
          {L"R25" + kPm + L"0.2 mm", L"6" + kPm + L"0.1 mm", L"3.4" + kPm + L"0.1 mm", L"15 mm",
           L"linear distance outer", L"linear distance outer"},
-         {L"02", L"03"}},
+         {L"02", L"03"}, {L"03"}},
         // clang-format on
     };
     for (const auto& f : files) {
@@ -179,6 +180,13 @@ TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
         for (std::size_t i = 0; i < f.views.size(); ++i) {
             EXPECT_EQ(model.views[i].name, f.views[i]);
             EXPECT_TRUE(model.views[i].orthographic);
+        }
+        ASSERT_EQ(model.sections.size(), f.sections.size());
+        for (std::size_t i = 0; i < f.sections.size(); ++i) {
+            EXPECT_EQ(model.sections[i].name, f.sections[i]);
+            EXPECT_NEAR(model.sections[i].normal.length(), 1.0f, 1e-5f);
+            EXPECT_TRUE(inside(box, model.sections[i].point, 1e-3)) << "the plane's point";
+            EXPECT_FALSE(model.sections[i].capped);
         }
         if (f.views.size() == 1) { // the NIST part's one view lists every item
             EXPECT_TRUE(model.views[0].listsPmi);

@@ -232,8 +232,13 @@ TEST_F(SectionGLTest, TheGrabbedPlaneMovesWithinTheModelsSphere) {
     // Grabbed: the press is the plane's, 15 pixels right are 10 units along +x; a step out
     // of the sphere (radius 17.3) is refused, the next one back inwards taken.
     doc.renderer->planePicked = true;
+    auto measure =
+        std::dynamic_pointer_cast<qrngl::SCMeasure>(doc.document->getSchema(qrnsg::SCHEMA_MEASURE));
+    measure->measures.push_back(nullptr);
     EXPECT_EQ(clip->mouseButtonDown(UNCHANGED, qrngl::KEY_LBUTTON, qrngl::LEFT, 80, 60), CHANGED);
+    EXPECT_EQ(measure->measures.size(), 1u);
     EXPECT_EQ(clip->mouseMotion(qrngl::KEY_LBUTTON, 95, 60), CHANGED);
+    EXPECT_TRUE(measure->measures.empty()) << "a move clears the measurements as it starts";
     EXPECT_NEAR(planeX(), 10.0f, 0.02f);
     EXPECT_EQ(clip->mouseMotion(qrngl::KEY_LBUTTON, 110, 60), CHANGED);
     EXPECT_NEAR(planeX(), 10.0f, 0.02f) << "20 is out of the sphere";
@@ -245,8 +250,6 @@ TEST_F(SectionGLTest, TheGrabbedPlaneMovesWithinTheModelsSphere) {
 
     // Arrows: up and down by 1 % of the radius along the normal, reversed when flipped and,
     // for the plane of type 0, once more; left and right only consume the key.
-    auto measure =
-        std::dynamic_pointer_cast<qrngl::SCMeasure>(doc.document->getSchema(qrnsg::SCHEMA_MEASURE));
     struct Row {
         SCClipping::PLANETYPE type;
         bool flipped;
