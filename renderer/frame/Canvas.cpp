@@ -4,6 +4,7 @@
 #include "qrngl/GL.h"
 #include "qrngl/MMaterialRenderer.h"
 #include "qrngl/PLMaterialRenderer.h"
+#include "qrngl/SCClipping.h"
 #include "qrngl/SCRenderer.h"
 #include "qrngl/SCStripRenderer.h"
 #include "qrngl/frame/FrameSetup.h"
@@ -139,9 +140,11 @@ void Canvas::render(const Scene& scene, const Pmi& pmi, const SceneRT& rt, const
         renderer->viewRenderer->render();
     if (renderer->sceneSetupRenderer)
         renderer->sceneSetupRenderer->render();
-    // Planned before the pre-renderers, so that what they draw of the model (a clip plane's
-    // caps) is decided for the same frame.
-    m_governor->plan(*scene, *rt, *strips, *renderer);
+    // Planned before the pre-renderers, for the frame they set up. Caps are counted from every
+    // cut part: while they show, no part is left out, or its cap would float alone.
+    auto clipping = component<SCClipping>(qrnsg::SCHEMA_CLIPPING);
+    m_governor->plan(*scene, *rt, *strips, *renderer,
+                     !(clipping && clipping->hasPlane() && clipping->capped));
     for (const auto& pre : renderer->preRenderers)
         pre->render();
     // Smooth edges cost a multisampled window most of its frame on a software rasteriser; a

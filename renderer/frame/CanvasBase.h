@@ -34,7 +34,7 @@ protected:
     // The component of that number cast to its class; empty when absent or of another class.
     template <class T>
     std::shared_ptr<T> component(short type) const {
-        return m_document ? std::dynamic_pointer_cast<T>(m_document->getSchema(type)) : nullptr;
+        return qrn::component<T>(m_document, type);
     }
 
     std::shared_ptr<IRenderContext> m_context;

@@ -98,7 +98,8 @@ double MotionGovernor::trianglesWithin(double budget) const {
 }
 
 void MotionGovernor::plan(const qrnsg::SCScene& scene, const qrnsg::SCSceneRT& rt,
-                          const SCStripRenderer& strips, const SCRenderer& renderer) {
+                          const SCStripRenderer& strips, const SCRenderer& renderer,
+                          bool leaveOut) {
     m_cullRadius = 0.0f;
     m_coarse = false;
     m_culled = m_coarseInstances = m_instances = 0;
@@ -136,6 +137,12 @@ void MotionGovernor::plan(const qrnsg::SCScene& scene, const qrnsg::SCSceneRT& r
     const double target = trianglesWithin(renderer.frameBudget);
     if (full <= target)
         return;
+    if (!leaveOut) {
+        m_coarse = true;
+        for (const Item& item : items)
+            m_coarseInstances += item.coarse < item.full ? 1 : 0;
+        return;
+    }
     std::sort(items.begin(), items.end(),
               [](const Item& a, const Item& b) { return a.radius < b.radius; });
     const float largest = kLargestCulled * 2.0f * m_halfHeight;

@@ -16,9 +16,11 @@ namespace qrngl {
 // Still frames draw everything.
 class MotionGovernor {
 public:
-    // Decides this frame's plan; needs the frame's matrices and viewport in GL state.
+    // Decides this frame's plan; needs the frame's matrices and viewport in GL state. Without
+    // leaving parts out, it may only draw coarse meshes (a capped cut: a part left out would
+    // leave its cap behind).
     void plan(const qrnsg::SCScene& scene, const qrnsg::SCSceneRT& rt,
-              const SCStripRenderer& strips, const SCRenderer& renderer);
+              const SCStripRenderer& strips, const SCRenderer& renderer, bool leaveOut = true);
     // Whether an instance of a mesh or polyline drawable is left out.
     bool culledMesh(int drawable, const qrnmath::Mat4* transform) const;
     bool culledPolyline(int drawable, const qrnmath::Mat4* transform) const;

@@ -25,11 +25,6 @@ using qrnsg::RTState;
 namespace {
 
 template <class T>
-std::shared_ptr<T> fetch(const std::shared_ptr<qrn::IDocument>& document, short type) {
-    return document ? std::dynamic_pointer_cast<T>(document->getSchema(type)) : nullptr;
-}
-
-template <class T>
 const T* at(const std::vector<T>& v, int i) {
     return i >= 0 && static_cast<std::size_t>(i) < v.size() ? &v[static_cast<std::size_t>(i)]
                                                             : nullptr;
@@ -91,10 +86,10 @@ bool setVisible(RTState& state, int id, bool shown) {
 } // namespace
 
 EntityGeometry::EntityGeometry(const std::shared_ptr<qrn::IDocument>& document)
-    : m_scene(fetch<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE)),
-      m_resources(fetch<qrnsg::SCSceneRes>(document, qrnsg::SCHEMA_SCENE_RES)),
-      m_rt(fetch<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT)),
-      m_topology(fetch<qrnsg::SCSceneTopo>(document, qrnsg::SCHEMA_SCENE_TOPO)) {
+    : m_scene(qrn::component<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE)),
+      m_resources(qrn::component<qrnsg::SCSceneRes>(document, qrnsg::SCHEMA_SCENE_RES)),
+      m_rt(qrn::component<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT)),
+      m_topology(qrn::component<qrnsg::SCSceneTopo>(document, qrnsg::SCHEMA_SCENE_TOPO)) {
     // The drawables live in the scene component or, when it holds none, in the resources.
     if (m_scene && (!m_scene->meshes.empty() || !m_scene->polylines.empty())) {
         m_meshes = &m_scene->meshes;
@@ -363,8 +358,8 @@ bool EntityGeometry::showOnly(const std::vector<bool>& nodes) const {
 
 PartVisibility::PartVisibility(const std::shared_ptr<qrn::IDocument>& document)
     : m_document(document) {
-    auto rt = fetch<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
-    auto topology = fetch<qrnsg::SCSceneTopo>(document, qrnsg::SCHEMA_SCENE_TOPO);
+    auto rt = qrn::component<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
+    auto topology = qrn::component<qrnsg::SCSceneTopo>(document, qrnsg::SCHEMA_SCENE_TOPO);
     if (!rt || !topology)
         return;
     for (const auto& node : topology->nodes)
@@ -377,7 +372,7 @@ PartVisibility::PartVisibility(const std::shared_ptr<qrn::IDocument>& document)
 
 void PartVisibility::restore() {
     auto document = m_document.lock();
-    auto rt = fetch<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
+    auto rt = qrn::component<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
     if (!rt)
         return;
     for (const Entry& e : m_entries)
@@ -386,7 +381,7 @@ void PartVisibility::restore() {
 }
 
 void visibilityChanged(const std::shared_ptr<qrn::IDocument>& document) {
-    auto renderer = fetch<SCRenderer>(document, qrnsg::SCHEMA_RENDERER);
+    auto renderer = qrn::component<SCRenderer>(document, qrnsg::SCHEMA_RENDERER);
     if (!renderer)
         return;
     if (renderer->pickCanvas)

@@ -29,16 +29,11 @@ const int kPickSize = 2;
 // The face mask of a pick.
 const unsigned short kFaces = 1;
 
-template <class T>
-std::shared_ptr<T> fetch(const std::shared_ptr<qrn::IDocument>& document, short type) {
-    return document ? std::dynamic_pointer_cast<T>(document->getSchema(type)) : nullptr;
-}
-
 // The box of what is shown, as the view animation fits it.
 qrnsg::BBox shownBounds(const std::shared_ptr<qrn::IDocument>& document) {
-    auto rt = fetch<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
-    auto scene = fetch<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE);
-    auto resources = fetch<qrnsg::SCSceneRes>(document, qrnsg::SCHEMA_SCENE_RES);
+    auto rt = qrn::component<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
+    auto scene = qrn::component<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE);
+    auto resources = qrn::component<qrnsg::SCSceneRes>(document, qrnsg::SCHEMA_SCENE_RES);
     if (!rt)
         return qrnsg::BBox();
     if (scene && (!scene->meshes.empty() || !scene->polylines.empty()))
@@ -63,7 +58,7 @@ ViewCommands::ViewCommands(std::shared_ptr<qrnui::IFrame> frame,
       m_viewState(std::move(viewState)) {}
 
 std::shared_ptr<SCRenderer> ViewCommands::renderer() const {
-    return fetch<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
+    return qrn::component<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
 }
 
 std::shared_ptr<qrn::IState> ViewCommands::cameraState() const {
@@ -125,7 +120,7 @@ bool ViewCommands::doOrthoView(const Vec3& normal) {
         rotation[4 * i + 2] = back[i];
     }
 
-    auto views = fetch<qrnsg::SCView>(m_document, qrnsg::SCHEMA_VIEW);
+    auto views = qrn::component<qrnsg::SCView>(m_document, qrnsg::SCHEMA_VIEW);
     if (!m_viewState || !views) {
         CameraHelper::setRotation(camera, rotation);
         changed(*r);

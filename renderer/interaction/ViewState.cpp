@@ -33,11 +33,6 @@ const std::int32_t kSequencePause = 50;
 const float kMoveThreshold = 1e-7f;
 const float kRotateThreshold = 0.001f;
 
-template <class T>
-std::shared_ptr<T> fetch(const std::shared_ptr<qrn::IDocument>& document, short type) {
-    return document ? std::dynamic_pointer_cast<T>(document->getSchema(type)) : nullptr;
-}
-
 std::shared_ptr<Camera> cameraOf(const std::shared_ptr<SCRenderer>& renderer) {
     return renderer ? renderer->camera : nullptr;
 }
@@ -84,7 +79,7 @@ void ViewState::reset() {
     m_loop = false;
     m_orientationQueue.clear();
     m_viewQueue.clear();
-    auto renderer = fetch<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
+    auto renderer = qrn::component<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
     if (!renderer)
         return;
     m_zoomStep = 1.0f;
@@ -186,7 +181,7 @@ void ViewState::animate() {
         m_rotationFraction = 0.0f;
     }
 
-    auto renderer = fetch<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
+    auto renderer = qrn::component<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
     auto camera = cameraOf(renderer);
     if (m_state & ANIMATE_MOVE) {
         CameraHelper::translateBy(camera, m_translationStep, m_centreStep, m_radiusStep);
@@ -210,20 +205,20 @@ void ViewState::animate() {
 }
 
 void ViewState::set(const SCView::ORIENTATION& orientation) {
-    auto renderer = fetch<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
-    auto views = fetch<SCView>(m_document, qrnsg::SCHEMA_VIEW);
+    auto renderer = qrn::component<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
+    auto views = qrn::component<SCView>(m_document, qrnsg::SCHEMA_VIEW);
     if (views)
         CameraHelper::setRotation(cameraOf(renderer), views->rotation(orientation));
 }
 
 void ViewState::zoomFit() {
-    auto rt = fetch<qrnsg::SCSceneRT>(m_document, qrnsg::SCHEMA_SCENE_RT);
-    auto info = fetch<qrnsg::SCInfo>(m_document, qrnsg::SCHEMA_INFO);
+    auto rt = qrn::component<qrnsg::SCSceneRT>(m_document, qrnsg::SCHEMA_SCENE_RT);
+    auto info = qrn::component<qrnsg::SCInfo>(m_document, qrnsg::SCHEMA_INFO);
     if (!rt || !info)
         return;
-    auto camera = cameraOf(fetch<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER));
-    auto scene = fetch<qrnsg::SCScene>(m_document, qrnsg::SCHEMA_SCENE);
-    auto resources = fetch<qrnsg::SCSceneRes>(m_document, qrnsg::SCHEMA_SCENE_RES);
+    auto camera = cameraOf(qrn::component<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER));
+    auto scene = qrn::component<qrnsg::SCScene>(m_document, qrnsg::SCHEMA_SCENE);
+    auto resources = qrn::component<qrnsg::SCSceneRes>(m_document, qrnsg::SCHEMA_SCENE_RES);
     if (scene && hasGeometry(*scene)) {
         CameraHelper::lookAt(camera, qrnglutils::BBoxUtils::get(*scene, *rt, true));
     } else if (resources && !resources->empty()) {
@@ -241,7 +236,7 @@ void ViewState::zoomFit() {
 }
 
 void ViewState::getFitRadius(const qrnsg::BBox& box, const Vec3&, float& radius) {
-    auto camera = cameraOf(fetch<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER));
+    auto camera = cameraOf(qrn::component<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER));
     if (!camera)
         return;
     // The view's frame as the camera describes it, in the form of its projection.
@@ -283,15 +278,15 @@ ViewState::AnimateState ViewState::stepState(const Mat4& inverseStart, int frame
 }
 
 ViewState::AnimateState ViewState::reset(const SCView::ORIENTATION& orientation, int frames) {
-    auto renderer = fetch<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
+    auto renderer = qrn::component<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
     auto camera = cameraOf(renderer);
     if (!camera)
         return ANIMATE_NONE;
-    auto scene = fetch<qrnsg::SCScene>(m_document, qrnsg::SCHEMA_SCENE);
-    auto resources = fetch<qrnsg::SCSceneRes>(m_document, qrnsg::SCHEMA_SCENE_RES);
-    auto topology = fetch<qrnsg::SCSceneTopo>(m_document, qrnsg::SCHEMA_SCENE_TOPO);
-    auto rt = fetch<qrnsg::SCSceneRT>(m_document, qrnsg::SCHEMA_SCENE_RT);
-    auto views = fetch<SCView>(m_document, qrnsg::SCHEMA_VIEW);
+    auto scene = qrn::component<qrnsg::SCScene>(m_document, qrnsg::SCHEMA_SCENE);
+    auto resources = qrn::component<qrnsg::SCSceneRes>(m_document, qrnsg::SCHEMA_SCENE_RES);
+    auto topology = qrn::component<qrnsg::SCSceneTopo>(m_document, qrnsg::SCHEMA_SCENE_TOPO);
+    auto rt = qrn::component<qrnsg::SCSceneRT>(m_document, qrnsg::SCHEMA_SCENE_RT);
+    auto views = qrn::component<SCView>(m_document, qrnsg::SCHEMA_VIEW);
     frames = std::max(frames, 1);
 
     m_framesLeft = frames;
@@ -325,9 +320,9 @@ ViewState::AnimateState ViewState::reset(const SCView::ORIENTATION& orientation,
 }
 
 ViewState::AnimateState ViewState::reset(const int& view, int frames) {
-    auto renderer = fetch<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
+    auto renderer = qrn::component<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
     auto camera = cameraOf(renderer);
-    auto views = fetch<SCView>(m_document, qrnsg::SCHEMA_VIEW);
+    auto views = qrn::component<SCView>(m_document, qrnsg::SCHEMA_VIEW);
     if (!camera)
         return ANIMATE_NONE;
     frames = std::max(frames, 1);

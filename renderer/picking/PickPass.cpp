@@ -15,21 +15,14 @@
 
 namespace qrngl {
 
-namespace {
-template <class T>
-std::shared_ptr<T> fetch(const std::shared_ptr<qrn::IDocument>& document, short type) {
-    return std::dynamic_pointer_cast<T>(document->getSchema(type));
-}
-} // namespace
-
 PickPass::PickPass(const std::shared_ptr<qrn::IDocument>& document) : m_document(document) {
     if (!document)
         return;
-    auto renderer = fetch<SCRenderer>(document, qrnsg::SCHEMA_RENDERER);
-    m_ready = fetch<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE) &&
-              fetch<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT) && renderer &&
-              renderer->camera && fetch<qrnsg::SCPmi>(document, qrnsg::SCHEMA_PMI) &&
-              fetch<SCStripRenderer>(document, qrnsg::SCHEMA_STRIP_RENDERER);
+    auto renderer = qrn::component<SCRenderer>(document, qrnsg::SCHEMA_RENDERER);
+    m_ready = qrn::component<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE) &&
+              qrn::component<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT) && renderer &&
+              renderer->camera && qrn::component<qrnsg::SCPmi>(document, qrnsg::SCHEMA_PMI) &&
+              qrn::component<SCStripRenderer>(document, qrnsg::SCHEMA_STRIP_RENDERER);
     if (m_ready)
         m_camera = renderer->camera;
 }
@@ -48,10 +41,10 @@ void PickPass::loadMatrices(double cx, double cy, double w, double h) const {
 }
 
 void PickPass::draw(NamesInitializer::Mode mode, unsigned short type) const {
-    auto rt = fetch<qrnsg::SCSceneRT>(m_document, qrnsg::SCHEMA_SCENE_RT);
-    auto strips = fetch<SCStripRenderer>(m_document, qrnsg::SCHEMA_STRIP_RENDERER);
-    auto topology = fetch<qrnsg::SCSceneTopo>(m_document, qrnsg::SCHEMA_SCENE_TOPO);
-    auto renderer = fetch<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
+    auto rt = qrn::component<qrnsg::SCSceneRT>(m_document, qrnsg::SCHEMA_SCENE_RT);
+    auto strips = qrn::component<SCStripRenderer>(m_document, qrnsg::SCHEMA_STRIP_RENDERER);
+    auto topology = qrn::component<qrnsg::SCSceneTopo>(m_document, qrnsg::SCHEMA_SCENE_TOPO);
+    auto renderer = qrn::component<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
     auto names = std::make_shared<NamesInitializer>(mode);
     auto visitor = std::make_shared<qrnglutils::PickVisitor>(*rt, topology.get(), *strips);
     visitor->setEntityType(type);
@@ -73,7 +66,8 @@ void PickPass::draw(NamesInitializer::Mode mode, unsigned short type) const {
 }
 
 void PickPass::choose(const std::shared_ptr<qrn::IDocument>& document, const FilterResult& result) {
-    auto renderer = document ? fetch<SCRenderer>(document, qrnsg::SCHEMA_RENDERER) : nullptr;
+    auto renderer =
+        document ? qrn::component<SCRenderer>(document, qrnsg::SCHEMA_RENDERER) : nullptr;
     if (!renderer)
         return;
     for (const auto& pre : renderer->preRenderers)

@@ -14,13 +14,6 @@
 
 namespace qrngl {
 
-namespace {
-template <class T>
-std::shared_ptr<T> fetchAs(const std::shared_ptr<qrn::IDocument>& document, short type) {
-    return std::dynamic_pointer_cast<T>(document->getSchema(type));
-}
-} // namespace
-
 BasicClipProfiler::BasicClipProfiler(std::shared_ptr<qrn::IDocument> document,
                                      const float& tolerance)
     : m_document(document), m_tolerance(tolerance) {}
@@ -29,12 +22,12 @@ bool BasicClipProfiler::create(std::shared_ptr<qrnsg::IPairFunctor> visibility) 
     auto document = m_document.lock();
     if (!document)
         return false;
-    auto resources = fetchAs<qrnsg::SCSceneRes>(document, qrnsg::SCHEMA_SCENE_RES);
-    auto scene = fetchAs<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE);
-    auto rt = fetchAs<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
-    auto clipping = fetchAs<SCClipping>(document, qrnsg::SCHEMA_CLIPPING);
-    auto topology = fetchAs<qrnsg::SCSceneTopo>(document, qrnsg::SCHEMA_SCENE_TOPO);
-    auto info = fetchAs<qrnsg::SCInfo>(document, qrnsg::SCHEMA_INFO);
+    auto resources = qrn::component<qrnsg::SCSceneRes>(document, qrnsg::SCHEMA_SCENE_RES);
+    auto scene = qrn::component<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE);
+    auto rt = qrn::component<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
+    auto clipping = qrn::component<SCClipping>(document, qrnsg::SCHEMA_CLIPPING);
+    auto topology = qrn::component<qrnsg::SCSceneTopo>(document, qrnsg::SCHEMA_SCENE_TOPO);
+    auto info = qrn::component<qrnsg::SCInfo>(document, qrnsg::SCHEMA_INFO);
     if (!resources || !scene || !rt || !clipping || !topology || topology->empty())
         return false;
     // The geometry the drawables index: the scene's, or the resources' where it holds none.

@@ -56,7 +56,7 @@ bool arrow(unsigned int key) {
 
 template <class T>
 std::shared_ptr<T> ClipManipulator::component(short type) const {
-    return m_document ? std::dynamic_pointer_cast<T>(m_document->getSchema(type)) : nullptr;
+    return qrn::component<T>(m_document, type);
 }
 
 ClipManipulator::ClipManipulator(std::shared_ptr<qrn::IDocument> document,
@@ -103,6 +103,7 @@ Vec4 ClipManipulator::getClipPlane(const qrnsg::BBox& bounds, bool flipped,
         if (direction.dot(normal) < 0.0f)
             normal = -normal;
     }
+    // A flipped cut stays flipped for the next plane: the other half is kept again.
     if (flipped)
         normal = -normal;
     return ClipplaneUtils::createClipPlane(bounds, normal, mesh, polyline);
@@ -120,18 +121,24 @@ void ClipManipulator::setClipType(PLANETYPE type, const std::shared_ptr<qrnsg::S
     m_bounds = getRootBounds();
     auto rt = component<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
     auto renderer = component<SCRenderer>(qrnsg::SCHEMA_RENDERER);
-    if (rt && !m_bounds.isEmpty() && renderer && clipping) {
+    // Ending the cut needs no bounds: whatever the model is now, no plane stays in force, and
+    // no stale one stays behind for the states, picks and profiles that read the component.
+    if (type == SCClipping::NONE && renderer && clipping) {
         m_type = type;
         renderer->removePreRenderer(m_pre);
         renderer->removePostRenderer(m_post);
         renderer->planePicked = false;
-        if (type == SCClipping::NONE) {
-            // No stale plane stays behind for the states, picks and profiles that read it.
-            clipping->planes.clear();
-            clipping->pointsOnPlane.clear();
-            clipping->planeMatrices.clear();
-            clipping->planeTypes.clear();
-        } else {
+        clipping->planes.clear();
+        clipping->pointsOnPlane.clear();
+        clipping->planeMatrices.clear();
+        clipping->planeTypes.clear();
+        renderer->update();
+    } else if (rt && !m_bounds.isEmpty() && renderer && clipping) {
+        m_type = type;
+        renderer->removePreRenderer(m_pre);
+        renderer->removePostRenderer(m_post);
+        renderer->planePicked = false;
+        {
             renderer->addPreRenderer(m_pre);
             renderer->addPostRenderer(m_post);
             std::shared_ptr<qrnsg::Mesh> mesh;
@@ -140,10 +147,13 @@ void ClipManipulator::setClipType(PLANETYPE type, const std::shared_ptr<qrnsg::S
             if (!section || type != SCClipping::SECTION) {
                 plane = getClipPlane(m_bounds, clipping->flipped, mesh, border);
             } else {
-                Vec3 normal = section->normal;
+                Vec3 normal = section->normal.length() > 0.0f ? section->normal : Vec3(0, 0, 1);
                 Vec3 eye, target, direction, up;
                 CameraHelper::getEyeTargetUp(renderer->camera, eye, target, direction, up, false);
                 if (direction.dot(normal) < 0.0f)
+                    normal = -normal;
+                // A flipped cut stays flipped for the next plane, as for an axis plane.
+                if (clipping->flipped)
                     normal = -normal;
                 plane = ClipplaneUtils::createClipPlane(m_bounds, normal, mesh, border);
                 // Through the section's own point.
@@ -343,8 +353,11 @@ FrameStatus ClipManipulator::mouseMotion(unsigned int flags, int x, int y) {
     auto clipping = component<SCClipping>(qrnsg::SCHEMA_CLIPPING);
     if (!clipping || !clipping->hasPlane())
         return UNCHANGED;
-    if (m_button == -1 && !(flags & (KEY_LBUTTON | KEY_MBUTTON | KEY_RBUTTON)))
+    // No button held (a release an earlier tool took included): the pointer only rests.
+    if (!(flags & (KEY_LBUTTON | KEY_MBUTTON | KEY_RBUTTON))) {
+        m_button = -1;
         return hover(x, y) ? CHANGED : UNCHANGED;
+    }
     if (m_button != LEFT)
         return UNCHANGED;
     auto renderer = component<SCRenderer>(qrnsg::SCHEMA_RENDERER);

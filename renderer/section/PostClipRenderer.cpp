@@ -22,11 +22,6 @@ qrnsg::PLMaterial lineMaterial(const std::array<float, 4>& colour, float width) 
     return material;
 }
 
-template <class T>
-std::shared_ptr<T> fetchAs(const std::shared_ptr<qrn::IDocument>& document, short type) {
-    return document ? std::dynamic_pointer_cast<T>(document->getSchema(type)) : nullptr;
-}
-
 } // namespace
 
 PostClipRenderer::PostClipRenderer(std::shared_ptr<qrn::IDocument> document)
@@ -80,8 +75,8 @@ void drawSegment(const std::vector<float>& vertices, const std::vector<std::int3
 } // namespace
 
 void PostClipRenderer::render() const {
-    auto clipping = fetchAs<SCClipping>(m_document, qrnsg::SCHEMA_CLIPPING);
-    auto renderer = fetchAs<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
+    auto clipping = qrn::component<SCClipping>(m_document.lock(), qrnsg::SCHEMA_CLIPPING);
+    auto renderer = qrn::component<SCRenderer>(m_document.lock(), qrnsg::SCHEMA_RENDERER);
     if (!clipping || !renderer)
         return;
     const auto& settings = renderer->clip;
@@ -91,6 +86,8 @@ void PostClipRenderer::render() const {
     glDisable(GL_TEXTURE_2D);
     if (clipping->showProfile && !clipping->planeClipData.empty()) {
         glDisable(GL_CLIP_PLANE0);
+        // Client arrays: the caller's arrays and buffer binding come back afterwards.
+        glPushClientAttrib(GL_CLIENT_VERTEX_ARRAY_BIT);
         if (GLEW_VERSION_1_5)
             glBindBuffer(GL_ARRAY_BUFFER, 0);
         glEnableClientState(GL_VERTEX_ARRAY);
@@ -114,7 +111,7 @@ void PostClipRenderer::render() const {
             });
         }
         glPopAttrib();
-        glDisableClientState(GL_VERTEX_ARRAY);
+        glPopClientAttrib();
     }
     render(*clipping, *renderer, true);
     glPopAttrib();
@@ -158,19 +155,22 @@ void PostClipRenderer::render(const SCClipping& clipping, const SCRenderer& rend
 
 void PostClipRenderer::pick(std::shared_ptr<NamesInitializer> names,
                             std::shared_ptr<qrnsg::IPairVisitor> visitor) {
-    m_planeName = 0;
-    m_segmentNames.clear();
-    auto clipping = fetchAs<SCClipping>(m_document, qrnsg::SCHEMA_CLIPPING);
-    // A pick that does not look for tool drawables sees through the plane.
+    auto clipping = qrn::component<SCClipping>(m_document.lock(), qrnsg::SCHEMA_CLIPPING);
+    // A pick that does not look for tool drawables sees through the plane; the names stay
+    // those of the last pass that drew it (a kept view is read with them).
     if (!clipping || !names || clipping->planes.empty() || !visitor ||
         !(visitor->entityType() & 32))
         return;
+    m_planeName = 0;
+    m_segmentNames.clear();
     const bool wasOn = qrnglutils::ClipplaneUtils::toggleClipPlaneState(false);
     glPushAttrib(GL_DEPTH_BUFFER_BIT | GL_LINE_BIT | GL_POINT_BIT | GL_VIEWPORT_BIT);
     if (clipping->showProfile) {
         // Wide, for easy hits.
         glLineWidth(20.0f);
         glPointSize(20.0f);
+        // Client arrays: the caller's arrays and buffer binding come back afterwards.
+        glPushClientAttrib(GL_CLIENT_VERTEX_ARRAY_BIT);
         if (GLEW_VERSION_1_5)
             glBindBuffer(GL_ARRAY_BUFFER, 0);
         glEnableClientState(GL_VERTEX_ARRAY);
@@ -184,7 +184,7 @@ void PostClipRenderer::pick(std::shared_ptr<NamesInitializer> names,
             names->load(name);
             drawSegment(v, i, info);
         });
-        glDisableClientState(GL_VERTEX_ARRAY);
+        glPopClientAttrib();
     }
     // After the segments: a hit on both at one depth (selection mode knows no offset) is
     // the segment's.
@@ -208,8 +208,8 @@ void PostClipRenderer::pick(std::shared_ptr<NamesInitializer> names,
 }
 
 void PostClipRenderer::choose(const FilterResult& result) const {
-    auto clipping = fetchAs<SCClipping>(m_document, qrnsg::SCHEMA_CLIPPING);
-    auto renderer = fetchAs<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
+    auto clipping = qrn::component<SCClipping>(m_document.lock(), qrnsg::SCHEMA_CLIPPING);
+    auto renderer = qrn::component<SCRenderer>(m_document.lock(), qrnsg::SCHEMA_RENDERER);
     if (!clipping || !renderer)
         return;
     const auto& names = result.names();

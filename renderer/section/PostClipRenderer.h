@@ -41,7 +41,8 @@ private:
     template <class Draw>
     static void forEachSegment(const SCClipping& clipping, Draw&& draw);
 
-    std::shared_ptr<qrn::IDocument> m_document;
+    // Weak: the document holds this renderer through its renderer component.
+    std::weak_ptr<qrn::IDocument> m_document;
     std::shared_ptr<IRenderer> m_quad;
     std::shared_ptr<IRenderer> m_border;
     std::shared_ptr<IRenderer> m_profile;

@@ -29,11 +29,6 @@ using qrnsgutils::InstanceWalker;
 
 namespace {
 
-template <class T>
-std::shared_ptr<T> fetchAs(const std::shared_ptr<qrn::IDocument>& document, short type) {
-    return document ? std::dynamic_pointer_cast<T>(document->getSchema(type)) : nullptr;
-}
-
 // What a capped frame reads, fetched anew each time.
 struct Sources {
     std::shared_ptr<qrnsg::SCSceneRT> rt;
@@ -48,21 +43,21 @@ struct Sources {
     std::size_t drawables = 0;
 
     bool fetch(const std::shared_ptr<qrn::IDocument>& document) {
-        rt = fetchAs<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
-        renderer = fetchAs<SCRenderer>(document, qrnsg::SCHEMA_RENDERER);
-        clipping = fetchAs<SCClipping>(document, qrnsg::SCHEMA_CLIPPING);
-        strips = fetchAs<SCStripRenderer>(document, qrnsg::SCHEMA_STRIP_RENDERER);
-        lists = fetchAs<SCListRenderer>(document, qrnsg::SCHEMA_LIST_RENDERER);
-        if (!fetchAs<qrnsg::SCPmi>(document, qrnsg::SCHEMA_PMI) || !rt || !renderer || !clipping ||
-            !clipping->hasPlane() || (!strips && !lists))
+        rt = qrn::component<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
+        renderer = qrn::component<SCRenderer>(document, qrnsg::SCHEMA_RENDERER);
+        clipping = qrn::component<SCClipping>(document, qrnsg::SCHEMA_CLIPPING);
+        strips = qrn::component<SCStripRenderer>(document, qrnsg::SCHEMA_STRIP_RENDERER);
+        lists = qrn::component<SCListRenderer>(document, qrnsg::SCHEMA_LIST_RENDERER);
+        if (!qrn::component<qrnsg::SCPmi>(document, qrnsg::SCHEMA_PMI) || !rt || !renderer ||
+            !clipping || !clipping->hasPlane() || (!strips && !lists))
             return false;
         // The strip renderer first; the list renderer only without it.
         if (strips)
             lists.reset();
         drawables = strips ? strips->meshes.size() : lists->size();
-        scene = fetchAs<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE);
-        resources = fetchAs<qrnsg::SCSceneRes>(document, qrnsg::SCHEMA_SCENE_RES);
-        topology = fetchAs<qrnsg::SCSceneTopo>(document, qrnsg::SCHEMA_SCENE_TOPO);
+        scene = qrn::component<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE);
+        resources = qrn::component<qrnsg::SCSceneRes>(document, qrnsg::SCHEMA_SCENE_RES);
+        topology = qrn::component<qrnsg::SCSceneTopo>(document, qrnsg::SCHEMA_SCENE_TOPO);
         if (scene && !scene->meshes.empty())
             meshes = &scene->meshes;
         else if (resources && !resources->meshes.empty())
@@ -205,7 +200,7 @@ int side(const qrnsg::BBox& box, const qrnmath::Mat4* transform, const Vec4& pla
 
 void PreClipRenderer::drawCaps(const NamesInitializer* names) const {
     Sources sources;
-    if (!m_capQuad || !sources.fetch(m_document) || !sources.clipping->capped)
+    if (!m_capQuad || !sources.fetch(m_document.lock()) || !sources.clipping->capped)
         return;
     const SCClipping& clipping = *sources.clipping;
     const Vec4& plane = clipping.planes.front();
@@ -283,7 +278,9 @@ void PreClipRenderer::drawCaps(const NamesInitializer* names) const {
 
     // The caps lie a little behind the plane, so that the profile lines and the plane's own
     // quad, drawn on the plane later, are not lost in them.
-    glPushAttrib(GL_POLYGON_BIT | GL_LIGHTING_BIT | GL_SCISSOR_BIT | GL_ENABLE_BIT);
+    glPushAttrib(GL_POLYGON_BIT | GL_LIGHTING_BIT | GL_SCISSOR_BIT | GL_ENABLE_BIT |
+                 GL_COLOR_BUFFER_BIT | GL_STENCIL_BUFFER_BIT | GL_DEPTH_BUFFER_BIT |
+                 GL_CURRENT_BIT);
     glEnable(GL_POLYGON_OFFSET_FILL);
     glPolygonOffset(1.0f, 1.0f);
     glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_TRUE);
@@ -355,7 +352,7 @@ void PreClipRenderer::drawCaps(const NamesInitializer* names) const {
 
 void PreClipRenderer::render() const {
     Sources sources;
-    if (!sources.fetch(m_document))
+    if (!sources.fetch(m_document.lock()))
         return;
     glPlane(sources.clipping->planes.front());
     drawCaps(nullptr);
@@ -364,7 +361,7 @@ void PreClipRenderer::render() const {
 void PreClipRenderer::pick(std::shared_ptr<NamesInitializer> names,
                            std::shared_ptr<qrnsg::IPairVisitor>) {
     Sources sources;
-    if (!sources.fetch(m_document))
+    if (!sources.fetch(m_document.lock()))
         return;
     glPlane(sources.clipping->planes.front());
     // Selection mode makes no fragments, so it cannot count: caps are picked by the id pass.
@@ -378,7 +375,7 @@ void PreClipRenderer::choose(const FilterResult&) const {}
 std::vector<int> PreClipRenderer::openCutNodes() const {
     Sources sources;
     std::vector<int> nodes;
-    if (!sources.fetch(m_document) || !sources.meshes)
+    if (!sources.fetch(m_document.lock()) || !sources.meshes)
         return nodes;
     const Vec4& plane = sources.clipping->planes.front();
     InstanceWalker::walk(

@@ -39,7 +39,8 @@ private:
     void drawCaps(const NamesInitializer* names) const;
     const qrnsg::BBox& meshBox(const void* meshes, int drawable) const;
 
-    std::shared_ptr<qrn::IDocument> m_document;
+    // Weak: the document holds this renderer through its renderer component.
+    std::weak_ptr<qrn::IDocument> m_document;
     std::shared_ptr<IRenderer> m_capQuad;
     std::shared_ptr<qrnsg::IPairFunctor> m_visibility;
     // Per drawable: its box, computed when first needed.

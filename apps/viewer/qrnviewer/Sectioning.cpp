@@ -40,18 +40,14 @@ private:
     std::function<void(const std::string&)> m_say;
 };
 
-template <class T>
-std::shared_ptr<T> fetch(const std::shared_ptr<qrn::IDocument>& document, short type) {
-    return document ? std::dynamic_pointer_cast<T>(document->getSchema(type)) : nullptr;
-}
 } // namespace
 
 Sectioning::Sectioning(std::shared_ptr<qrn::IDocument> document,
                        std::shared_ptr<qrngl::Cursor> cursor)
     : m_document(std::move(document)),
       m_clip(std::make_shared<qrngl::ClipManipulator>(m_document, std::move(cursor))) {
-    auto clipping = fetch<SCClipping>(m_document, qrnsg::SCHEMA_CLIPPING);
-    auto scene = fetch<qrnsg::SCScene>(m_document, qrnsg::SCHEMA_SCENE);
+    auto clipping = qrn::component<SCClipping>(m_document, qrnsg::SCHEMA_CLIPPING);
+    auto scene = qrn::component<qrnsg::SCScene>(m_document, qrnsg::SCHEMA_SCENE);
     if (clipping && !clipping->profiler) {
         // Points closer than a millionth of the model count as one.
         const float tolerance = scene ? std::max(scene->bbox().diagonal() * 1e-6f, 1e-9f) : 1e-6f;
@@ -59,13 +55,13 @@ Sectioning::Sectioning(std::shared_ptr<qrn::IDocument> document,
     }
     m_report = std::make_shared<Report>([this](const std::string& text) { say(text); });
     m_clip->setApp(m_report);
-    if (auto renderer = fetch<qrngl::SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER))
+    if (auto renderer = qrn::component<qrngl::SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER))
         renderer->addManipulator(m_clip);
 }
 
 Sectioning::~Sectioning() {
     m_clip->setApp(nullptr);
-    if (auto renderer = fetch<qrngl::SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER)) {
+    if (auto renderer = qrn::component<qrngl::SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER)) {
         m_clip->init();
         renderer->removeManipulator(m_clip);
     }
@@ -105,18 +101,19 @@ void Sectioning::cut(int axis) {
     if (axis >= 0 && axis < 3)
         m_clip->setClipType(kTypes[axis]);
     else if (axis >= 3)
-        qrngl::SectionActivator(fetch<qrngl::SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER),
-                                fetch<qrnsg::SCPmi>(m_document, qrnsg::SCHEMA_PMI))
+        qrngl::SectionActivator(
+            qrn::component<qrngl::SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER),
+            qrn::component<qrnsg::SCPmi>(m_document, qrnsg::SCHEMA_PMI))
             .execute(axis - 3);
 }
 
 int Sectioning::sections() const {
-    auto pmi = fetch<qrnsg::SCPmi>(m_document, qrnsg::SCHEMA_PMI);
+    auto pmi = qrn::component<qrnsg::SCPmi>(m_document, qrnsg::SCHEMA_PMI);
     return pmi ? static_cast<int>(pmi->sections.size()) : 0;
 }
 
 bool Sectioning::apply(const Settings& settings, std::string& error) {
-    auto clipping = fetch<SCClipping>(m_document, qrnsg::SCHEMA_CLIPPING);
+    auto clipping = qrn::component<SCClipping>(m_document, qrnsg::SCHEMA_CLIPPING);
     if (!clipping || settings.axis < 0)
         return true;
     clipping->capped = settings.caps != OFF;
@@ -154,7 +151,7 @@ bool Sectioning::apply(const Settings& settings, std::string& error) {
 }
 
 bool Sectioning::key(unsigned int key, bool shift) {
-    auto clipping = fetch<SCClipping>(m_document, qrnsg::SCHEMA_CLIPPING);
+    auto clipping = qrn::component<SCClipping>(m_document, qrnsg::SCHEMA_CLIPPING);
     if (!clipping)
         return false;
     switch (key) {
@@ -186,7 +183,7 @@ bool Sectioning::key(unsigned int key, bool shift) {
     default:
         return false;
     }
-    if (auto renderer = fetch<qrngl::SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER))
+    if (auto renderer = qrn::component<qrngl::SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER))
         renderer->update();
     say(describe());
     const std::string open = uncapped();
@@ -196,8 +193,8 @@ bool Sectioning::key(unsigned int key, bool shift) {
 }
 
 bool Sectioning::pointOnCut(int x, int y, Vec3& point) const {
-    auto clipping = fetch<SCClipping>(m_document, qrnsg::SCHEMA_CLIPPING);
-    auto renderer = fetch<qrngl::SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
+    auto clipping = qrn::component<SCClipping>(m_document, qrnsg::SCHEMA_CLIPPING);
+    auto renderer = qrn::component<qrngl::SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER);
     if (!clipping || !clipping->hasPlane() || !renderer)
         return false;
     const auto inverse = qrnmath::MatrixUtils::inverse(
@@ -210,13 +207,13 @@ bool Sectioning::pointOnCut(int x, int y, Vec3& point) const {
 }
 
 std::string Sectioning::describe() const {
-    auto clipping = fetch<SCClipping>(m_document, qrnsg::SCHEMA_CLIPPING);
+    auto clipping = qrn::component<SCClipping>(m_document, qrnsg::SCHEMA_CLIPPING);
     if (!clipping || !clipping->hasPlane())
         return "no cut";
     std::wstring offset;
     qrnglutils::ClipplaneUtils::getOffsetDist(
-        clipping, fetch<qrnsg::SCInfo>(m_document, qrnsg::SCHEMA_INFO), offset, 2);
-    auto pmi = fetch<qrnsg::SCPmi>(m_document, qrnsg::SCHEMA_PMI);
+        clipping, qrn::component<qrnsg::SCInfo>(m_document, qrnsg::SCHEMA_INFO), offset, 2);
+    auto pmi = qrn::component<qrnsg::SCPmi>(m_document, qrnsg::SCHEMA_PMI);
     const auto section = m_axis - 3;
     std::string text =
         m_axis >= 0 && m_axis < 3 ? std::string("cut along ") + kAxes[m_axis]
@@ -235,7 +232,7 @@ std::string Sectioning::describe() const {
 }
 
 std::string Sectioning::uncapped() const {
-    auto topology = fetch<qrnsg::SCSceneTopo>(m_document, qrnsg::SCHEMA_SCENE_TOPO);
+    auto topology = qrn::component<qrnsg::SCSceneTopo>(m_document, qrnsg::SCHEMA_SCENE_TOPO);
     std::string names;
     std::size_t count = 0;
     for (int node : m_clip->preRenderer()->openCutNodes()) {

@@ -15,4 +15,11 @@ public:
     virtual std::shared_ptr<qrnsg::Schema> getSchema(short type) = 0;
 };
 
+// The component of that number as its class: empty without a document, without the component
+// or when it is of another class. Fetched anew by every operation, never kept.
+template <class T>
+std::shared_ptr<T> component(const std::shared_ptr<IDocument>& document, short type) {
+    return document ? std::dynamic_pointer_cast<T>(document->getSchema(type)) : nullptr;
+}
+
 } // namespace qrn

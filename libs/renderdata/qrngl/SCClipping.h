@@ -47,9 +47,6 @@ public:
     CapMode capMode = PART_COLOURS;
     // Caps crossed by lines, as drawings show cut material.
     bool hatched = false;
-    // The nodes whose cut could not be capped (their meshes do not bound a solid), as the
-    // last capped frame found them.
-    std::vector<int> uncappedNodes;
 };
 
 } // namespace qrngl

@@ -25,12 +25,18 @@ void SCListRenderer::build(const std::vector<qrnsg::Mesh>& meshes) {
             continue;
         glNewList(list, GL_COMPILE);
         glBegin(GL_TRIANGLES);
-        for (unsigned int index : mesh.indices) {
-            if (index >= mesh.vertices.size())
+        for (std::size_t t = 0; t + 2 < mesh.indices.size(); t += 3) {
+            // A triangle with an index past the vertices is left out whole.
+            if (mesh.indices[t] >= mesh.vertices.size() ||
+                mesh.indices[t + 1] >= mesh.vertices.size() ||
+                mesh.indices[t + 2] >= mesh.vertices.size())
                 continue;
-            if (index < mesh.normals.size())
-                glNormal3fv(mesh.normals[index].data());
-            glVertex3fv(mesh.vertices[index].data());
+            for (std::size_t k = t; k < t + 3; ++k) {
+                const unsigned int index = mesh.indices[k];
+                if (index < mesh.normals.size())
+                    glNormal3fv(mesh.normals[index].data());
+                glVertex3fv(mesh.vertices[index].data());
+            }
         }
         glEnd();
         glEndList();

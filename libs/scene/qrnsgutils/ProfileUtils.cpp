@@ -112,10 +112,11 @@ bool ProfileUtils::intersect(int node, std::vector<float>& vertices, std::vector
                 local[c] = m[4 * c] * m_plane[0] + m[4 * c + 1] * m_plane[1] +
                            m[4 * c + 2] * m_plane[2] + m[4 * c + 3] * m_plane[3];
         }
+        // A placement that scales by s shrinks world distances to local ones by 1/s.
         const float scale = Vec3(local[0], local[1], local[2]).length() /
                             std::max(Vec3(m_plane[0], m_plane[1], m_plane[2]).length(), 1e-30f);
         intersectMesh(m_meshes[static_cast<std::size_t>(instance.drawable)], local,
-                      m_tolerance * scale, instance.transform, segments);
+                      m_tolerance / std::max(scale, 1e-30f), instance.transform, segments);
     }
     // Welds points closer than the tolerance, so that the segments join into closed lines.
     std::map<std::tuple<long long, long long, long long>, int> welded;

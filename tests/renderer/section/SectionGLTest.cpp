@@ -123,7 +123,14 @@ TEST_F(SectionGLTest, CapsFillTheCutOfClosedSolidsOnly) {
             EXPECT_TRUE(near(pixel(80, 60), row.colour, 3)) << pixel(80, 60);
         }
         // Beside the box the plane's quad shows, no cap.
-        EXPECT_FALSE(near(pixel(64, 60), row.colour, 30)) << pixel(64, 60);
+        EXPECT_FALSE(near(pixel(64, 60), row.cap ? row.colour : partRed, 30)) << pixel(64, 60);
+        // The frame leaves no capping state behind, and the plane off for what comes next.
+        GLboolean mask[4] = {GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE};
+        glGetBooleanv(GL_COLOR_WRITEMASK, mask);
+        EXPECT_TRUE(mask[0] && mask[1] && mask[2] && mask[3]);
+        EXPECT_FALSE(glIsEnabled(GL_STENCIL_TEST));
+        EXPECT_FALSE(glIsEnabled(GL_VERTEX_ARRAY));
+        EXPECT_FALSE(glIsEnabled(GL_CLIP_PLANE0));
         EXPECT_EQ(clip->preRenderer()->openCutNodes(),
                   row.closed ? std::vector<int>{} : std::vector<int>{a});
     }
@@ -247,6 +254,11 @@ TEST_F(SectionGLTest, TheGrabbedPlaneMovesWithinTheModelsSphere) {
     EXPECT_TRUE(app->said.empty());
     EXPECT_EQ(clip->mouseButtonUp(UNCHANGED, 0, qrngl::LEFT, 104, 60), CHANGED);
     EXPECT_EQ(app->said, L"Offset: 6.00 mm");
+    // A release an earlier tool took leaves no button held: the pointer moving on moves
+    // nothing.
+    EXPECT_EQ(clip->mouseButtonDown(UNCHANGED, qrngl::KEY_LBUTTON, qrngl::LEFT, 104, 60), CHANGED);
+    clip->mouseMotion(0, 110, 60);
+    EXPECT_NEAR(planeX(), 6.0f, 0.02f);
 
     // Arrows: up and down by 1 % of the radius along the normal, reversed when flipped and,
     // for the plane of type 0, once more; left and right only consume the key.
