@@ -13,7 +13,7 @@ void OGLPickCanvas::Set(int x, int y, int size, unsigned short type) {
     m_y = y;
     m_size = size;
     m_type = type;
-    m_buffer.fill(0);
+    m_buffer.assign(BUFFER_SIZE, 0u);
     m_hits.clear();
 }
 
@@ -24,7 +24,7 @@ const std::vector<PickResult>& OGLPickCanvas::Get() const {
 void OGLPickCanvas::SetPickBox(int, int, int size, unsigned short type) {
     m_size = size;
     m_type = type;
-    m_buffer.fill(0);
+    m_buffer.assign(BUFFER_SIZE, 0u);
     m_hits.clear();
 }
 

@@ -4,7 +4,6 @@
 #include "qrngl/frame/CanvasBase.h"
 #include "qrngl/qrngl_export.h"
 
-#include <array>
 #include <vector>
 
 namespace qrngl {
@@ -13,7 +12,10 @@ namespace qrngl {
 // returns every named entity drawn inside the pick region, hidden or not, with its depths.
 class QRNGL_EXPORT OGLPickCanvas : public CanvasBase<IPickCanvas> {
 public:
-    enum : int { BUFFER_SIZE = 512 };
+    // The selection buffer starts at BUFFER_SIZE entries; a pass that overflows it draws
+    // again into one four times larger, up to MAX_BUFFER_SIZE, so that a box over many
+    // entities returns them all.
+    enum : int { BUFFER_SIZE = 512, MAX_BUFFER_SIZE = 1 << 24 };
 
     OGLPickCanvas(std::shared_ptr<IRenderContext> context,
                   std::shared_ptr<qrn::IDocument> document);
@@ -28,7 +30,7 @@ public:
     void processHits(int count) const;
 
 protected:
-    mutable std::array<unsigned int, BUFFER_SIZE> m_buffer{};
+    mutable std::vector<unsigned int> m_buffer = std::vector<unsigned int>(BUFFER_SIZE, 0u);
     int m_x = 0;
     int m_y = 0;
     int m_size = 0;

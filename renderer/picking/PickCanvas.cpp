@@ -38,25 +38,31 @@ void PickCanvas::pass(double cx, double cy, double width, double height, bool fr
     glPushMatrix();
     glMatrixMode(GL_MODELVIEW);
     glPushMatrix();
-    glSelectBuffer(BUFFER_SIZE, m_buffer.data());
-    glRenderMode(GL_SELECT);
-    glPushAttrib(GL_ALL_ATTRIB_BITS);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    glEnable(GL_DEPTH_TEST);
-    glEnable(GL_POLYGON_OFFSET_FILL);
-    glDisable(GL_LIGHTING);
-    glDisable(GL_BLEND);
-    pick.loadMatrices(cx, cy, width, height);
-    pick.draw(NamesInitializer::SELECTION, m_type);
-    glPopAttrib();
-    const GLint count = glRenderMode(GL_RENDER);
+    GLint count = -1;
+    // An overflowing buffer returns -1: the pass is drawn again into a larger one.
+    while (true) {
+        glSelectBuffer(static_cast<GLsizei>(m_buffer.size()), m_buffer.data());
+        glRenderMode(GL_SELECT);
+        glPushAttrib(GL_ALL_ATTRIB_BITS);
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        glEnable(GL_DEPTH_TEST);
+        glEnable(GL_POLYGON_OFFSET_FILL);
+        glDisable(GL_LIGHTING);
+        glDisable(GL_BLEND);
+        pick.loadMatrices(cx, cy, width, height);
+        pick.draw(NamesInitializer::SELECTION, m_type);
+        glPopAttrib();
+        count = glRenderMode(GL_RENDER);
+        if (count >= 0 || m_buffer.size() >= static_cast<std::size_t>(MAX_BUFFER_SIZE))
+            break;
+        m_buffer.assign(m_buffer.size() * 4, 0u);
+    }
     glMatrixMode(GL_PROJECTION);
     glPopMatrix();
     glMatrixMode(GL_MODELVIEW);
     glPopMatrix();
     if (m_context)
         m_context->deactivate();
-    // An overflowing buffer returns -1, which gives no hits.
     processHits(count);
 }
 

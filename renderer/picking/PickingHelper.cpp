@@ -3,6 +3,7 @@
 #include "qrngl/frame/CanvasBase.h"
 #include "qrngl/picking/PickPass.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace qrngl {
@@ -71,6 +72,14 @@ void PickingHelper::pickbox(std::shared_ptr<SCRenderer>& renderer, std::shared_p
     if (!renderer || !renderer->pickCanvas || !renderer->camera)
         return;
     const auto& canvas = renderer->pickCanvas;
+    // Only the window can hold hits: a rectangle dragged out past it is cut to it before
+    // anything is sized from it.
+    const int w = static_cast<int>(renderer->camera->viewportWidth());
+    const int h = static_cast<int>(renderer->camera->viewportHeight());
+    x0 = std::clamp(x0, 0, w);
+    x1 = std::clamp(x1, 0, w);
+    y0 = std::clamp(y0, 0, h);
+    y1 = std::clamp(y1, 0, h);
     const int width = std::abs(x1 - x0);
     const int height = std::abs(y1 - y0);
     int x = 0, y = 0;

@@ -102,8 +102,11 @@ void UCPickCanvas::walk(const std::vector<std::uint32_t>& square, int size,
 }
 
 const std::vector<PickResult>& UCPickCanvas::Get() const {
-    if (m_square.empty())
+    // No square, no hits: not what the last box pick left.
+    if (m_square.empty()) {
+        m_hits.clear();
         return m_hits;
+    }
     m_hits.clear();
     walk(m_square, m_size, m_hits);
     return m_hits;

@@ -15,6 +15,7 @@
 #include "qrnviewer/MouseStyle.h"
 
 #include <algorithm>
+#include <exception>
 
 namespace qrnviewer {
 
@@ -208,12 +209,19 @@ void EventRouter::route(const InputEvent& e) {
     }
 
     FrameStatus status = qrngl::UNCHANGED;
-    if (e.kind == InputEvent::BUTTON_DOWN && e.button == qrngl::LEFT &&
-        m_camera->getOperation() == qrngl::IEventInterpreter::NORMALVIEW) {
-        // The normal-view click starts a view animation: one undo step, as the view keys give.
-        animate([&] { status = routeToChain(e, repeat); });
-    } else {
-        status = routeToChain(e, repeat);
+    // No event may end the viewer: a tool that fails (out of memory) loses that one event.
+    try {
+        if (e.kind == InputEvent::BUTTON_DOWN && e.button == qrngl::LEFT &&
+            m_camera->getOperation() == qrngl::IEventInterpreter::NORMALVIEW) {
+            // The normal-view click starts a view animation: one undo step, as the view keys
+            // give.
+            animate([&] { status = routeToChain(e, repeat); });
+        } else {
+            status = routeToChain(e, repeat);
+        }
+    } catch (const std::exception& error) {
+        say(std::string("an input event failed and was dropped: ") + error.what());
+        status = qrngl::CHANGED;
     }
     Input::setTouchMessage(false);
     if (e.kind == InputEvent::PAN) {
@@ -223,8 +231,13 @@ void EventRouter::route(const InputEvent& e) {
     }
     if (status == qrngl::CHANGED)
         m_repaint = true;
-    if (e.kind == InputEvent::KEY_DOWN && status == qrngl::UNCHANGED)
-        command(e.key, repeat);
+    if (e.kind == InputEvent::KEY_DOWN && status == qrngl::UNCHANGED) {
+        try {
+            command(e.key, repeat);
+        } catch (const std::exception& error) {
+            say(std::string("a key command failed: ") + error.what());
+        }
+    }
     if (e.kind == InputEvent::BUTTON_DOWN || e.kind == InputEvent::BUTTON_UP ||
         e.kind == InputEvent::KEY_DOWN || e.kind == InputEvent::KEY_UP)
         updateCursor();

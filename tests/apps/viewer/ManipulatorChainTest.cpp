@@ -169,3 +169,32 @@ TEST_F(ManipulatorChainTest, ADragThatMovedTheViewIsNoClickForTheToolsAfterIt) {
 }
 
 } // namespace
+
+namespace {
+
+// A tool whose press runs out of memory.
+class Failing : public qrngl::IManipulator {
+public:
+    Failing() : IManipulator(nullptr) {}
+    FrameStatus mouseButtonDown(FrameStatus, unsigned int, qrngl::MouseButton, int, int) override {
+        throw std::bad_alloc();
+    }
+    short order() const override { return 300; }
+};
+
+TEST_F(ManipulatorChainTest, AToolThatFailsLosesItsEventNotTheViewer) {
+    std::vector<std::string> said;
+    router->setMessageSink([&](const std::string& text) { said.push_back(text); });
+    auto failing = std::make_shared<Failing>();
+    renderer->addManipulator(failing);
+    EXPECT_NO_THROW(send(InputEvent::BUTTON_DOWN, qrngl::KEY_LBUTTON, 100, 100));
+    ASSERT_FALSE(said.empty());
+    EXPECT_NE(said.back().find("an input event failed and was dropped"), std::string::npos)
+        << said.back();
+    renderer->removeManipulator(failing);
+    // A box selection released far outside the window selects what the window holds.
+    router->setOperation(IE::BOXSELECT);
+    EXPECT_NO_THROW(drag(40000));
+}
+
+} // namespace

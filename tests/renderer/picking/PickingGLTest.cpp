@@ -136,6 +136,27 @@ TEST_P(PickingGLTest, ABoxPickReturnsTheEntitiesInside) {
     }
 }
 
+TEST_P(PickingGLTest, BoxesPastTheWindowOrOverManyEntitiesReturnAllTheyHold) {
+    // Dragged out far past the window: cut to it, not sized from it.
+    std::set<unsigned int> far, inside;
+    EXPECT_NO_THROW(far = boxPick(60, 40, 100000, 100000, 3));
+    inside = boxPick(60, 40, 160, 120, 3);
+    EXPECT_EQ(far, inside);
+    EXPECT_TRUE(far.count(name(a, EntityNames::FACE, 4)));
+    // The colour-id canvases have no point square yet: no hits, not the box's.
+    if (GetParam() != SELECTION) {
+        EXPECT_TRUE(canvas->Get().empty());
+    }
+    // 30 more boxes: 806 entities, far more than 512 selection-buffer entries hold.
+    for (int i = 0; i < 30; ++i)
+        doc.addBoxPart(L"small", qrnmath::Vec3(-35.0f + 2.5f * i, -30.0f, 0.0f), 1.0f, 0);
+    const auto all = boxPick(0, 0, 160, 120, 7);
+    if (GetParam() == SELECTION)
+        EXPECT_EQ(all.size(), 32u * 26u) << "every face, edge and vertex, hidden ones too";
+    else
+        EXPECT_GT(all.size(), 30u * 2u);
+}
+
 TEST_P(PickingGLTest, APickLeavesTheFrameAndTheStateAsTheyWere) {
     auto frame = std::make_shared<qrngl::Canvas>(context, doc.document);
     frame->OnSize(0, 0, width(), height());
