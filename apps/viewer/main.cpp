@@ -55,6 +55,8 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "qrnview: %s\n", error.c_str());
         return 1;
     }
+    if (!options.replay.empty() && events.empty())
+        std::printf("qrnview: %s holds no events: nothing replayed\n", options.replay.c_str());
 
     qrnviewer::TerminalStatus status;
     qrnimport::ModelData model;

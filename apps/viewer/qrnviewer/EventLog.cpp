@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -46,17 +47,25 @@ const char* kindName(const InputEvent& e) {
     return "?";
 }
 
-// Whole-token integers only: "12x" is a mistake, not 12.
+// Whole-token integers only: "12x" is a mistake, not 12. Decimal, or hexadecimal after 0x (the
+// flags are written so); a leading zero is no octal.
 bool toLong(const std::string& text, long long min, long long max, long long& value) {
     if (text.empty())
         return false;
+    const bool hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
     errno = 0;
     char* end = nullptr;
-    const long long v = std::strtoll(text.c_str(), &end, 0);
-    if (errno != 0 || *end != '\0' || v < min || v > max)
+    const long long v = std::strtoll(text.c_str(), &end, hex ? 16 : 10);
+    // A NUL inside the token ends the C string early: the whole token must be read.
+    if (errno != 0 || end != text.c_str() + text.size() || v < min || v > max)
         return false;
     value = v;
     return true;
+}
+
+// A field as an error quotes it: long ones cut short.
+std::string shortField(const std::string& field) {
+    return "'" + (field.size() > 40 ? field.substr(0, 40) + "..." : field) + "'";
 }
 
 } // namespace
@@ -87,15 +96,17 @@ bool EventLog::parseLine(const std::string& line, InputEvent& e, std::string& er
         return false;
     }
     long long v = 0;
-    if (!toLong(f[0], 0, 1LL << 50, v)) {
-        error = "bad time '" + f[0] + "'";
+    // Times run from the log's start, at most a day: a replay takes bounded time whatever
+    // runs in it (a spin steps on every timer tick of a wait).
+    if (!toLong(f[0], 0, EventLog::MAX_TIME, v)) {
+        error = "bad time " + shortField(f[0]) + " (milliseconds from the start, at most a day)";
         return false;
     }
     e.time = static_cast<std::uint64_t>(v);
     const KindName* kind = std::find_if(std::begin(kKinds), std::end(kKinds),
                                         [&](const KindName& k) { return f[1] == k.name; });
     if (kind == std::end(kKinds)) {
-        error = "unknown kind '" + f[1] + "'";
+        error = "unknown kind " + shortField(f[1]);
         return false;
     }
     e.kind = kind->kind;
@@ -104,7 +115,11 @@ bool EventLog::parseLine(const std::string& line, InputEvent& e, std::string& er
     while (button < 3 && f[2] != kButtons[button])
         ++button;
     if (button == 3 && (isButtonEvent(e.kind) || f[2] != "-")) {
-        error = "bad button '" + f[2] + "'";
+        error = "bad button " + shortField(f[2]);
+        return false;
+    }
+    if (!isButtonEvent(e.kind) && f[2] != "-") {
+        error = std::string("a ") + kind->name + " has no button (" + f[2] + " given)";
         return false;
     }
     e.button = static_cast<qrngl::MouseButton>(button == 3 ? 0 : button);
@@ -120,7 +135,7 @@ bool EventLog::parseLine(const std::string& line, InputEvent& e, std::string& er
     long long n[5] = {};
     for (int i = 0; i < 5; ++i)
         if (!toLong(numbers[i].text, numbers[i].min, numbers[i].max, n[i])) {
-            error = std::string("bad ") + numbers[i].what + " '" + numbers[i].text + "'";
+            error = std::string("bad ") + numbers[i].what + " " + shortField(numbers[i].text);
             return false;
         }
     e.flags = static_cast<unsigned int>(n[0]);
@@ -135,6 +150,9 @@ bool EventLog::parse(std::istream& in, std::vector<InputEvent>& events, std::str
     std::vector<InputEvent> parsed;
     std::string line;
     for (int number = 1; std::getline(in, line); ++number) {
+        // An editor's UTF-8 byte-order mark is no part of the first line.
+        if (number == 1 && line.compare(0, 3, "\xEF\xBB\xBF") == 0)
+            line.erase(0, 3);
         const auto first = line.find_first_not_of(" \t\r");
         if (first == std::string::npos || line[first] == '#')
             continue;
@@ -155,6 +173,11 @@ bool EventLog::parse(std::istream& in, std::vector<InputEvent>& events, std::str
 }
 
 bool EventLog::read(const std::string& path, std::vector<InputEvent>& events, std::string& error) {
+    std::error_code code;
+    if (std::filesystem::is_directory(path, code)) {
+        error = "cannot read event log " + path + ": it is a folder";
+        return false;
+    }
     std::ifstream in(path);
     if (!in) {
         error = "cannot read event log " + path + ": " + std::strerror(errno);

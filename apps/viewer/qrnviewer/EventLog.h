@@ -27,6 +27,9 @@ namespace qrnviewer {
 // skipped.
 class EventLog {
 public:
+    // The latest time a log may give: a day, in milliseconds.
+    static constexpr long long MAX_TIME = 24LL * 60 * 60 * 1000;
+
     static const char* header();
     static std::string format(const InputEvent& event);
     // False with the reason in error (naming the line) at the first line that does not parse.

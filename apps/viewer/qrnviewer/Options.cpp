@@ -174,6 +174,10 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
         } else if (arg == "--replay") {
             if (!value(o.replay))
                 return false;
+            if (o.replay.empty()) {
+                error = "--replay needs an event log, not an empty name";
+                return false;
+            }
         } else if (arg == "--record") {
             if (!value(o.record))
                 return false;

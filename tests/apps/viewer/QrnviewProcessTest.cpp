@@ -91,11 +91,26 @@ TEST(QrnviewProcessTest, RefusesBadCommandLinesAndBadInput) {
                              "--section y@2mm",
                              "--flip",
                              "--caps part",
-                             "--section x --caps none"}) {
+                             "--section x --caps none",
+                             "--replay '' --snapshot x.png"}) {
         const ProcessResult run = qrnview(args);
         EXPECT_EQ(run.exitCode, 2) << args << "\n" << run.output;
         EXPECT_THAT(run.output, HasSubstr("qrnview: ")) << args;
         EXPECT_THAT(run.output, HasSubstr("usage: qrnview")) << args;
+    }
+    // An event log that is a folder is refused; an empty one replays nothing, and says so.
+    {
+        TempDir logs;
+        fs::create_directories(logs.path / "folder.log");
+        std::ofstream(logs.file("empty.log")) << "# qrnview event log\n";
+        ProcessResult run = qrnview("--replay " + logs.quoted("folder.log") + " --snapshot " +
+                                    logs.quoted("f.png") + " --size 64x48");
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_THAT(run.output, HasSubstr("it is a folder"));
+        run = qrnview("--replay " + logs.quoted("empty.log") + " --snapshot " +
+                      logs.quoted("e.png") + " --size 64x48");
+        EXPECT_EQ(run.exitCode, 0) << run.output;
+        EXPECT_THAT(run.output, HasSubstr("holds no events: nothing replayed"));
     }
     const ProcessResult help = qrnview("--help");
     EXPECT_EQ(help.exitCode, 0);

@@ -302,14 +302,31 @@ TEST(EventLogTest, ReadsTheDocumentedLinesAndNamesTheBadOne) {
         EXPECT_EQ(qrnviewer::EventLog::format(events[i]), lines[i]);
     EXPECT_TRUE(events[1].touch && events[2].touch && !events[7].touch);
     EXPECT_EQ(events[4].kind, InputEvent::ZOOM);
-    for (const char* bad :
-         {"5 down - 0x01 1 2 0 0", "5 drag left 0x01 1 2 0 0", "5 move - 0x01 1 2 0",
-          "5 keydown - 0 0 0 0 300", "5 move - 0x01 1 2x 0 0", "1 wait - 0 0 0 0 0",
-          "5 touchdown - 0x01 1 2 0 0", "5 pan left 0x01 1 2 0 0"}) {
-        std::istringstream in(std::string("# header\n9 move - 0 0 0 0 0\n") + bad + "\n");
-        EXPECT_FALSE(qrnviewer::EventLog::parse(in, events, error)) << bad;
-        EXPECT_NE(error.find("line 3"), std::string::npos) << bad << ": " << error;
+    for (const std::string& bad : std::vector<std::string>{
+             "5 down - 0x01 1 2 0 0", "5 drag left 0x01 1 2 0 0", "5 move - 0x01 1 2 0",
+             "5 keydown - 0 0 0 0 300", "5 move - 0x01 1 2x 0 0", "1 wait - 0 0 0 0 0",
+             "5 touchdown - 0x01 1 2 0 0", "5 pan left 0x01 1 2 0 0",
+             std::string("5 move - 0 1\0"
+                         "2 2 0 0",
+                         20),
+             "86400001 wait - 0 0 0 0 0", "1125899906842624 wait - 0 0 0 0 0",
+             "5 " + std::string(10000000, 'x') + " - 0 0 0 0 0"}) {
+        // Line 2 is at time 3, so that only the bad line's own fault can refuse it.
+        std::istringstream in(std::string("# header\n3 move - 0 0 0 0 0\n") + bad + "\n");
+        EXPECT_FALSE(qrnviewer::EventLog::parse(in, events, error)) << bad.substr(0, 40);
+        EXPECT_NE(error.find("line 3"), std::string::npos) << error.substr(0, 200);
+        if (bad != "1 wait - 0 0 0 0 0") {
+            EXPECT_EQ(error.find("time goes back"), std::string::npos) << error;
+        }
+        EXPECT_LT(error.size(), 200u) << "a long field is not echoed whole";
     }
+    // Decimal numbers, not octal; an editor's byte-order mark is not part of the time.
+    events = parse("\xEF\xBB\xBF"
+                   "010 move - 0x10 010 0 0 0\n");
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(events[0].time, 10u);
+    EXPECT_EQ(events[0].x, 10);
+    EXPECT_EQ(events[0].flags, 16u);
 }
 
 } // namespace
