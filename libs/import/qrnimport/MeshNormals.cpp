@@ -234,4 +234,78 @@ void MeshNormals::appendWithCreases(const std::vector<Vec3>& points,
                 mesh.indices.push_back(cornerVertex[t * 3 + c]);
 }
 
+qrnsg::Polyline MeshNormals::featureEdges(const std::vector<Vec3>& points,
+                                          const std::vector<unsigned int>& indices,
+                                          float creaseAngle) {
+    // Each edge with the triangles on it, named by its two welded ends.
+    const std::vector<unsigned int> place = weld(points);
+    std::vector<Vec3> at; // a point of each place
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        if (place[i] >= at.size())
+            at.resize(place[i] + 1);
+        at[place[i]] = points[i];
+    }
+    std::vector<std::pair<std::uint64_t, unsigned int>> edges;
+    edges.reserve(indices.size());
+    std::vector<Vec3> unit;
+    for (std::size_t t = 0; t + 2 < indices.size(); t += 3) {
+        if (!valid(points, &indices[t]))
+            continue;
+        const auto triangle = static_cast<unsigned int>(unit.size());
+        unit.push_back(unitOr(areaNormal(points, &indices[t]), Vec3()));
+        for (unsigned int c = 0; c < 3; ++c) {
+            const std::uint64_t a = place[indices[t + c]], b = place[indices[t + (c + 1) % 3]];
+            if (a != b)
+                edges.emplace_back(std::min(a, b) << 32 | std::max(a, b), triangle);
+        }
+    }
+    std::sort(edges.begin(), edges.end());
+    const float cosCrease = std::cos(creaseAngle);
+    std::vector<std::pair<unsigned int, unsigned int>> shown;
+    for (std::size_t r = 0; r < edges.size();) {
+        std::size_t end = r + 1;
+        while (end < edges.size() && edges[end].first == edges[r].first)
+            ++end;
+        // A border (one triangle), a crease (two at an angle); where more than two meet, the
+        // mesh is no surface there and the edge shows too.
+        const bool feature =
+            end - r != 2 || unit[edges[r].second].dot(unit[edges[r + 1].second]) < cosCrease;
+        if (feature)
+            shown.emplace_back(static_cast<unsigned int>(edges[r].first >> 32),
+                               static_cast<unsigned int>(edges[r].first & 0xFFFFFFFFu));
+        r = end;
+    }
+    // Joined into strips: from each end, on while the next edge is the only one left there.
+    std::unordered_map<unsigned int, std::vector<std::size_t>> around;
+    for (std::size_t e = 0; e < shown.size(); ++e) {
+        around[shown[e].first].push_back(e);
+        around[shown[e].second].push_back(e);
+    }
+    std::vector<char> used(shown.size(), 0);
+    qrnsg::Polyline lines;
+    auto next = [&](unsigned int p) -> long long {
+        for (std::size_t e : around[p])
+            if (!used[e])
+                return static_cast<long long>(e);
+        return -1;
+    };
+    for (std::size_t e = 0; e < shown.size(); ++e) {
+        if (used[e])
+            continue;
+        used[e] = 1;
+        std::vector<unsigned int> strip{shown[e].first, shown[e].second};
+        for (long long n = next(strip.back()); n >= 0; n = next(strip.back())) {
+            used[static_cast<std::size_t>(n)] = 1;
+            const auto& s2 = shown[static_cast<std::size_t>(n)];
+            strip.push_back(s2.first == strip.back() ? s2.second : s2.first);
+        }
+        std::vector<Vec3> strip3;
+        strip3.reserve(strip.size());
+        for (unsigned int p : strip)
+            strip3.push_back(at[p]);
+        lines.addStrip(strip3);
+    }
+    return lines;
+}
+
 } // namespace qrnimport

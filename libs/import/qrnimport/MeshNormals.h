@@ -2,6 +2,7 @@
 
 #include "qrnmath/Tuple.h"
 #include "qrnsg/Mesh.h"
+#include "qrnsg/Polyline.h"
 
 #include <vector>
 
@@ -30,6 +31,11 @@ public:
     static void appendWithCreases(const std::vector<qrnmath::Vec3>& points,
                                   const std::vector<unsigned int>& indices, qrnsg::Mesh& mesh,
                                   float creaseAngle = kCreaseAngle);
+    // The edges a drawing of the triangles shows: where they meet at more than the crease
+    // angle, and where only one triangle has an edge (an open border); joined into strips.
+    static qrnsg::Polyline featureEdges(const std::vector<qrnmath::Vec3>& points,
+                                        const std::vector<unsigned int>& indices,
+                                        float creaseAngle = kCreaseAngle);
 };
 
 } // namespace qrnimport

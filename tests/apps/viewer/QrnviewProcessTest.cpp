@@ -131,6 +131,43 @@ TEST(QrnviewProcessTest, RefusesBadCommandLinesAndBadInput) {
     }
 }
 
+TEST(QrnviewProcessTest, AMeshOnlyModelShowsInEveryRenderMode) {
+    // A cube as bare triangles (ASCII STL): the edge views draw its twelve edges.
+    TempDir dir;
+    {
+        std::ofstream stl(dir.file("cube.stl"));
+        stl << "solid cube\n";
+        const int faces[6][4][3] = {{{0, 0, 0}, {0, 1, 0}, {1, 1, 0}, {1, 0, 0}},
+                                    {{0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}},
+                                    {{0, 0, 0}, {1, 0, 0}, {1, 0, 1}, {0, 0, 1}},
+                                    {{0, 1, 0}, {0, 1, 1}, {1, 1, 1}, {1, 1, 0}},
+                                    {{0, 0, 0}, {0, 0, 1}, {0, 1, 1}, {0, 1, 0}},
+                                    {{1, 0, 0}, {1, 1, 0}, {1, 1, 1}, {1, 0, 1}}};
+        for (const auto& f : faces)
+            for (int tri = 0; tri < 2; ++tri) {
+                stl << " facet normal 0 0 0\n  outer loop\n";
+                for (int k : {0, tri + 1, tri + 2})
+                    stl << "   vertex " << f[k][0] << " " << f[k][1] << " " << f[k][2] << "\n";
+                stl << "  endloop\n endfacet\n";
+            }
+        stl << "endsolid cube\n";
+    }
+    for (int presses : {2, 3}) { // V: shaded, wireframe, hidden line
+        std::ofstream log(dir.file("v.log"));
+        for (int i = 0; i < presses; ++i)
+            log << 10 * i << " keydown - 0 10 10 0 86\n" << 10 * i + 5 << " keyup - 0 10 10 0 86\n";
+        log.close();
+        const ProcessResult run =
+            qrnview(dir.quoted("cube.stl") + " --size 160x120 --replay " + dir.quoted("v.log") +
+                    " --snapshot " + dir.quoted("v.png"));
+        ASSERT_EQ(run.exitCode, 0) << run.output;
+        EXPECT_THAT(run.output, HasSubstr(presses == 2 ? "wireframe" : "hidden line"));
+        EXPECT_GT(pixels(loadPng(dir.file("v.png")), [](auto p) { return !background(p); }).count,
+                  100u)
+            << presses;
+    }
+}
+
 TEST(QrnviewProcessTest, DrawsTheDemoAndPicksNamesAndHighlightsWhatLiesAtAPixel) {
     // In the 320x240 iso view of the demo: a bolt's head, nothing.
     ProcessResult run = qrnview("--size 320x240 --pick 165,133 --pick 5,5 --select part");

@@ -277,8 +277,8 @@ TEST(ModelReaderTest, OtherFormatsRoundTrip) {
     } formats[] = {
         {"assembly.igs", 0, 0, 0, -1, 4, false, {35, 50, 25}},
         {"two_boxes.brep", 2, 1, 24, 12, 0, false, {14, 5, 6}},
-        {"cube_bin.stl", 1, 1, 12, 0, 0, false, {1, 1, 1}},
-        {"cube_ascii.STL", 1, 1, 12, 0, 0, false, {1, 1, 1}},
+        {"cube_bin.stl", 1, 1, 12, -1, 0, false, {1, 1, 1}},
+        {"cube_ascii.STL", 1, 1, 12, -1, 0, false, {1, 1, 1}},
         // Open CASCADE's glTF writer gives each instance a mesh of its own.
         {"assembly.glb", 5, 5, meshed, -1, 4, true, {35, 50, 25}},
         {"assembly.gltf", 5, 5, meshed, -1, 4, true, {35, 50, 25}},
@@ -307,6 +307,15 @@ TEST(ModelReaderTest, OtherFormatsRoundTrip) {
         EXPECT_TRUE(near(model.bbox().max(), f.max, 0.05f));
         if (f.parts == 1) { // flat sides: each corner once per side, wound outwards
             expectOutward(model.parts[0]);
+            // Triangles only, yet its twelve edges show, each once: not the diagonals.
+            const auto& edges = f.edges < 0 ? model.parts[0].edges : qrnsg::Polyline();
+            float length = 0.0f;
+            for (std::size_t i = 0; i + 1 < edges.points.size(); ++i)
+                if (std::find(edges.strips.begin(), edges.strips.end(), i + 1) ==
+                    edges.strips.end())
+                    length += edges.points[i].distance(edges.points[i + 1]);
+            EXPECT_NEAR(length, f.edges < 0 ? 12.0f : 0.0f, 1e-4f);
+            EXPECT_TRUE(f.edges >= 0 || model.parts[0].entities.edges.size() == edges.stripCount());
             EXPECT_EQ(model.parts[0].meshes.at(0).vertices.size(), 24u);
             EXPECT_EQ(model.nodes[0].name, fs::path(f.file).stem().wstring());
         }
