@@ -343,8 +343,8 @@ void setStepModes(STEPCAFControl_Reader& reader, bool pmi) {
     reader.SetViewMode(pmi);
 }
 
-// PMI that the reader throws or crashes on costs the PMI, not the model: the file is read
-// again without PMI and saved views.
+// PMI that the reader throws, crashes or fails on costs the PMI, not the model: the file is
+// read again without PMI and saved views.
 bool readStep(const std::string& path, DocumentGuard& document, const ModelReader::Options& options,
               qrn::IStatusManager* status, std::string& error) {
     std::string failure;
@@ -357,9 +357,11 @@ bool readStep(const std::string& path, DocumentGuard& document, const ModelReade
             return transferXcaf(reader, "STEP", path, document.doc, status, error);
         try {
             OCC_CATCH_SIGNALS
-            if (options.pmiTransferHook)
-                options.pmiTransferHook();
-            return transferXcaf(reader, "STEP", path, document.doc, status, error);
+            if ((!options.pmiTransferHook || options.pmiTransferHook()) &&
+                transferXcaf(reader, "STEP", path, document.doc, status, error))
+                return true;
+            failure = "its transfer failed";
+            error.clear();
         } catch (const Standard_Failure& e) {
             failure = describe(e);
         } catch (const std::exception& e) {

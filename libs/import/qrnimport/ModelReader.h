@@ -25,8 +25,9 @@ public:
         // meshed one after another, each on one thread.
         unsigned int meshThreads = 0;
         // Runs inside the STEP transfer that reads PMI, where a fault stands for one of the
-        // reader's own: tests throw or raise a signal from it.
-        std::function<void()> pmiTransferHook;
+        // reader's own: tests throw or raise a signal from it, or return false for a
+        // transfer that fails without a word.
+        std::function<bool()> pmiTransferHook;
     };
 
     // False with a message fit for the user in error: a missing or unreadable file, a file

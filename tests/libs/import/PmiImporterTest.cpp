@@ -223,21 +223,22 @@ TEST(PmiImporterWritten, PresentationComesBackAndAFailedPmiTransferCostsOnlyTheP
 
     const struct {
         const char* name;
-        std::function<void()> fail;
+        std::function<bool()> fail;
         const wchar_t* said;
     } cases[] = {
-        {"sound", [] {}, nullptr},
-        {"exception", [] { throw Standard_ProgramError("datum 3 has no target"); },
+        {"sound", [] { return true; }, nullptr},
+        {"exception", []() -> bool { throw Standard_ProgramError("datum 3 has no target"); },
          L"(Standard_ProgramError: datum 3 has no target)"},
+        {"silent failure", [] { return false; }, L"(its transfer failed)"},
 #ifndef _WIN32
-        {"signal", [] { std::raise(SIGSEGV); }, L"SIGSEGV"},
+        {"signal", [] { return std::raise(SIGSEGV) == 0; }, L"SIGSEGV"},
 #endif
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         int calls = 0;
         ModelReader::Options options;
-        options.pmiTransferHook = [&] { ++calls, c.fail(); };
+        options.pmiTransferHook = [&] { return ++calls, c.fail(); };
         ModelData model;
         std::string error;
         RecordingStatus status;
