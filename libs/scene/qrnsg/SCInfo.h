@@ -36,6 +36,8 @@ public:
     int rootNode = -1;
     // Set while the arrow keys belong to the host (they then never move a clip plane).
     bool arrowKeysReserved = false;
+    // How far exploded parts stand apart: 1 just clear of each other.
+    float explodeScale = 1.0f;
 };
 
 } // namespace qrnsg
