@@ -129,6 +129,7 @@ int main(int argc, char** argv) {
         settings.pmi = options.pmi;
         settings.savedView = savedView;
         settings.section = options.section;
+        settings.explode = options.explode;
         qrnviewer::ViewerWindow viewer(document, plugins);
         if (!viewer.run(settings, error)) {
             std::fprintf(stderr, "qrnview: %s\n", error.c_str());
@@ -139,10 +140,12 @@ int main(int argc, char** argv) {
 
     // The cut and the replay act through the tools the window would have.
     std::unique_ptr<qrnviewer::EventRouter> router;
-    if (!events.empty() || options.section.axis >= 0) {
+    if (!events.empty() || options.section.axis >= 0 || options.explode) {
         router = std::make_unique<qrnviewer::EventRouter>(document, nullptr, nullptr);
         router->setMessageSink(
             [](const std::string& text) { std::printf("qrnview: %s\n", text.c_str()); });
+        if (options.explode && !router->explosion().explodeFully(&status))
+            std::printf("qrnview: nothing to explode: the model is one part\n");
         if (!router->section().apply(options.section, error)) {
             std::fprintf(stderr, "qrnview: %s\n", error.c_str());
             return 2;

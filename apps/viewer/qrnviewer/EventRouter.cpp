@@ -13,6 +13,7 @@
 #include "qrnsg/SCView.h"
 #include "qrnviewer/EntityText.h"
 #include "qrnviewer/MouseStyle.h"
+#include "qrnviewer/TerminalStatus.h"
 
 #include <algorithm>
 #include <exception>
@@ -121,10 +122,18 @@ EventRouter::EventRouter(std::shared_ptr<qrn::IDocument> document, void* window,
     setMouseStyle(r ? r->mouseStyle : 0);
     m_section = std::make_unique<Sectioning>(m_document, m_cursor);
     m_section->setMessageSink([this](const std::string& text) { say(text); });
+    m_explosion = std::make_unique<Explosion>(m_document);
+    // Moved parts cut anew: a shown profile follows them.
+    m_explosion->setMoved([this] {
+        if (m_section->manipulator()->isProfile())
+            m_section->manipulator()->updateProfile();
+        m_repaint = true;
+    });
 }
 
 EventRouter::~EventRouter() {
     WindowTimer::killTimer(m_window, SPIN_TIMER);
+    WindowTimer::killTimer(m_window, EXPLODE_TIMER);
     m_section.reset();
     // The manipulators hold the frame, which holds the document: break the cycle.
     if (auto r = renderer()) {
@@ -331,6 +340,18 @@ void EventRouter::command(unsigned int key, bool repeat) {
             say(std::string("left button: ") + k.name);
             return;
         }
+    if (key == '0') {
+        TerminalStatus progress;
+        if (!m_explosion->next(&progress)) {
+            say("nothing to explode: the model is one part");
+            return;
+        }
+        WindowTimer::setTimer(m_window, EXPLODE_TIMER, qrngl::ViewState::TIMER_INTERVAL);
+        say(m_explosion->level() == 0 ? std::string("assembled")
+                                      : "exploded: level " + std::to_string(m_explosion->level()) +
+                                            " of " + std::to_string(m_explosion->levels()));
+        return;
+    }
     if (m_section->key(key, Input::isKeyDown(VK_SHIFT))) {
         m_repaint = true;
         return;
@@ -519,6 +540,10 @@ void EventRouter::tick(unsigned int id) {
         m_viewState->animate();
         m_repaint = true;
         recordFinishedAnimation();
+    } else if (id == EXPLODE_TIMER) {
+        if (!m_explosion->animate())
+            WindowTimer::killTimer(m_window, EXPLODE_TIMER);
+        m_repaint = true;
     } else if (id == SPIN_TIMER) {
         if (m_camera->spin() == qrngl::CHANGED)
             m_repaint = true;
@@ -550,6 +575,7 @@ const char* EventRouter::keyHelp() {
            "      A zoom to selection; D hide, I isolate selected; U show all\n"
            "      V render mode; O orthographic, perspective; C rotation centre\n"
            "      Ctrl+Z undo, Ctrl+Y redo; H help; Q quit\n"
+           "      0 explode one level further (after the last: assembled again)\n"
            "      L cut along X, Y, Z in turn, Shift+L no cut; J flip, Shift+J hatch;\n"
            "      K caps in part colours, one colour, off; Shift+K profile; rest the\n"
            "      pointer on the plane, then drag or press up, down to move it\n";

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "qrngl/interaction/CameraManipulator.h"
+#include "qrnviewer/Explosion.h"
 #include "qrnviewer/HostFrame.h"
 #include "qrnviewer/InputEvent.h"
 #include "qrnviewer/PmiDisplay.h"
@@ -36,7 +37,7 @@ class EventRouter {
 public:
     using Operation = qrngl::CameraManipulator::Operation;
     // The host's own timer that keeps a released spin turning.
-    enum : unsigned int { SPIN_TIMER = 102 };
+    enum : unsigned int { SPIN_TIMER = 102, EXPLODE_TIMER = 103 };
     // Zoom factor of one wheel notch.
     static constexpr float WHEEL_FACTOR = 1.1f;
 
@@ -74,6 +75,8 @@ public:
     PmiDisplay& pmi() { return m_pmi; }
     // The cut through the model.
     Sectioning& section() { return *m_section; }
+    // The exploded view.
+    Explosion& explosion() { return *m_explosion; }
     // Turns the camera to a saved view of the file (animated), showing its own PMI.
     void showSavedView(int index);
 
@@ -117,6 +120,7 @@ private:
     std::function<void(const std::string&)> m_say;
     PmiDisplay m_pmi;
     std::unique_ptr<Sectioning> m_section;
+    std::unique_ptr<Explosion> m_explosion;
 };
 
 } // namespace qrnviewer

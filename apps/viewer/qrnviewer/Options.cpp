@@ -44,7 +44,7 @@ std::string Options::usage() {
            "               [--replay LOG] [--record LOG] [--pick X,Y ...] [--select KIND]\n"
            "               [--frame-budget MS] [--mesh-threads N]\n"
            "               [--section x|y|z[@OFFSET]] [--flip] [--caps part|single|off]\n"
-           "               [--hatch] [--profile]\n"
+           "               [--hatch] [--profile] [--explode]\n"
            "  MODEL        a STEP, IGES, BREP, glTF, OBJ or STL file; without one, the\n"
            "               built-in demo assembly\n"
            "  --snapshot   draw off screen and write the frame as a PNG; without it the\n"
@@ -82,6 +82,7 @@ std::string Options::usage() {
            "               one colour, or not at all\n"
            "  --hatch      cross the caps with hatching\n"
            "  --profile    draw the cut's outline\n"
+           "  --explode    show the assembly exploded, every level of it\n"
            "In the window:\n" +
            EventRouter::keyHelp();
 }
@@ -228,6 +229,8 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
                 return false;
             }
             sectionExtras = true;
+        } else if (arg == "--explode") {
+            o.explode = true;
         } else if (arg == "--flip" || arg == "--hatch" || arg == "--profile") {
             (arg == "--flip"    ? o.section.flip
              : arg == "--hatch" ? o.section.hatch

@@ -29,6 +29,7 @@ struct Options {
     double frameBudget = -1.0;
     unsigned int meshThreads = 0; // threads meshing parts at once; 0: one per core
     Sectioning::Settings section; // --section, --flip, --caps, --hatch, --profile
+    bool explode = false;         // every level of the assembly exploded
     bool help = false;
 
     // False with a message in error for a command line that makes no sense.

@@ -252,6 +252,8 @@ bool ViewerWindow::open(const Settings& settings, std::string& error) {
     m_router->updateCursor();
     m_router->pmi().setView(settings.savedView);
     m_router->pmi().setShown(settings.pmi);
+    if (settings.explode)
+        m_router->explosion().explodeFully(nullptr);
     if (!m_router->section().apply(settings.section, error))
         return false;
     // Box selection through hidden entities reads the selection buffer instead.

@@ -45,6 +45,7 @@ public:
         int savedView = -1;
         // The cut the model starts with.
         Sectioning::Settings section;
+        bool explode = false;
     };
 
     // Whether a window can be opened: $DISPLAY set and its server answering; why not in reason.

@@ -240,6 +240,7 @@ std::shared_ptr<qrn::Document> DocumentBuilder::fill(const ModelData& model,
             node->name = model.nodes[n].name;
             node->parent = model.nodes[n].parent;
             node->part = model.nodes[n].part;
+            node->local = node->initial = model.nodes[n].local;
         }
         int p = model.nodes[n].part;
         if (p < 0)

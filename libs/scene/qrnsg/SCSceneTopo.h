@@ -1,5 +1,6 @@
 #pragma once
 
+#include "qrnmath/Tuple.h"
 #include "qrnsg/EntityNames.h"
 #include "qrnsg/PartEntities.h"
 #include "qrnsg/Schema.h"
@@ -30,6 +31,10 @@ public:
         std::vector<int> meshIds;     // primitive ids of the run-time component, part order
         std::vector<int> polylineIds; // likewise
         std::vector<int> pointIds;    // likewise
+        // Its placement in its parent now, and as the file placed it (column-major).
+        qrnmath::Mat4 local{1.f, 0.f, 0.f, 0.f, 0.f, 1.f, 0.f, 0.f,
+                            0.f, 0.f, 1.f, 0.f, 0.f, 0.f, 0.f, 1.f};
+        qrnmath::Mat4 initial = local;
     };
     // The node that places a primitive and, for a mesh, its place among the part's meshes.
     struct Owner {

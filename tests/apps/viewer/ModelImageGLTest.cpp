@@ -5,13 +5,23 @@
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
+#include "qrngl/states/ExplodeStateIterator.h"
 #include "qrnimport/DemoAssembly.h"
 #include "qrnimport/DocumentBuilder.h"
 #include "qrnimport/ModelReader.h"
 #include "qrnimport/StandardView.h"
+#include "qrnsg/SCScene.h"
+#include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCSceneTopo.h"
+#include "qrnsgutils/ExplosionGraph.h"
+#include "qrnsgutils/Placements.h"
+#include "qrnviewer/Explosion.h"
 #include "qrnviewer/PmiDisplay.h"
 #include "qrnviewer/Sectioning.h"
 #include "qrnviewer/Snapshot.h"
+
+#include <cstring>
+#include <functional>
 
 namespace {
 
@@ -19,9 +29,11 @@ using namespace viewertest;
 using qrnimport::ModelData;
 
 // The model in a standard view fitted to it (and its PMI), written under `name` and read back.
-qrnimage::Image picture(const ModelData& model, unsigned int width, unsigned int height,
-                        const std::string& name, const std::string& view = "iso",
-                        bool pmiShown = true, const qrnviewer::Sectioning::Settings& cut = {}) {
+qrnimage::Image
+picture(const ModelData& model, unsigned int width, unsigned int height, const std::string& name,
+        const std::string& view = "iso", bool pmiShown = true,
+        const qrnviewer::Sectioning::Settings& cut = {},
+        const std::function<void(const std::shared_ptr<qrn::Document>&)>& before = {}) {
     auto document = qrnimport::DocumentBuilder::build(model);
     auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     qrngl::CameraHelper::setViewport(width, height, renderer->camera); // the fit's shape
@@ -30,6 +42,8 @@ qrnimage::Image picture(const ModelData& model, unsigned int width, unsigned int
     qrnviewer::Sectioning section(document, nullptr);
     std::string sectionError;
     EXPECT_TRUE(section.apply(cut, sectionError)) << sectionError;
+    if (before)
+        before(document);
     const std::string path = (fs::current_path() / (name + ".png")).string();
     std::string error;
     EXPECT_TRUE(qrnviewer::Snapshot::write(document, width, height, path, error)) << error;
@@ -106,6 +120,58 @@ TEST(PmiImageGLTest, TheNistPartWithItsPmi) {
     const qrnimage::Image image =
         expectPmiShownAndHidden(model, 800, 600, "pmi_nist_ctc_01_iso", "pmi_nist_ctc_01_hidden");
     EXPECT_GT(pixels(image, pmiBlue).count, 3000u) << "21 items with their leaders";
+}
+
+TEST(ExplodeImageGLTest, TheDemoExplodesLevelByLevelAndComesBack) {
+    const unsigned int width = 320, height = 240;
+    const qrnimage::Image assembled = picture(demo(), width, height, "explode_demo_assembled");
+    std::size_t levels = 0;
+    const qrnimage::Image exploded =
+        picture(demo(), width, height, "explode_demo", "iso", true, {}, [&](const auto& doc) {
+            qrnviewer::Explosion explosion(doc);
+            ASSERT_TRUE(explosion.explodeFully(nullptr));
+            levels = static_cast<std::size_t>(explosion.levels());
+            // Every level laid out along its direction, each part clear of the one before it.
+            auto topology = doc->template get<qrnsg::SCSceneTopo>(qrnsg::SCHEMA_SCENE_TOPO);
+            auto rt = doc->template get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
+            auto scene = doc->template get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
+            qrnsgutils::Placements::reset(*topology, *rt);
+            auto graph = qrnsgutils::ExplosionGraph::build(*topology, *rt, scene->meshes);
+            qrngl::ProgressTracker tracker(nullptr, 100, 0);
+            qrngl::ExplodeStateIterator(doc, {}, graph).simpleExplode(tracker);
+            std::size_t checked = 0;
+            std::function<void(const qrnsgutils::ExplosionGraph&, int)> check =
+                [&](const qrnsgutils::ExplosionGraph& g, int axis) {
+                    for (std::size_t k = 1; k < g.size(); ++k, ++checked)
+                        EXPECT_GT(g.nodes[k]->box().min()[axis] + g.nodes[k]->translation[axis],
+                                  g.nodes[k - 1]->box().max()[axis] +
+                                      g.nodes[k - 1]->translation[axis])
+                            << "node " << g.nodes[k]->node();
+                    for (const auto& n : g.nodes)
+                        if (n->child)
+                            check(*n->child, g.size() > 1 ? (axis + 1) % 3 : axis);
+                };
+            check(*graph, 0);
+            EXPECT_GE(checked, 5u);
+            explosion.explodeFully(nullptr); // laid out again from where the check left it
+        });
+    EXPECT_GE(levels, 2u);
+    qrntest::expectMatchesBaseline(exploded, "explode_demo", 8, width * height / 200);
+    // Every level out and back in again: the first picture, exactly.
+    const qrnimage::Image back =
+        picture(demo(), width, height, "explode_demo_back", "iso", true, {}, [](const auto& doc) {
+            qrnviewer::Explosion explosion(doc);
+            for (int press = 0; press <= 10 && (press == 0 || explosion.level() != 0); ++press) {
+                ASSERT_TRUE(explosion.next(nullptr));
+                while (explosion.animate()) {
+                }
+            }
+            EXPECT_EQ(explosion.level(), 0);
+        });
+    ASSERT_EQ(back.width(), assembled.width());
+    for (unsigned int y = 0; y < height; ++y)
+        for (unsigned int x = 0; x < width; ++x)
+            ASSERT_EQ(std::memcmp(back.pixel(x, y), assembled.pixel(x, y), 4), 0) << x << "," << y;
 }
 
 TEST(SectionImageGLTest, TrjCutThroughItsMiddleWithCaps) {

@@ -4,6 +4,7 @@
 #include "qrngl/states/ProgressTracker.h"
 #include "qrnmath/MatrixUtils.h"
 #include "qrnsg/SCFactory.h"
+#include "qrnsgutils/Placements.h"
 
 #include <gtest/gtest.h>
 
@@ -137,6 +138,39 @@ TEST(ExplodeTest, TheGraphOfAModelHoldsItsLevelsWithTheirBoxes) {
     EXPECT_EQ(moved[1], Vec3(0, 0, 0));
     EXPECT_NEAR(moved[2].distance(Vec3(10.1f, -4.0f, 0.0f)), 0.0f, 1e-5f);
     EXPECT_NEAR(graph->explodedBox().max()[0], 20.1f, 1e-5f);
+}
+
+TEST(ExplodeTest, AMovedNodeTakesItsSubtreeAndComesBackExactly) {
+    // Root 0 turned a quarter about z, A (1) placed in it, B (2) in A, each with a mesh.
+    using qrnmath::MatrixUtils;
+    qrnsg::SCSceneTopo topology;
+    topology.nodes.resize(3);
+    topology.nodes[0].initial = MatrixUtils::rotation(Vec3(0, 0, 1), 1.5707963f);
+    topology.nodes[1].initial = MatrixUtils::translation(Vec3(10, 0, 0));
+    topology.nodes[2].initial = MatrixUtils::translation(Vec3(0, 3, 0));
+    topology.nodes[1].parent = 0;
+    topology.nodes[2].parent = 1;
+    qrnsg::SCSceneRT rt;
+    for (int n = 0; n < 3; ++n) {
+        topology.nodes[static_cast<std::size_t>(n)].local =
+            topology.nodes[static_cast<std::size_t>(n)].initial;
+        topology.nodes[static_cast<std::size_t>(n)].meshIds = {n + 10};
+        rt.meshes.add(n + 10, 0, -1, qrnsg::RTState::HAS_TRANSFORM);
+    }
+    qrnsgutils::Placements::update(topology, rt);
+    auto at = [&](int id) {
+        return MatrixUtils::transformPoint(rt.meshes.transforms.find(id)->first, Vec3(0, 0, 0));
+    };
+    const Vec3 a = at(11), b = at(12);
+    EXPECT_NEAR(a.distance(Vec3(0, 10, 0)), 0.0f, 1e-5f) << "turned with the root";
+    // A moved by 5 along x in the model: B goes with it, the root stays.
+    qrnsgutils::Placements::translate(topology, rt, {Vec3(), Vec3(5, 0, 0), Vec3()}, 1.0f);
+    EXPECT_NEAR(at(11).distance(a + Vec3(5, 0, 0)), 0.0f, 1e-5f);
+    EXPECT_NEAR(at(12).distance(b + Vec3(5, 0, 0)), 0.0f, 1e-5f);
+    EXPECT_NEAR(at(10).distance(Vec3(0, 0, 0)), 0.0f, 1e-5f);
+    qrnsgutils::Placements::reset(topology, rt);
+    EXPECT_EQ(at(11), a);
+    EXPECT_EQ(at(12), b);
 }
 
 TEST(ExplodeTest, ProgressSpreadsTheRangeOverTheSteps) {
