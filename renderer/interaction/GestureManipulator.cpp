@@ -4,6 +4,9 @@
 #include "qrngl/SCRenderer.h"
 #include "qrngl/interaction/ViewState.h"
 #include "qrnplatform/Input.h"
+#include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCSceneTopo.h"
+#include "qrnsgutils/Placements.h"
 #include "qrnui/Hint.h"
 #include "qrnui/IFrame.h"
 
@@ -140,13 +143,23 @@ void GestureManipulator::home() {
 }
 
 void GestureManipulator::changeView() {
-    if (!m_document || !m_document->getSchema(qrnsg::SCHEMA_SCENE_RT) ||
-        !m_document->getSchema(qrnsg::SCHEMA_SCENE_TOPO) ||
-        !m_document->getSchema(qrnsg::SCHEMA_ANIMATION))
+    auto rt = qrn::component<qrnsg::SCSceneRT>(m_document, qrnsg::SCHEMA_SCENE_RT);
+    auto topology = qrn::component<qrnsg::SCSceneTopo>(m_document, qrnsg::SCHEMA_SCENE_TOPO);
+    if (!rt || !topology || !m_document->getSchema(qrnsg::SCHEMA_ANIMATION))
         return;
-    // Moved parts and the per-node flag sets go back to their initial state here once the
-    // data library keeps them; the camera already returns.
+    // Every moved part back where the file placed it, every node shown and none moved.
+    qrnsgutils::Placements::reset(*topology, *rt);
+    rt->nodeShown.assign(topology->nodes.size(), 0xFF);
+    rt->nodeMoved.assign(topology->nodes.size(), 0);
     play(qrnsg::SCView::ISOMETRIC, HOME_VIEW_FRAMES);
+    // The registry's entries refreshed: every canvas of the document draws and picks anew.
+    if (auto renderer = qrn::component<SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER)) {
+        for (const auto& weak : renderer->canvases)
+            if (auto canvas = weak.lock())
+                canvas->Invalidate();
+        if (renderer->pickCanvas)
+            renderer->pickCanvas->Invalidate();
+    }
     if (m_updater)
         m_updater->update(qrnui::Hint(HINT_HOME_VIEW, m_document));
 }

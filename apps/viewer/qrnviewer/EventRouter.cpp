@@ -110,7 +110,14 @@ EventRouter::EventRouter(std::shared_ptr<qrn::IDocument> document, void* window,
     m_highlight = std::make_shared<qrngl::HighlightManipulator>(m_select, m_selection, m_cursor);
     m_selectionRenderer = std::make_shared<qrngl::SelectionRenderer>(m_document, m_selection);
     // Tools report changes they make outside an event (rubber band, spin) and hints.
-    m_frame->updater()->addListener([this](const qrnui::Hint&) { m_repaint = true; });
+    m_frame->updater()->addListener([this](const qrnui::Hint& hint) {
+        m_repaint = true;
+        // The home view put every part back: the exploded view starts again assembled.
+        if (hint.code() == qrngl::GestureManipulator::HINT_HOME_VIEW && m_explosion) {
+            WindowTimer::killTimer(m_window, EXPLODE_TIMER);
+            m_explosion->assembled();
+        }
+    });
     auto r = renderer();
     if (r) {
         r->updateNotifier = [this] { m_repaint = true; };

@@ -125,6 +125,12 @@ bool Explosion::explodeFully(qrn::IStatusManager* status) {
     return true;
 }
 
+void Explosion::assembled() {
+    m_level = 0;
+    m_frame = FRAMES;
+    std::fill(m_now.begin(), m_now.end(), Vec3(0, 0, 0));
+}
+
 bool Explosion::animate() {
     if (m_frame >= FRAMES)
         return false;

@@ -25,6 +25,9 @@ public:
     bool next(qrn::IStatusManager* status);
     // Every level at once, without animation (a snapshot's --explode).
     bool explodeFully(qrn::IStatusManager* status);
+    // Forgets the levels shown, the parts having been put back by someone else (the home
+    // view).
+    void assembled();
     // One animation step; false once the parts are where they go.
     bool animate();
     int level() const { return m_level; }

@@ -60,6 +60,12 @@ public:
     std::vector<int> meshTextures;       // index into the renderer's textures, -1 for none
     std::vector<MeshMaterialRecord> meshMaterialRecords;
 
+    // Per node of the model's structure: two flag sets, by node index. The first says which
+    // nodes are shown (bit 0), the second which stand moved from where the file placed them
+    // (bit 0); the home view sets every bit of the first and clears the second.
+    std::vector<unsigned char> nodeShown;
+    std::vector<unsigned char> nodeMoved;
+
     // Adds a mesh material index; returns it.
     int addMeshMaterial(int sceneMaterial, bool transparent, int texture = -1);
     // Reorders the mesh draw order by material index, opaque materials first, keeping the

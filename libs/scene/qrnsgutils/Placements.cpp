@@ -72,6 +72,9 @@ void Placements::translate(qrnsg::SCSceneTopo& topology, qrnsg::SCSceneRT& rt,
     for (std::size_t i = 0; i < topology.nodes.size(); ++i) {
         auto& n = topology.nodes[i];
         const qrnmath::Vec3 t = i < own.size() ? own[i] * fraction : qrnmath::Vec3(0, 0, 0);
+        if (rt.nodeMoved.size() != topology.nodes.size())
+            rt.nodeMoved.assign(topology.nodes.size(), 0);
+        rt.nodeMoved[i] = t == qrnmath::Vec3(0, 0, 0) ? 0 : 1;
         if (t == qrnmath::Vec3(0, 0, 0)) {
             n.local = n.initial;
             continue;
@@ -92,6 +95,7 @@ void Placements::translate(qrnsg::SCSceneTopo& topology, qrnsg::SCSceneRT& rt,
 void Placements::reset(qrnsg::SCSceneTopo& topology, qrnsg::SCSceneRT& rt) {
     for (auto& n : topology.nodes)
         n.local = n.initial;
+    rt.nodeMoved.assign(topology.nodes.size(), 0);
     update(topology, rt);
 }
 

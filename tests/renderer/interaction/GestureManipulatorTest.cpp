@@ -3,6 +3,9 @@
 #include "ManipulatorTestSupport.h"
 #include "qrnmath/QuatUtils.h"
 #include "qrnsg/SCAnimation.h"
+#include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCSceneTopo.h"
+#include "qrnsgutils/Placements.h"
 #include "qrnui/Updater.h"
 
 #include <vector>
@@ -62,9 +65,19 @@ TEST_F(GestureManipulatorTest, TouchDragsRotateGesturesPanAndZoomATwoFingerTapGo
     EXPECT_EQ(timer(), 0u);
     EXPECT_TRUE(hints.empty());
 
-    frame->document->addSchema(qrnsg::SCHEMA_SCENE_RT);
-    frame->document->addSchema(qrnsg::SCHEMA_SCENE_TOPO);
+    auto rt = std::dynamic_pointer_cast<qrnsg::SCSceneRT>(
+        frame->document->addSchema(qrnsg::SCHEMA_SCENE_RT));
+    auto topology = std::dynamic_pointer_cast<qrnsg::SCSceneTopo>(
+        frame->document->addSchema(qrnsg::SCHEMA_SCENE_TOPO));
     frame->document->setSchema(std::make_shared<qrnsg::SCAnimation>());
+    // A part moved away (an exploded view): the home view puts it back.
+    topology->nodes.resize(2);
+    topology->nodes[1].parent = 0;
+    topology->nodes[1].meshIds = {5};
+    rt->meshes.add(5, 0, -1, qrnsg::RTState::HAS_TRANSFORM);
+    qrnsgutils::Placements::translate(*topology, *rt, {Vec3(), Vec3(7, 0, 0)}, 1.0f);
+    ASSERT_EQ(rt->meshes.transforms.find(5)->first[12], 7.0f);
+    ASSERT_EQ(rt->nodeMoved[1], 1);
     qrngl::CameraHelper::setRotation(camera, views->rotation(SCView::TOP));
     const auto left = [&] {
         return Q::angleBetween(Q::create(views->rotation(SCView::ISOMETRIC)),
@@ -75,6 +88,9 @@ TEST_F(GestureManipulatorTest, TouchDragsRotateGesturesPanAndZoomATwoFingerTapGo
     EXPECT_EQ(gestures->OnGestureTwoFingerTap(UNCHANGED, 5, 5), CHANGED);
     EXPECT_EQ(timer(), 30u);
     EXPECT_EQ(hints, std::vector<short>{19});
+    EXPECT_EQ(rt->meshes.transforms.find(5)->first[12], 0.0f);
+    EXPECT_EQ(rt->nodeMoved, (std::vector<unsigned char>{0, 0}));
+    EXPECT_EQ(rt->nodeShown, (std::vector<unsigned char>{0xFF, 0xFF}));
     for (int i = 0; i < 16; ++i)
         viewState->animate();
     EXPECT_NEAR(left(), turn / 2.0f, 1e-3f) << "half way after 16 ticks";
