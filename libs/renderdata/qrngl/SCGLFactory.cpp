@@ -2,9 +2,11 @@
 
 #include "qrngl/SCClipping.h"
 #include "qrngl/SCListRenderer.h"
+#include "qrngl/SCMarkupView.h"
 #include "qrngl/SCMeasure.h"
 #include "qrngl/SCRenderer.h"
 #include "qrngl/SCStripRenderer.h"
+#include "qrngl/SCTriad.h"
 
 namespace qrngl {
 
@@ -26,6 +28,10 @@ std::shared_ptr<qrnsg::Schema> SCGLFactory::create(short type) {
         return std::make_shared<SCNodeClipData>();
     case qrnsg::SCHEMA_MEASURE:
         return std::make_shared<SCMeasure>();
+    case qrnsg::SCHEMA_TRIAD:
+        return std::make_shared<SCTriad>();
+    case qrnsg::SCHEMA_MARKUP_VIEW:
+        return std::make_shared<SCMarkupView>();
     default:
         return m_next ? m_next->create(type) : nullptr;
     }

@@ -6,8 +6,8 @@
 namespace qrngl {
 
 // The renderer-data library's link of the factory chain: the renderer, strip- and list-renderer,
-// clipping (with its plane and node clip data) and measure components; every other type goes
-// to the next link.
+// clipping (with its plane and node clip data), measure, triad and markup-view components;
+// every other type goes to the next link.
 class QRNGLDATA_EXPORT SCGLFactory : public qrnsg::IFactory {
 public:
     explicit SCGLFactory(std::shared_ptr<qrnsg::IFactory> next);

@@ -1,11 +1,12 @@
 #include "qrngl/interaction/GestureManipulator.h"
+// Before the support header, which brings windows.h (and its TRANSPARENT) on Windows.
+#include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCSceneTopo.h"
+#include "qrnsgutils/Placements.h"
 
 #include "ManipulatorTestSupport.h"
 #include "qrnmath/QuatUtils.h"
 #include "qrnsg/SCAnimation.h"
-#include "qrnsg/SCSceneRT.h"
-#include "qrnsg/SCSceneTopo.h"
-#include "qrnsgutils/Placements.h"
 #include "qrnui/Updater.h"
 
 #include <vector>
