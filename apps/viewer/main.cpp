@@ -10,6 +10,7 @@
 #include "qrnviewer/PmiDisplay.h"
 #include "qrnviewer/RendererPlugins.h"
 #include "qrnviewer/Replay.h"
+#include "qrnviewer/SceneState.h"
 #include "qrnviewer/Snapshot.h"
 #include "qrnviewer/TerminalStatus.h"
 #include "qrnviewer/ViewerWindow.h"
@@ -130,6 +131,8 @@ int main(int argc, char** argv) {
         settings.savedView = savedView;
         settings.section = options.section;
         settings.explode = options.explode;
+        settings.state = options.state;
+        settings.saveState = options.saveState;
         qrnviewer::ViewerWindow viewer(document, plugins);
         if (!viewer.run(settings, error)) {
             std::fprintf(stderr, "qrnview: %s\n", error.c_str());
@@ -140,7 +143,8 @@ int main(int argc, char** argv) {
 
     // The cut and the replay act through the tools the window would have.
     std::unique_ptr<qrnviewer::EventRouter> router;
-    if (!events.empty() || options.section.axis >= 0 || options.explode) {
+    if (!events.empty() || options.section.axis >= 0 || options.explode || !options.state.empty() ||
+        !options.saveState.empty()) {
         router = std::make_unique<qrnviewer::EventRouter>(document, nullptr, nullptr);
         router->setMessageSink(
             [](const std::string& text) { std::printf("qrnview: %s\n", text.c_str()); });
@@ -150,7 +154,20 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "qrnview: %s\n", error.c_str());
             return 2;
         }
+        if (!options.state.empty() &&
+            !qrnviewer::SceneState(document, &router->explosion()).load(options.state, error)) {
+            std::fprintf(stderr, "qrnview: %s\n", error.c_str());
+            return 1;
+        }
         qrnviewer::Replay::run(*router, events);
+        if (!options.saveState.empty()) {
+            if (!qrnviewer::SceneState(document, &router->explosion())
+                     .save(options.saveState, error)) {
+                std::fprintf(stderr, "qrnview: %s\n", error.c_str());
+                return 1;
+            }
+            std::printf("qrnview: scene state saved to %s\n", options.saveState.c_str());
+        }
     }
     qrnviewer::Snapshot::Settings picture;
     picture.width = options.width;

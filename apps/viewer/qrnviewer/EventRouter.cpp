@@ -13,6 +13,7 @@
 #include "qrnsg/SCView.h"
 #include "qrnviewer/EntityText.h"
 #include "qrnviewer/MouseStyle.h"
+#include "qrnviewer/SceneState.h"
 #include "qrnviewer/TerminalStatus.h"
 
 #include <algorithm>
@@ -347,6 +348,22 @@ void EventRouter::command(unsigned int key, bool repeat) {
             say(std::string("left button: ") + k.name);
             return;
         }
+    if (key == VK_F1 + 1 || key == VK_F1 + 2) {
+        const bool save = key == VK_F1 + 1;
+        std::string file = save ? m_stateSave : m_stateLoad;
+        if (file.empty())
+            file = save ? m_stateLoad : m_stateSave;
+        if (file.empty())
+            file = "qrnview.state";
+        std::string error;
+        SceneState state(m_document, m_explosion.get());
+        if (save ? state.save(file, error) : state.load(file, error))
+            say(std::string(save ? "scene state saved to " : "scene state restored from ") + file);
+        else
+            say(error);
+        m_repaint = true;
+        return;
+    }
     if (key == '0') {
         TerminalStatus progress;
         if (!m_explosion->next(&progress)) {
@@ -583,6 +600,7 @@ const char* EventRouter::keyHelp() {
            "      V render mode; O orthographic, perspective; C rotation centre\n"
            "      Ctrl+Z undo, Ctrl+Y redo; H help; Q quit\n"
            "      0 explode one level further (after the last: assembled again)\n"
+           "      F2 save the scene state, F3 restore it\n"
            "      L cut along X, Y, Z in turn, Shift+L no cut; J flip, Shift+J hatch;\n"
            "      K caps in part colours, one colour, off; Shift+K profile; rest the\n"
            "      pointer on the plane, then drag or press up, down to move it\n";

@@ -77,6 +77,12 @@ public:
     Sectioning& section() { return *m_section; }
     // The exploded view.
     Explosion& explosion() { return *m_explosion; }
+    // The scene-state files of F3 (restore) and F2 (save); either may be empty (then the
+    // other serves, else "qrnview.state").
+    void setStateFiles(std::string load, std::string save) {
+        m_stateLoad = std::move(load);
+        m_stateSave = std::move(save);
+    }
     // Turns the camera to a saved view of the file (animated), showing its own PMI.
     void showSavedView(int index);
 
@@ -121,6 +127,7 @@ private:
     PmiDisplay m_pmi;
     std::unique_ptr<Sectioning> m_section;
     std::unique_ptr<Explosion> m_explosion;
+    std::string m_stateLoad, m_stateSave;
 };
 
 } // namespace qrnviewer

@@ -125,6 +125,16 @@ bool Explosion::explodeFully(qrn::IStatusManager* status) {
     return true;
 }
 
+void Explosion::show(int level) {
+    if (level <= 0 && m_level == 0 && !m_graph)
+        return; // never exploded: nothing to lay out
+    if (!layOut(nullptr))
+        return;
+    m_level = std::min(std::max(level, 0), m_levels);
+    m_frame = FRAMES;
+    apply(target());
+}
+
 void Explosion::assembled() {
     m_level = 0;
     m_frame = FRAMES;

@@ -44,7 +44,8 @@ std::string Options::usage() {
            "               [--replay LOG] [--record LOG] [--pick X,Y ...] [--select KIND]\n"
            "               [--frame-budget MS] [--mesh-threads N]\n"
            "               [--section x|y|z[@OFFSET]] [--flip] [--caps part|single|off]\n"
-           "               [--hatch] [--profile] [--explode]\n"
+           "               [--hatch] [--profile] [--explode] [--state FILE]\n"
+           "               [--save-state FILE]\n"
            "  MODEL        a STEP, IGES, BREP, glTF, OBJ or STL file; without one, the\n"
            "               built-in demo assembly\n"
            "  --snapshot   draw off screen and write the frame as a PNG; without it the\n"
@@ -83,6 +84,10 @@ std::string Options::usage() {
            "  --hatch      cross the caps with hatching\n"
            "  --profile    draw the cut's outline\n"
            "  --explode    show the assembly exploded, every level of it\n"
+           "  --state      restore a saved scene state (camera, shown parts, colours, cut,\n"
+           "               exploded level) before the first frame\n"
+           "  --save-state save the scene state there (after --replay; in the window, F2\n"
+           "               saves it there and F3 restores --state, else that same file)\n"
            "In the window:\n" +
            EventRouter::keyHelp();
 }
@@ -231,6 +236,14 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
             sectionExtras = true;
         } else if (arg == "--explode") {
             o.explode = true;
+        } else if (arg == "--state" || arg == "--save-state") {
+            std::string& file = arg == "--state" ? o.state : o.saveState;
+            if (!value(file))
+                return false;
+            if (file.empty()) {
+                error = arg + " needs a file, not an empty name";
+                return false;
+            }
         } else if (arg == "--flip" || arg == "--hatch" || arg == "--profile") {
             (arg == "--flip"    ? o.section.flip
              : arg == "--hatch" ? o.section.hatch

@@ -30,6 +30,8 @@ struct Options {
     unsigned int meshThreads = 0; // threads meshing parts at once; 0: one per core
     Sectioning::Settings section; // --section, --flip, --caps, --hatch, --profile
     bool explode = false;         // every level of the assembly exploded
+    std::string state;            // scene state to restore before the first frame
+    std::string saveState;        // where the scene state is saved (after a replay)
     bool help = false;
 
     // False with a message in error for a command line that makes no sense.

@@ -14,6 +14,7 @@
 #include "qrnviewer/MouseStyle.h"
 #include "qrnviewer/RendererPlugins.h"
 #include "qrnviewer/Replay.h"
+#include "qrnviewer/SceneState.h"
 #include "qrnviewer/ScreenshotContext.h"
 
 #define GLFW_INCLUDE_NONE
@@ -254,6 +255,10 @@ bool ViewerWindow::open(const Settings& settings, std::string& error) {
     m_router->pmi().setShown(settings.pmi);
     if (settings.explode)
         m_router->explosion().explodeFully(nullptr);
+    m_router->setStateFiles(settings.state, settings.saveState);
+    if (!settings.state.empty() &&
+        !SceneState(m_document, &m_router->explosion()).load(settings.state, error))
+        return false;
     if (!m_router->section().apply(settings.section, error))
         return false;
     // Box selection through hidden entities reads the selection buffer instead.

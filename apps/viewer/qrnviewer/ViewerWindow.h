@@ -46,6 +46,9 @@ public:
         // The cut the model starts with.
         Sectioning::Settings section;
         bool explode = false;
+        // A scene state restored before the first frame; the files F2 and F3 use.
+        std::string state;
+        std::string saveState;
     };
 
     // Whether a window can be opened: $DISPLAY set and its server answering; why not in reason.

@@ -3,12 +3,16 @@
 
 #include <gmock/gmock.h>
 
+#include <cstring>
 #include <fstream>
+#include <iterator>
+#include <regex>
 #include <vector>
 
 namespace {
 
 using namespace viewertest;
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 
 const fs::path kNist = fs::path(QRN_SHARED_MODELS) / "nist_ctc_01_asme1_ap242-e1.stp";
@@ -213,6 +217,53 @@ TEST(QrnviewProcessTest, CutsTheModelAndPicksOnTheCut) {
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_THAT(run.output, HasSubstr("offset -900 along X lies outside the model"));
     EXPECT_FALSE(fs::exists(dir.file("no.png")));
+}
+
+TEST(QrnviewProcessTest, AScenesStateIsSavedAndRestoredOrRefusedWhole) {
+    TempDir dir;
+    const auto run = [&](const std::string& args, int expected) {
+        const ProcessResult r = qrnview("--size 160x120 " + args);
+        EXPECT_EQ(r.exitCode, expected) << args << "\n" << r.output;
+        return r.output;
+    };
+    const auto same = [&](const char* a, const char* b) {
+        const qrnimage::Image x = loadPng(dir.file(a)), y = loadPng(dir.file(b));
+        for (unsigned int row = 0; row < y.height(); ++row)
+            for (unsigned int col = 0; col < y.width(); ++col)
+                if (std::memcmp(x.pixel(col, row), y.pixel(col, row), 4) != 0)
+                    return false;
+        return true;
+    };
+    // Cut, exploded and turned, saved; restored on a fresh start: the same picture.
+    EXPECT_THAT(run("--section z --explode --view front --snapshot " + dir.quoted("a.png") +
+                        " --save-state " + dir.quoted("s.state"),
+                    0),
+                HasSubstr("scene state saved to"));
+    run("--state " + dir.quoted("s.state") + " --snapshot " + dir.quoted("b.png"), 0);
+    EXPECT_TRUE(same("a.png", "b.png"));
+    EXPECT_FALSE(fs::exists(dir.file("s.state.new"))) << "written aside, then renamed";
+
+    // Not a state of this model, or not a whole one: refused, naming the file and why.
+    std::ifstream in(dir.file("s.state"));
+    const std::string text((std::istreambuf_iterator<char>(in)), {});
+    const struct {
+        const char* name;
+        std::string content;
+        const char* said;
+    } bad[] = {
+        {"garbage.state", "this is not a state\n", "not a qrnview scene state"},
+        {"short.state", text.substr(0, text.find("explode")), "stops short"},
+        {"other.state", std::regex_replace(text, std::regex("nodes [0-9]+"), "nodes 5"),
+         "made for a model of other parts"},
+        {"part.state", std::regex_replace(text, std::regex("part 1 0 0"), "part 1 0 9"),
+         "names a part the model lacks"},
+    };
+    for (const auto& b : bad) {
+        std::ofstream(dir.file(b.name)) << b.content;
+        EXPECT_THAT(run("--state " + dir.quoted(b.name) + " --snapshot " + dir.quoted("c.png"), 1),
+                    AllOf(HasSubstr(b.name), HasSubstr(b.said)));
+        EXPECT_FALSE(fs::exists(dir.file("c.png")));
+    }
 }
 
 TEST(QrnviewProcessTest, ThePmiOfAFileShownHiddenAndInItsSavedView) {
