@@ -338,13 +338,17 @@ void Canvas::renderTexts(const Scene& scene, const Pmi&, const SceneRT& rt,
                     : nullptr;
             glPushMatrix();
             if (instance.flags & RTState::ANCHORED) {
-                // Turned to the viewer at its anchor.
-                if (record)
-                    glTranslatef(record->position[0], record->position[1], record->position[2]);
+                // Turned to the viewer at its anchor, which its transform moves (a part it
+                // belongs to moved).
+                if (record) {
+                    const qrnmath::Vec3 at = instance.transform
+                                                 ? qrnmath::MatrixUtils::transformPoint(
+                                                       *instance.transform, record->position)
+                                                 : record->position;
+                    glTranslatef(at[0], at[1], at[2]);
+                }
                 if (instance.flags & RTState::CONSTANT_SIZE)
                     glScalef(zoom, zoom, zoom);
-                if (instance.transform)
-                    glMultMatrixf(instance.transform->data());
                 glMultMatrixf(billboard.data());
             } else {
                 // In its own plane, placed with the primitive.

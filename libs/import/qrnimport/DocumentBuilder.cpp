@@ -13,6 +13,7 @@
 #include "qrnglutils/SceneBuilder.h"
 #include "qrnglutils/ViewRenderer.h"
 #include "qrnimport/StandardView.h"
+#include "qrnmath/MatrixUtils.h"
 #include "qrnsg/SCFactory.h"
 #include "qrnsg/SCInfo.h"
 #include "qrnsg/SCPmi.h"
@@ -121,6 +122,44 @@ void addPmi(const ModelData& model, qrn::Document& document, int& nextId) {
                                         : qrnsg::RTState::ANCHORED | qrnsg::RTState::CONSTANT_SIZE);
             scene->texts.push_back(text);
             entry.textIds.push_back(id);
+        }
+        // An item belongs to the part it points at: the smallest placed part whose box holds
+        // its target; it moves with that part.
+        auto topology = document.get<qrnsg::SCSceneTopo>(qrnsg::SCHEMA_SCENE_TOPO);
+        if (item.hasTarget && topology) {
+            int owner = -1;
+            float smallest = 0.0f;
+            for (std::size_t n = 0; n < model.nodes.size() && n < topology->nodes.size(); ++n) {
+                const int part = model.nodes[n].part;
+                if (part < 0)
+                    continue;
+                const qrnsg::BBox local = model.parts[static_cast<std::size_t>(part)].bbox();
+                if (local.isEmpty())
+                    continue;
+                qrnsg::BBox box;
+                const qrnmath::Mat4 world = model.worldTransform(static_cast<int>(n));
+                for (int c = 0; c < 8; ++c)
+                    box.add(qrnmath::MatrixUtils::transformPoint(
+                        world, qrnmath::Vec3((c & 1) ? local.max()[0] : local.min()[0],
+                                             (c & 2) ? local.max()[1] : local.min()[1],
+                                             (c & 4) ? local.max()[2] : local.min()[2])));
+                const float slack = 1e-3f * box.diagonal();
+                bool inside = true;
+                for (int a = 0; a < 3; ++a)
+                    inside = inside && item.target[a] >= box.min()[a] - slack &&
+                             item.target[a] <= box.max()[a] + slack;
+                if (inside && (owner < 0 || box.diagonal() < smallest)) {
+                    owner = static_cast<int>(n);
+                    smallest = box.diagonal();
+                }
+            }
+            if (owner >= 0) {
+                auto& node = topology->nodes[static_cast<std::size_t>(owner)];
+                node.pmiPolylineIds.insert(node.pmiPolylineIds.end(), entry.polylineIds.begin(),
+                                           entry.polylineIds.end());
+                node.pmiTextIds.insert(node.pmiTextIds.end(), entry.textIds.begin(),
+                                       entry.textIds.end());
+            }
         }
         pmi->items.push_back(std::move(entry));
     }

@@ -31,6 +31,10 @@ public:
         std::vector<int> meshIds;     // primitive ids of the run-time component, part order
         std::vector<int> polylineIds; // likewise
         std::vector<int> pointIds;    // likewise
+        // Annotations (PMI lines and texts) on the node's part: in model coordinates, they
+        // move as the node moves from where it was read.
+        std::vector<int> pmiPolylineIds;
+        std::vector<int> pmiTextIds;
         // Its placement in its parent now, and as the file placed it (column-major).
         qrnmath::Mat4 local{1.f, 0.f, 0.f, 0.f, 0.f, 1.f, 0.f, 0.f,
                             0.f, 0.f, 1.f, 0.f, 0.f, 0.f, 0.f, 1.f};

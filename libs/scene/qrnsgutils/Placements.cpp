@@ -45,7 +45,7 @@ Mat4 Placements::initialWorld(const qrnsg::SCSceneTopo& topology, int node) {
 
 void Placements::update(const qrnsg::SCSceneTopo& topology, qrnsg::SCSceneRT& rt, int node) {
     const std::size_t count = topology.nodes.size();
-    std::vector<Mat4> worlds(count);
+    std::vector<Mat4> worlds(count), initialWorlds(count);
     std::vector<char> inside(count, 0);
     for (std::size_t i = 0; i < count; ++i) {
         const auto& n = topology.nodes[i];
@@ -59,9 +59,23 @@ void Placements::update(const qrnsg::SCSceneTopo& topology, qrnsg::SCSceneRT& rt
                                 ? worlds[static_cast<std::size_t>(n.parent)]
                                 : world(topology, n.parent);
         worlds[i] = MatrixUtils::multiply(parent, n.local);
+        const Mat4 initialParent = parentKnown && inside[static_cast<std::size_t>(n.parent)]
+                                       ? initialWorlds[static_cast<std::size_t>(n.parent)]
+                                       : initialWorld(topology, n.parent);
+        initialWorlds[i] = MatrixUtils::multiply(initialParent, n.initial);
         place(rt.meshes, n.meshIds, worlds[i]);
         place(rt.polylines, n.polylineIds, worlds[i]);
         place(rt.points, n.pointIds, worlds[i]);
+        if (n.pmiPolylineIds.empty() && n.pmiTextIds.empty())
+            continue;
+        // Annotations are in model coordinates: they take the node's move from where it was
+        // read.
+        Mat4 back;
+        if (!MatrixUtils::invert(initialWorlds[i], back))
+            continue;
+        const Mat4 moved = MatrixUtils::multiply(worlds[i], back);
+        place(rt.polylines, n.pmiPolylineIds, moved);
+        place(rt.texts, n.pmiTextIds, moved);
     }
 }
 

@@ -10,6 +10,7 @@
 #include "qrnimport/DocumentBuilder.h"
 #include "qrnimport/ModelReader.h"
 #include "qrnimport/StandardView.h"
+#include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
 #include "qrnsg/SCSceneTopo.h"
@@ -27,6 +28,7 @@ namespace {
 
 using namespace viewertest;
 using qrnimport::ModelData;
+using qrnmath::Vec3;
 
 // The model in a standard view fitted to it (and its PMI), written under `name` and read back.
 qrnimage::Image
@@ -172,6 +174,31 @@ TEST(ExplodeImageGLTest, TheDemoExplodesLevelByLevelAndComesBack) {
     for (unsigned int y = 0; y < height; ++y)
         for (unsigned int x = 0; x < width; ++x)
             ASSERT_EQ(std::memcmp(back.pixel(x, y), assembled.pixel(x, y), 4), 0) << x << "," << y;
+}
+
+TEST(ExplodeImageGLTest, ANoteMovesWithThePartItPointsAt) {
+    ModelData model = demo();
+    qrnimport::DemoAssembly::addNote(model);
+    auto doc = qrnimport::DocumentBuilder::build(model);
+    auto topology = doc->get<qrnsg::SCSceneTopo>(qrnsg::SCHEMA_SCENE_TOPO);
+    auto rt = doc->get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
+    auto pmi = doc->get<qrnsg::SCPmi>(qrnsg::SCHEMA_PMI);
+    ASSERT_EQ(pmi->items.size(), 1u);
+    int bolt = -1;
+    for (std::size_t n = 0; n < topology->nodes.size(); ++n)
+        if (!topology->nodes[n].pmiTextIds.empty())
+            bolt = static_cast<int>(n);
+    ASSERT_GE(bolt, 0);
+    EXPECT_EQ(topology->nodes[static_cast<std::size_t>(bolt)].name, L"Bolt 1");
+    const int mesh = topology->nodes[static_cast<std::size_t>(bolt)].meshIds.at(0);
+    const int text = pmi->items[0].textIds.at(0), lines = pmi->items[0].polylineIds.at(0);
+    const Vec3 before(rt->meshes.transforms.find(mesh)->first.data() + 12);
+    qrnviewer::Explosion explosion(doc);
+    ASSERT_TRUE(explosion.explodeFully(nullptr));
+    const Vec3 moved = Vec3(rt->meshes.transforms.find(mesh)->first.data() + 12) - before;
+    ASSERT_GT(moved.length(), 1.0f);
+    for (const auto* pair : {rt->texts.transforms.find(text), rt->polylines.transforms.find(lines)})
+        EXPECT_NEAR(Vec3(pair->first.data() + 12).distance(moved), 0.0f, 1e-3f);
 }
 
 TEST(SectionImageGLTest, TrjCutThroughItsMiddleWithCaps) {

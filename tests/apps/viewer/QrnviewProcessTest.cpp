@@ -243,6 +243,12 @@ TEST(QrnviewProcessTest, AScenesStateIsSavedAndRestoredOrRefusedWhole) {
     EXPECT_TRUE(same("a.png", "b.png"));
     EXPECT_FALSE(fs::exists(dir.file("s.state.new"))) << "written aside, then renamed";
 
+    // Exploded, a part is picked where it is drawn: the gear, where the plate was.
+    EXPECT_THAT(run("--size 320x240 --pick 205,112 --select part", 0),
+                HasSubstr("pick 205,112: part Base Plate"));
+    EXPECT_THAT(run("--size 320x240 --explode --pick 205,112 --select part", 0),
+                HasSubstr("pick 205,112: part Gear"));
+
     // Not a state of this model, or not a whole one: refused, naming the file and why.
     std::ifstream in(dir.file("s.state"));
     const std::string text((std::istreambuf_iterator<char>(in)), {});
