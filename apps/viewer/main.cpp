@@ -146,6 +146,7 @@ int main(int argc, char** argv) {
     if (!events.empty() || options.section.axis >= 0 || options.explode || !options.state.empty() ||
         !options.saveState.empty()) {
         router = std::make_unique<qrnviewer::EventRouter>(document, nullptr, nullptr);
+        router->setStateFiles(options.state, options.saveState);
         router->setMessageSink(
             [](const std::string& text) { std::printf("qrnview: %s\n", text.c_str()); });
         if (options.explode && !router->explosion().explodeFully(&status))

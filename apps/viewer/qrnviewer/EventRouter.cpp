@@ -7,6 +7,7 @@
 #include "qrngl/picking/SelectManipulator.h"
 #include "qrngl/picking/SelectionRenderer.h"
 #include "qrngl/picking/SelectionSet.h"
+#include "qrnmath/QuatUtils.h"
 #include "qrnplatform/Input.h"
 #include "qrnplatform/Text.h"
 #include "qrnplatform/WindowTimer.h"
@@ -17,6 +18,7 @@
 #include "qrnviewer/TerminalStatus.h"
 
 #include <algorithm>
+#include <cmath>
 #include <exception>
 
 namespace qrnviewer {
@@ -142,6 +144,7 @@ EventRouter::EventRouter(std::shared_ptr<qrn::IDocument> document, void* window,
 EventRouter::~EventRouter() {
     WindowTimer::killTimer(m_window, SPIN_TIMER);
     WindowTimer::killTimer(m_window, EXPLODE_TIMER);
+    WindowTimer::killTimer(m_window, STATE_TIMER);
     m_section.reset();
     // The manipulators hold the frame, which holds the document: break the cycle.
     if (auto r = renderer()) {
@@ -357,10 +360,21 @@ void EventRouter::command(unsigned int key, bool repeat) {
             file = "qrnview.state";
         std::string error;
         SceneState state(m_document, m_explosion.get());
-        if (save ? state.save(file, error) : state.load(file, error))
+        // A restore moves there: camera and exploded parts over the next ticks.
+        state.setAnimated(true);
+        if (save ? state.save(file, error) : state.load(file, error)) {
             say(std::string(save ? "scene state saved to " : "scene state restored from ") + file);
-        else
+            auto r = renderer();
+            if (!save && r && r->camera) {
+                m_cameraFrom = std::make_unique<qrngl::Camera>(*r->camera);
+                m_cameraTo = std::make_unique<qrngl::Camera>(state.cameraTarget());
+                m_cameraStep = 0;
+                WindowTimer::setTimer(m_window, STATE_TIMER, qrngl::ViewState::TIMER_INTERVAL);
+                WindowTimer::setTimer(m_window, EXPLODE_TIMER, qrngl::ViewState::TIMER_INTERVAL);
+            }
+        } else {
             say(error);
+        }
         m_repaint = true;
         return;
     }
@@ -564,6 +578,32 @@ void EventRouter::tick(unsigned int id) {
         m_viewState->animate();
         m_repaint = true;
         recordFinishedAnimation();
+    } else if (id == STATE_TIMER) {
+        auto r = renderer();
+        if (!r || !r->camera || !m_cameraFrom || !m_cameraTo) {
+            WindowTimer::killTimer(m_window, STATE_TIMER);
+            return;
+        }
+        const int frames = Explosion::FRAMES;
+        const float s = static_cast<float>(++m_cameraStep) / static_cast<float>(frames);
+        const float t = s * s * (3.0f - 2.0f * s);
+        if (m_cameraStep >= frames) {
+            *r->camera = *m_cameraTo;
+            WindowTimer::killTimer(m_window, STATE_TIMER);
+        } else {
+            const qrngl::Camera& a = *m_cameraFrom;
+            const qrngl::Camera& b = *m_cameraTo;
+            using Q = qrnmath::QuatUtils;
+            r->camera->setModelRotation(Q::toMatrix(
+                Q::slerp(Q::create(a.modelRotation()), Q::create(b.modelRotation()), t)));
+            r->camera->setModelTranslation(a.modelTranslation() +
+                                           (b.modelTranslation() - a.modelTranslation()) * t);
+            r->camera->setZoomFactor(a.zoomFactor() * std::pow(b.zoomFactor() / a.zoomFactor(), t));
+            r->camera->setSphere(a.sphereCentre() + (b.sphereCentre() - a.sphereCentre()) * t,
+                                 a.sphereRadius() + (b.sphereRadius() - a.sphereRadius()) * t);
+            r->camera->setProjection(t < 0.5f ? a.projection() : b.projection());
+        }
+        m_repaint = true;
     } else if (id == EXPLODE_TIMER) {
         if (!m_explosion->animate())
             WindowTimer::killTimer(m_window, EXPLODE_TIMER);

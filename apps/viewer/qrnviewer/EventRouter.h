@@ -37,7 +37,7 @@ class EventRouter {
 public:
     using Operation = qrngl::CameraManipulator::Operation;
     // The host's own timer that keeps a released spin turning.
-    enum : unsigned int { SPIN_TIMER = 102, EXPLODE_TIMER = 103 };
+    enum : unsigned int { SPIN_TIMER = 102, EXPLODE_TIMER = 103, STATE_TIMER = 104 };
     // Zoom factor of one wheel notch.
     static constexpr float WHEEL_FACTOR = 1.1f;
 
@@ -128,6 +128,9 @@ private:
     std::unique_ptr<Sectioning> m_section;
     std::unique_ptr<Explosion> m_explosion;
     std::string m_stateLoad, m_stateSave;
+    // A restored scene state's camera move: from, to, and the step reached.
+    std::unique_ptr<qrngl::Camera> m_cameraFrom, m_cameraTo;
+    int m_cameraStep = 0;
 };
 
 } // namespace qrnviewer

@@ -135,6 +135,17 @@ void Explosion::show(int level) {
     apply(target());
 }
 
+void Explosion::animateTo(int level) {
+    if (level <= 0 && m_level == 0 && !m_graph)
+        return;
+    if (!layOut(nullptr))
+        return;
+    m_level = std::min(std::max(level, 0), m_levels);
+    m_from = m_now;
+    m_to = target();
+    m_frame = 0;
+}
+
 void Explosion::assembled() {
     m_level = 0;
     m_frame = FRAMES;

@@ -25,8 +25,10 @@ public:
     bool next(qrn::IStatusManager* status);
     // Every level at once, without animation (a snapshot's --explode).
     bool explodeFully(qrn::IStatusManager* status);
-    // Shows that many levels at once (0: assembled), without animation.
+    // Shows that many levels at once (0: assembled), without animation, or moving there over
+    // the next animation steps.
     void show(int level);
+    void animateTo(int level);
     // Forgets the levels shown, the parts having been put back by someone else (the home
     // view).
     void assembled();

@@ -250,7 +250,9 @@ bool SceneState::load(const std::string& path, std::string& error) {
     }
 
     // All of it fits: put it in force.
-    *renderer->camera = camera;
+    m_cameraTarget = camera;
+    if (!m_animated)
+        *renderer->camera = camera;
     for (const Part& p : parts) {
         auto& state = stateOf(*rt, p.slot.kind);
         if (unsigned char* flags = state.flags.find(p.slot.id))
@@ -265,7 +267,9 @@ bool SceneState::load(const std::string& path, std::string& error) {
                : (rt->meshMaterialRecords[m].bytes[0] & ~qrnsg::MeshMaterialRecord::TRANSPARENT));
     rt->sortMeshDrawOrder();
     // The parts where they stood before the cut is made: its quad covers them.
-    if (m_explode)
+    if (m_explode && m_animated)
+        m_explode->animateTo(explode);
+    else if (m_explode)
         m_explode->show(explode);
     if (clipping) {
         clipping->flipped = false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "qrn/IDocument.h"
+#include "qrngl/Camera.h"
 
 #include <functional>
 #include <memory>
@@ -23,10 +24,16 @@ public:
     // False with a reason naming the file (and line) when it is no state of this model;
     // nothing changes then.
     bool load(const std::string& path, std::string& error);
+    // Loads move the camera and the exploded parts over the following animation steps: the
+    // camera's target is then cameraTarget(), for the host to move towards.
+    void setAnimated(bool animated) { m_animated = animated; }
+    const qrngl::Camera& cameraTarget() const { return m_cameraTarget; }
 
 private:
     std::shared_ptr<qrn::IDocument> m_document;
     Explosion* m_explode;
+    bool m_animated = false;
+    qrngl::Camera m_cameraTarget;
 };
 
 } // namespace qrnviewer

@@ -243,6 +243,23 @@ TEST(QrnviewProcessTest, AScenesStateIsSavedAndRestoredOrRefusedWhole) {
     EXPECT_TRUE(same("a.png", "b.png"));
     EXPECT_FALSE(fs::exists(dir.file("s.state.new"))) << "written aside, then renamed";
 
+    // In a session: explode (0), save (F2), explode further and turn to the back (2), restore
+    // (F3): the parts and the camera move back, and end as the saved state shows them.
+    {
+        std::ofstream log(dir.file("session.log"));
+        const int keys[][2] = {{0, 48}, {1000, 113}, {1100, 48}, {1200, 50}, {4000, 114}};
+        for (const auto& k : keys)
+            log << k[0] << " keydown - 0 10 10 0 " << k[1] << "\n"
+                << k[0] + 5 << " keyup - 0 10 10 0 " << k[1] << "\n";
+        log << "8000 wait - 0 0 0 0 0\n";
+    }
+    EXPECT_THAT(run("--replay " + dir.quoted("session.log") + " --snapshot " + dir.quoted("d.png") +
+                        " --save-state " + dir.quoted("t.state"),
+                    0),
+                HasSubstr("scene state restored from"));
+    run("--state " + dir.quoted("t.state") + " --snapshot " + dir.quoted("e.png"), 0);
+    EXPECT_TRUE(same("d.png", "e.png"));
+
     // Exploded, a part is picked where it is drawn: the gear, where the plate was.
     EXPECT_THAT(run("--size 320x240 --pick 205,112 --select part", 0),
                 HasSubstr("pick 205,112: part Base Plate"));
