@@ -371,6 +371,7 @@ void EventRouter::command(unsigned int key, bool repeat) {
                 m_cameraStep = 0;
                 WindowTimer::setTimer(m_window, STATE_TIMER, qrngl::ViewState::TIMER_INTERVAL);
                 WindowTimer::setTimer(m_window, EXPLODE_TIMER, qrngl::ViewState::TIMER_INTERVAL);
+                m_fitAfterExplode = false;
             }
         } else {
             say(error);
@@ -385,6 +386,7 @@ void EventRouter::command(unsigned int key, bool repeat) {
             return;
         }
         WindowTimer::setTimer(m_window, EXPLODE_TIMER, qrngl::ViewState::TIMER_INTERVAL);
+        m_fitAfterExplode = true;
         say(m_explosion->level() == 0 ? std::string("assembled")
                                       : "exploded: level " + std::to_string(m_explosion->level()) +
                                             " of " + std::to_string(m_explosion->levels()));
@@ -605,8 +607,12 @@ void EventRouter::tick(unsigned int id) {
         }
         m_repaint = true;
     } else if (id == EXPLODE_TIMER) {
-        if (!m_explosion->animate())
+        if (!m_explosion->animate()) {
             WindowTimer::killTimer(m_window, EXPLODE_TIMER);
+            if (m_fitAfterExplode)
+                fit();
+            m_fitAfterExplode = false;
+        }
         m_repaint = true;
     } else if (id == SPIN_TIMER) {
         if (m_camera->spin() == qrngl::CHANGED)

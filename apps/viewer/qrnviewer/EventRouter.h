@@ -131,6 +131,8 @@ private:
     // A restored scene state's camera move: from, to, and the step reached.
     std::unique_ptr<qrngl::Camera> m_cameraFrom, m_cameraTo;
     int m_cameraStep = 0;
+    // The exploded view changed by its key: the view fits the parts where they end up.
+    bool m_fitAfterExplode = false;
 };
 
 } // namespace qrnviewer
