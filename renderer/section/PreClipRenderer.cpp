@@ -302,14 +302,7 @@ void PreClipRenderer::drawCaps(const NamesInitializer* names) const {
                     break;
                 }
                 const qrnsg::BBox& local = meshBox(sources.meshes, instance.drawable);
-                for (int c = 0; c < 8; ++c) {
-                    Vec3 p((c & 1) ? local.max()[0] : local.min()[0],
-                           (c & 2) ? local.max()[1] : local.min()[1],
-                           (c & 4) ? local.max()[2] : local.min()[2]);
-                    box.add(instance.transform
-                                ? qrnmath::MatrixUtils::transformPoint(*instance.transform, p)
-                                : p);
-                }
+                box.add(instance.transform ? local.transformed(*instance.transform) : local);
             }
             GLint rect[4];
             if (box.isEmpty()) {

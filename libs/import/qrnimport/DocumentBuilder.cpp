@@ -136,13 +136,8 @@ void addPmi(const ModelData& model, qrn::Document& document, int& nextId) {
                 const qrnsg::BBox local = model.parts[static_cast<std::size_t>(part)].bbox();
                 if (local.isEmpty())
                     continue;
-                qrnsg::BBox box;
-                const qrnmath::Mat4 world = model.worldTransform(static_cast<int>(n));
-                for (int c = 0; c < 8; ++c)
-                    box.add(qrnmath::MatrixUtils::transformPoint(
-                        world, qrnmath::Vec3((c & 1) ? local.max()[0] : local.min()[0],
-                                             (c & 2) ? local.max()[1] : local.min()[1],
-                                             (c & 4) ? local.max()[2] : local.min()[2])));
+                const qrnsg::BBox box =
+                    local.transformed(model.worldTransform(static_cast<int>(n)));
                 const float slack = 1e-3f * box.diagonal();
                 bool inside = true;
                 for (int a = 0; a < 3; ++a)

@@ -33,6 +33,22 @@ public:
     const qrnmath::Vec3& max() const { return m_max; }
     qrnmath::Vec3 center() const { return (m_min + m_max) * 0.5f; }
     float diagonal() const { return isEmpty() ? 0.0f : m_min.distance(m_max); }
+    // The box of this one's eight corners moved by a column-major affine placement; empty
+    // stays empty.
+    BBox transformed(const qrnmath::Mat4& m) const {
+        BBox out;
+        if (isEmpty())
+            return out;
+        for (int c = 0; c < 8; ++c) {
+            const float p[3] = {(c & 1) ? m_max[0] : m_min[0], (c & 2) ? m_max[1] : m_min[1],
+                                (c & 4) ? m_max[2] : m_min[2]};
+            qrnmath::Vec3 q;
+            for (int r = 0; r < 3; ++r)
+                q[r] = m[r] * p[0] + m[4 + r] * p[1] + m[8 + r] * p[2] + m[12 + r];
+            out.add(q);
+        }
+        return out;
+    }
 
 private:
     qrnmath::Vec3 m_min;

@@ -28,14 +28,7 @@ qrnsg::BBox subtreeBox(const qrnsg::SCSceneTopo& topology, const qrnsg::SCSceneR
                 local = meshes[static_cast<std::size_t>(instance.drawable)].bbox();
             if (local.isEmpty())
                 continue;
-            for (int c = 0; c < 8; ++c) {
-                Vec3 p((c & 1) ? local.max()[0] : local.min()[0],
-                       (c & 2) ? local.max()[1] : local.min()[1],
-                       (c & 4) ? local.max()[2] : local.min()[2]);
-                box.add(instance.transform
-                            ? qrnmath::MatrixUtils::transformPoint(*instance.transform, p)
-                            : p);
-            }
+            box.add(instance.transform ? local.transformed(*instance.transform) : local);
         }
         for (int c : children[static_cast<std::size_t>(n)])
             stack.push_back(c);
