@@ -56,31 +56,13 @@ bool crossing(const qrnmath::Ray& ray, const Vec3& a, const Vec3& b, const Vec3&
 }
 
 RTState* stateOf(qrnsg::SCSceneRT& rt, int kind) {
-    return kind == 0 ? &rt.meshes : kind == 1 ? &rt.polylines : &rt.points;
+    static const qrnsg::SCSceneRT::Kind kinds[3] = {
+        qrnsg::SCSceneRT::MESHES, qrnsg::SCSceneRT::POLYLINES, qrnsg::SCSceneRT::POINTS};
+    return &rt.of(kinds[kind]);
 }
 
 const std::vector<int>& idsOf(const qrnsg::SCSceneTopo::Node& node, int kind) {
     return kind == 0 ? node.meshIds : kind == 1 ? node.polylineIds : node.pointIds;
-}
-
-// Sets the visible bit, and keeps a visibility functor, which sets it again every frame, of
-// the same mind.
-bool setVisible(RTState& state, int id, bool shown) {
-    unsigned char* flags = state.flags.find(id);
-    if (!flags)
-        return false;
-    if (auto functor = std::dynamic_pointer_cast<qrnsg::VisibilityFunctor>(state.functor)) {
-        if (shown)
-            functor->show(id);
-        else
-            functor->hide(id);
-    }
-    const auto next =
-        static_cast<unsigned char>(shown ? *flags | RTState::VISIBLE : *flags & ~RTState::VISIBLE);
-    if (next == *flags)
-        return false;
-    *flags = next;
-    return true;
 }
 
 } // namespace
@@ -333,7 +315,7 @@ bool EntityGeometry::setNodeShown(int node, bool shown) const {
     bool changed = false;
     for (int kind = 0; kind < 3; ++kind)
         for (int id : idsOf(*n, kind))
-            changed = setVisible(*stateOf(*m_rt, kind), id, shown) || changed;
+            changed = stateOf(*m_rt, kind)->setVisible(id, shown) || changed;
     return changed;
 }
 
@@ -376,7 +358,7 @@ void PartVisibility::restore() {
     if (!rt)
         return;
     for (const Entry& e : m_entries)
-        setVisible(*stateOf(*rt, e.kind), e.id, e.shown);
+        stateOf(*rt, e.kind)->setVisible(e.id, e.shown);
     visibilityChanged(document);
 }
 

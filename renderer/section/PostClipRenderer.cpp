@@ -125,11 +125,9 @@ void PostClipRenderer::render(const SCClipping& clipping, const SCRenderer& rend
     if (!plane || !m_quad || !m_border || clipping.planes.empty())
         return;
     const auto& settings = renderer.clip;
-    const qrnmath::Mat4 matrix =
-        clipping.planeMatrices.empty() ? qrnmath::Mat4() : clipping.planeMatrices.front();
     glPushMatrix();
     if (!clipping.planeMatrices.empty())
-        glMultMatrixf(matrix.data());
+        glMultMatrixf(clipping.planeMatrices.front().data());
     {
         PLMaterialRenderer apply(lineMaterial(settings.planeBorderColour, 1.0f));
         m_border->render();

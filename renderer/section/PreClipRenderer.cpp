@@ -167,13 +167,11 @@ const qrnsg::BBox& PreClipRenderer::meshBox(const void* meshes, int drawable) co
     if (m_boxesOf != meshes || m_boxes.size() != all.size()) {
         m_boxesOf = meshes;
         m_boxes.assign(all.size(), qrnsg::BBox());
-        m_boxed.assign(all.size(), false);
     }
+    // Made when first needed; a mesh without vertices keeps an empty box.
     const auto i = static_cast<std::size_t>(drawable);
-    if (!m_boxed[i]) {
+    if (m_boxes[i].isEmpty())
         m_boxes[i] = all[i].bbox();
-        m_boxed[i] = true;
-    }
     return m_boxes[i];
 }
 

@@ -45,7 +45,6 @@ private:
     std::shared_ptr<qrnsg::IPairFunctor> m_visibility;
     // Per drawable: its box, computed when first needed.
     mutable std::vector<qrnsg::BBox> m_boxes;
-    mutable std::vector<bool> m_boxed;
     mutable const void* m_boxesOf = nullptr;
 };
 

@@ -7,18 +7,14 @@
 #include "qrngl/picking/SelectManipulator.h"
 #include "qrngl/picking/SelectionRenderer.h"
 #include "qrngl/picking/SelectionSet.h"
-#include "qrnmath/QuatUtils.h"
 #include "qrnplatform/Input.h"
 #include "qrnplatform/Text.h"
 #include "qrnplatform/WindowTimer.h"
 #include "qrnsg/SCView.h"
 #include "qrnviewer/EntityText.h"
 #include "qrnviewer/MouseStyle.h"
-#include "qrnviewer/SceneState.h"
-#include "qrnviewer/TerminalStatus.h"
 
 #include <algorithm>
-#include <cmath>
 #include <exception>
 
 namespace qrnviewer {
@@ -116,10 +112,8 @@ EventRouter::EventRouter(std::shared_ptr<qrn::IDocument> document, void* window,
     m_frame->updater()->addListener([this](const qrnui::Hint& hint) {
         m_repaint = true;
         // The home view put every part back: the exploded view starts again assembled.
-        if (hint.code() == qrngl::GestureManipulator::HINT_HOME_VIEW && m_explosion) {
-            WindowTimer::killTimer(m_window, EXPLODE_TIMER);
-            m_explosion->assembled();
-        }
+        if (hint.code() == qrngl::GestureManipulator::HINT_HOME_VIEW && m_scene)
+            m_scene->assembled();
     });
     auto r = renderer();
     if (r) {
@@ -132,9 +126,10 @@ EventRouter::EventRouter(std::shared_ptr<qrn::IDocument> document, void* window,
     setMouseStyle(r ? r->mouseStyle : 0);
     m_section = std::make_unique<Sectioning>(m_document, m_cursor);
     m_section->setMessageSink([this](const std::string& text) { say(text); });
-    m_explosion = std::make_unique<Explosion>(m_document);
+    m_scene = std::make_unique<SceneKeys>(
+        m_document, m_window, [this](const std::string& text) { say(text); }, [this] { fit(); });
     // Moved parts cut anew: a shown profile follows them.
-    m_explosion->setMoved([this] {
+    m_scene->explosion().setMoved([this] {
         if (m_section->manipulator()->isProfile())
             m_section->manipulator()->updateProfile();
         m_repaint = true;
@@ -143,8 +138,7 @@ EventRouter::EventRouter(std::shared_ptr<qrn::IDocument> document, void* window,
 
 EventRouter::~EventRouter() {
     WindowTimer::killTimer(m_window, SPIN_TIMER);
-    WindowTimer::killTimer(m_window, EXPLODE_TIMER);
-    WindowTimer::killTimer(m_window, STATE_TIMER);
+    m_scene.reset();
     m_section.reset();
     // The manipulators hold the frame, which holds the document: break the cycle.
     if (auto r = renderer()) {
@@ -351,45 +345,8 @@ void EventRouter::command(unsigned int key, bool repeat) {
             say(std::string("left button: ") + k.name);
             return;
         }
-    if (key == VK_F1 + 1 || key == VK_F1 + 2) {
-        const bool save = key == VK_F1 + 1;
-        std::string file = save ? m_stateSave : m_stateLoad;
-        if (file.empty())
-            file = save ? m_stateLoad : m_stateSave;
-        if (file.empty())
-            file = "qrnview.state";
-        std::string error;
-        SceneState state(m_document, m_explosion.get());
-        // A restore moves there: camera and exploded parts over the next ticks.
-        state.setAnimated(true);
-        if (save ? state.save(file, error) : state.load(file, error)) {
-            say(std::string(save ? "scene state saved to " : "scene state restored from ") + file);
-            auto r = renderer();
-            if (!save && r && r->camera) {
-                m_cameraFrom = std::make_unique<qrngl::Camera>(*r->camera);
-                m_cameraTo = std::make_unique<qrngl::Camera>(state.cameraTarget());
-                m_cameraStep = 0;
-                WindowTimer::setTimer(m_window, STATE_TIMER, qrngl::ViewState::TIMER_INTERVAL);
-                WindowTimer::setTimer(m_window, EXPLODE_TIMER, qrngl::ViewState::TIMER_INTERVAL);
-                m_fitAfterExplode = false;
-            }
-        } else {
-            say(error);
-        }
+    if (m_scene->key(key)) {
         m_repaint = true;
-        return;
-    }
-    if (key == '0') {
-        TerminalStatus progress;
-        if (!m_explosion->next(&progress)) {
-            say("nothing to explode: the model is one part");
-            return;
-        }
-        WindowTimer::setTimer(m_window, EXPLODE_TIMER, qrngl::ViewState::TIMER_INTERVAL);
-        m_fitAfterExplode = true;
-        say(m_explosion->level() == 0 ? std::string("assembled")
-                                      : "exploded: level " + std::to_string(m_explosion->level()) +
-                                            " of " + std::to_string(m_explosion->levels()));
         return;
     }
     if (m_section->key(key, Input::isKeyDown(VK_SHIFT))) {
@@ -580,39 +537,7 @@ void EventRouter::tick(unsigned int id) {
         m_viewState->animate();
         m_repaint = true;
         recordFinishedAnimation();
-    } else if (id == STATE_TIMER) {
-        auto r = renderer();
-        if (!r || !r->camera || !m_cameraFrom || !m_cameraTo) {
-            WindowTimer::killTimer(m_window, STATE_TIMER);
-            return;
-        }
-        const int frames = Explosion::FRAMES;
-        const float s = static_cast<float>(++m_cameraStep) / static_cast<float>(frames);
-        const float t = s * s * (3.0f - 2.0f * s);
-        if (m_cameraStep >= frames) {
-            *r->camera = *m_cameraTo;
-            WindowTimer::killTimer(m_window, STATE_TIMER);
-        } else {
-            const qrngl::Camera& a = *m_cameraFrom;
-            const qrngl::Camera& b = *m_cameraTo;
-            using Q = qrnmath::QuatUtils;
-            r->camera->setModelRotation(Q::toMatrix(
-                Q::slerp(Q::create(a.modelRotation()), Q::create(b.modelRotation()), t)));
-            r->camera->setModelTranslation(a.modelTranslation() +
-                                           (b.modelTranslation() - a.modelTranslation()) * t);
-            r->camera->setZoomFactor(a.zoomFactor() * std::pow(b.zoomFactor() / a.zoomFactor(), t));
-            r->camera->setSphere(a.sphereCentre() + (b.sphereCentre() - a.sphereCentre()) * t,
-                                 a.sphereRadius() + (b.sphereRadius() - a.sphereRadius()) * t);
-            r->camera->setProjection(t < 0.5f ? a.projection() : b.projection());
-        }
-        m_repaint = true;
-    } else if (id == EXPLODE_TIMER) {
-        if (!m_explosion->animate()) {
-            WindowTimer::killTimer(m_window, EXPLODE_TIMER);
-            if (m_fitAfterExplode)
-                fit();
-            m_fitAfterExplode = false;
-        }
+    } else if (m_scene->tick(id)) {
         m_repaint = true;
     } else if (id == SPIN_TIMER) {
         if (m_camera->spin() == qrngl::CHANGED)

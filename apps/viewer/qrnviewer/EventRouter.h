@@ -1,10 +1,10 @@
 #pragma once
 
 #include "qrngl/interaction/CameraManipulator.h"
-#include "qrnviewer/Explosion.h"
 #include "qrnviewer/HostFrame.h"
 #include "qrnviewer/InputEvent.h"
 #include "qrnviewer/PmiDisplay.h"
+#include "qrnviewer/SceneKeys.h"
 #include "qrnviewer/Sectioning.h"
 
 #include <functional>
@@ -37,7 +37,7 @@ class EventRouter {
 public:
     using Operation = qrngl::CameraManipulator::Operation;
     // The host's own timer that keeps a released spin turning.
-    enum : unsigned int { SPIN_TIMER = 102, EXPLODE_TIMER = 103, STATE_TIMER = 104 };
+    enum : unsigned int { SPIN_TIMER = 102 };
     // Zoom factor of one wheel notch.
     static constexpr float WHEEL_FACTOR = 1.1f;
 
@@ -76,12 +76,10 @@ public:
     // The cut through the model.
     Sectioning& section() { return *m_section; }
     // The exploded view.
-    Explosion& explosion() { return *m_explosion; }
-    // The scene-state files of F3 (restore) and F2 (save); either may be empty (then the
-    // other serves, else "qrnview.state").
+    Explosion& explosion() { return m_scene->explosion(); }
+    // The scene-state files of F3 (restore) and F2 (save).
     void setStateFiles(std::string load, std::string save) {
-        m_stateLoad = std::move(load);
-        m_stateSave = std::move(save);
+        m_scene->setStateFiles(std::move(load), std::move(save));
     }
     // Turns the camera to a saved view of the file (animated), showing its own PMI.
     void showSavedView(int index);
@@ -126,13 +124,7 @@ private:
     std::function<void(const std::string&)> m_say;
     PmiDisplay m_pmi;
     std::unique_ptr<Sectioning> m_section;
-    std::unique_ptr<Explosion> m_explosion;
-    std::string m_stateLoad, m_stateSave;
-    // A restored scene state's camera move: from, to, and the step reached.
-    std::unique_ptr<qrngl::Camera> m_cameraFrom, m_cameraTo;
-    int m_cameraStep = 0;
-    // The exploded view changed by its key: the view fits the parts where they end up.
-    bool m_fitAfterExplode = false;
+    std::unique_ptr<SceneKeys> m_scene;
 };
 
 } // namespace qrnviewer

@@ -156,9 +156,7 @@ bool Explosion::animate() {
     if (m_frame >= FRAMES)
         return false;
     ++m_frame;
-    // Eased: slow at both ends.
-    const float t = static_cast<float>(m_frame) / FRAMES;
-    const float f = t * t * (3.0f - 2.0f * t);
+    const float f = ease(static_cast<float>(m_frame) / FRAMES);
     std::vector<Vec3> now(m_to.size());
     for (std::size_t i = 0; i < now.size(); ++i)
         now[i] = m_from[i] + (m_to[i] - m_from[i]) * f;

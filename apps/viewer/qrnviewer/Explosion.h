@@ -32,6 +32,8 @@ public:
     // Forgets the levels shown, the parts having been put back by someone else (the home
     // view).
     void assembled();
+    // Slow at both ends: the share of a move done at a share t of its time.
+    static float ease(float t) { return t * t * (3.0f - 2.0f * t); }
     // One animation step; false once the parts are where they go.
     bool animate();
     int level() const { return m_level; }

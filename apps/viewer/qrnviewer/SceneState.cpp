@@ -44,7 +44,9 @@ std::vector<Slot> slots(const qrnsg::SCSceneTopo& topology) {
 }
 
 qrnsg::RTState& stateOf(qrnsg::SCSceneRT& rt, int kind) {
-    return kind == 0 ? rt.meshes : kind == 1 ? rt.polylines : rt.points;
+    static const qrnsg::SCSceneRT::Kind kinds[3] = {
+        qrnsg::SCSceneRT::MESHES, qrnsg::SCSceneRT::POLYLINES, qrnsg::SCSceneRT::POINTS};
+    return rt.of(kinds[kind]);
 }
 
 } // namespace
@@ -255,9 +257,7 @@ bool SceneState::load(const std::string& path, std::string& error) {
         *renderer->camera = camera;
     for (const Part& p : parts) {
         auto& state = stateOf(*rt, p.slot.kind);
-        if (unsigned char* flags = state.flags.find(p.slot.id))
-            *flags = static_cast<unsigned char>(p.shown ? (*flags | qrnsg::RTState::VISIBLE)
-                                                        : (*flags & ~qrnsg::RTState::VISIBLE));
+        state.setVisible(p.slot.id, p.shown);
         if (p.material >= 0)
             state.materials.set(p.slot.id, p.material);
     }

@@ -308,4 +308,38 @@ qrnsg::Polyline MeshNormals::featureEdges(const std::vector<Vec3>& points,
     return lines;
 }
 
+void MeshNormals::addFeatureEdges(ModelData& model) {
+    for (auto& part : model.parts) {
+        if (part.edges.stripCount() > 0 || part.meshes.empty())
+            continue;
+        std::vector<Vec3> points;
+        std::vector<unsigned int> indices;
+        for (const auto& mesh : part.meshes) {
+            const auto base = static_cast<unsigned int>(points.size());
+            points.insert(points.end(), mesh.vertices.begin(), mesh.vertices.end());
+            for (unsigned int i : mesh.indices)
+                indices.push_back(base + i);
+        }
+        part.edges = featureEdges(points, indices);
+        const auto& lines = part.edges;
+        for (unsigned int strip = 0; strip < lines.stripCount(); ++strip) {
+            const std::size_t first = lines.strips[strip];
+            const std::size_t end =
+                strip + 1 < lines.stripCount() ? lines.strips[strip + 1] : lines.points.size();
+            qrnsg::PartEntities::Edge edge;
+            edge.strip = strip;
+            for (std::size_t i = first; i + 1 < end; ++i)
+                edge.curve.length += lines.points[i].distance(lines.points[i + 1]);
+            if (end - first == 2) {
+                edge.curve.type = qrnsg::PartEntities::Curve::LINE;
+                edge.curve.origin = lines.points[first];
+                edge.curve.axis = (lines.points[first + 1] - lines.points[first]).normalized();
+            } else {
+                edge.curve.type = qrnsg::PartEntities::Curve::OTHER;
+            }
+            part.entities.edges.push_back(edge);
+        }
+    }
+}
+
 } // namespace qrnimport

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "qrnimport/ModelData.h"
 #include "qrnmath/Tuple.h"
 #include "qrnsg/Mesh.h"
 #include "qrnsg/Polyline.h"
@@ -36,6 +37,9 @@ public:
     static qrnsg::Polyline featureEdges(const std::vector<qrnmath::Vec3>& points,
                                         const std::vector<unsigned int>& indices,
                                         float creaseAngle = kCreaseAngle);
+    // Gives each part read as triangles only (no edges) its feature edges, each strip an edge
+    // entity that picks name (straight where it is one segment).
+    static void addFeatureEdges(ModelData& model);
 };
 
 } // namespace qrnimport

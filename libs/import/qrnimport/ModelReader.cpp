@@ -567,39 +567,7 @@ bool ModelReader::read(const std::string& path, const Options& options, ModelDat
     }
     // Parts that came as triangles only (mesh formats) get the edges a drawing of them shows,
     // once, so that the edge views show them too.
-    for (auto& part : model.parts) {
-        if (part.edges.stripCount() > 0 || part.meshes.empty())
-            continue;
-        std::vector<qrnmath::Vec3> points;
-        std::vector<unsigned int> indices;
-        for (const auto& mesh : part.meshes) {
-            const auto base = static_cast<unsigned int>(points.size());
-            points.insert(points.end(), mesh.vertices.begin(), mesh.vertices.end());
-            for (unsigned int i : mesh.indices)
-                indices.push_back(base + i);
-        }
-        part.edges = MeshNormals::featureEdges(points, indices);
-        // Each strip an edge that picks name: straight where it is one segment.
-        for (unsigned int strip = 0; strip < part.edges.stripCount(); ++strip) {
-            const std::size_t first = part.edges.strips[strip];
-            const std::size_t end = strip + 1 < part.edges.stripCount()
-                                        ? part.edges.strips[strip + 1]
-                                        : part.edges.points.size();
-            qrnsg::PartEntities::Edge edge;
-            edge.strip = strip;
-            for (std::size_t i = first; i + 1 < end; ++i)
-                edge.curve.length += part.edges.points[i].distance(part.edges.points[i + 1]);
-            if (end - first == 2) {
-                edge.curve.type = qrnsg::PartEntities::Curve::LINE;
-                edge.curve.origin = part.edges.points[first];
-                edge.curve.axis =
-                    (part.edges.points[first + 1] - part.edges.points[first]).normalized();
-            } else {
-                edge.curve.type = qrnsg::PartEntities::Curve::OTHER;
-            }
-            part.entities.edges.push_back(edge);
-        }
-    }
+    MeshNormals::addFeatureEdges(model);
     return true;
 }
 

@@ -6,7 +6,7 @@ using qrnsg::RTState;
 
 namespace {
 RTState* kind(qrnsg::SCSceneRT& rt, int k) {
-    return k == 0 ? &rt.meshes : k == 1 ? &rt.polylines : k == 2 ? &rt.texts : &rt.points;
+    return &rt.of(static_cast<qrnsg::SCSceneRT::Kind>(k));
 }
 } // namespace
 
@@ -37,9 +37,7 @@ void VisibilityStateCreator::State::restore() {
         return;
     for (int k = 0; k < 4; ++k)
         for (const auto& [id, visible] : shown[k])
-            if (unsigned char* flags = kind(*rt, k)->flags.find(id))
-                *flags = static_cast<unsigned char>(visible ? (*flags | RTState::VISIBLE)
-                                                            : (*flags & ~RTState::VISIBLE));
+            kind(*rt, k)->setVisible(id, visible);
     if (auto m = m_markups.lock())
         m->shown = markups;
     if (auto renderer = m_renderer.lock()) {

@@ -1,5 +1,7 @@
 #include "qrnsg/SCSceneRT.h"
 
+#include "qrnsg/VisibilityFunctor.h"
+
 #include "qrnmath/MatrixUtils.h"
 
 #include <algorithm>
@@ -13,6 +15,23 @@ void RTState::add(int id, int drawable, int material, unsigned char extraFlags) 
     transforms.set(id, TransformPair(qrnmath::MatrixUtils::identity(), drawable));
     flags.set(id, static_cast<unsigned char>(VISIBLE | extraFlags));
     materials.set(id, material);
+}
+
+bool RTState::setVisible(int id, bool shown) {
+    unsigned char* current = flags.find(id);
+    if (!current)
+        return false;
+    if (auto visibility = std::dynamic_pointer_cast<VisibilityFunctor>(functor)) {
+        if (shown)
+            visibility->show(id);
+        else
+            visibility->hide(id);
+    }
+    const auto next = static_cast<unsigned char>(shown ? *current | VISIBLE : *current & ~VISIBLE);
+    if (next == *current)
+        return false;
+    *current = next;
+    return true;
 }
 
 void RTState::clear() {

@@ -33,6 +33,9 @@ struct QRNSG_EXPORT RTState {
 
     // Adds a primitive drawn by drawable index, visible, with the given material index.
     void add(int id, int drawable, int material, unsigned char extraFlags = 0);
+    // Shows or hides a primitive, keeping a visibility functor (which sets the bit again
+    // every frame) of the same mind; false when it was so already or is unknown.
+    bool setVisible(int id, bool shown);
     void clear();
 };
 
@@ -54,6 +57,14 @@ public:
     RTState polylines;
     RTState texts;
     RTState points;
+    // The run-time state of a kind of primitive.
+    enum Kind { MESHES, POLYLINES, TEXTS, POINTS };
+    RTState& of(Kind kind) {
+        return kind == MESHES      ? meshes
+               : kind == POLYLINES ? polylines
+               : kind == TEXTS     ? texts
+                                   : points;
+    }
 
     // Tables of the mesh pass, indexed by material index.
     std::vector<int> meshSceneMaterials; // index into SCScene::materials, -1 for none
