@@ -6,6 +6,7 @@
 #include "qrnimport/StandardView.h"
 #include "qrnviewer/EventLog.h"
 #include "qrnviewer/EventRouter.h"
+#include "qrnviewer/Measuring.h"
 #include "qrnviewer/Options.h"
 #include "qrnviewer/PmiDisplay.h"
 #include "qrnviewer/RendererPlugins.h"
@@ -17,6 +18,8 @@
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
+#include "qrngl/frame/RendererFactory.h"
+#include "qrngl/measure/MeasureRenderer.h"
 #include "qrngl/picking/SelectManipulator.h"
 #include "qrngl/picking/SelectionRenderer.h"
 #include "qrnviewer/EntityText.h"
@@ -42,7 +45,8 @@ int main(int argc, char** argv) {
         return 0;
     }
     // --pick alone names what is there without a window or a picture.
-    const bool window = options.snapshot.empty() && options.picks.empty();
+    const bool window =
+        options.snapshot.empty() && options.picks.empty() && options.measure.empty();
     std::string reason;
     if (window && !qrnviewer::ViewerWindow::displayAvailable(reason)) {
         std::fprintf(stderr,
@@ -179,12 +183,16 @@ int main(int argc, char** argv) {
     // highlighted.
     auto selection = std::make_shared<qrngl::SelectionSet>();
     bool picked = true;
-    if (!options.picks.empty()) {
+    if (!options.picks.empty() || !options.measure.empty()) {
         static const char* const kinds[] = {"part", "face", "edge", "vertex", "any"};
         for (int k = 0; k < 5; ++k)
             if (options.select == kinds[k])
                 selection->setMode(static_cast<qrngl::SelectionSet::Mode>(k));
         renderer->addPostRenderer(std::make_shared<qrngl::SelectionRenderer>(document, selection));
+        if (!options.measure.empty())
+            renderer->renderers[qrngl::SCRenderer::MEASURE_RENDERER] =
+                std::make_shared<qrngl::MeasureRenderer>(
+                    document, std::make_shared<qrngl::RendererFactory>());
         picture.beforeFrame = [&](const std::shared_ptr<qrngl::IRenderContext>& context,
                                   qrngl::ICanvasFactory& factory) {
             auto canvas = factory.createPickCanvas(context, document);
@@ -208,6 +216,10 @@ int main(int argc, char** argv) {
                 if (name)
                     selection->add({name});
             }
+            if (!options.measure.empty() &&
+                !qrnviewer::Measuring::measureAt(document, options.measure[0], options.measure[1],
+                                                 options.measure[2], options.measure[3]))
+                picked = false;
             std::fflush(stdout);
             context->activate();
             canvas->OnDestroy();

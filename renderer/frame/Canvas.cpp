@@ -176,6 +176,9 @@ void Canvas::render(const Scene& scene, const Pmi& pmi, const SceneRT& rt, const
 
     for (const auto& post : renderer->postRenderers)
         post->render();
+    for (const auto& entry : renderer->renderers)
+        if (entry.second)
+            entry.second->render();
     if (renderer->closingRenderer)
         renderer->closingRenderer->render();
     glDisable(GL_MULTISAMPLE);

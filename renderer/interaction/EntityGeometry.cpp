@@ -1,6 +1,8 @@
 #include "qrngl/interaction/EntityGeometry.h"
 
+#include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
+#include "qrngl/picking/EntityFilter.h"
 #include "qrnmath/MatrixUtils.h"
 #include "qrnmath/PlaneUtils.h"
 #include "qrnsg/EntityNames.h"
@@ -71,7 +73,8 @@ EntityGeometry::EntityGeometry(const std::shared_ptr<qrn::IDocument>& document)
     : m_scene(qrn::component<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE)),
       m_resources(qrn::component<qrnsg::SCSceneRes>(document, qrnsg::SCHEMA_SCENE_RES)),
       m_rt(qrn::component<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT)),
-      m_topology(qrn::component<qrnsg::SCSceneTopo>(document, qrnsg::SCHEMA_SCENE_TOPO)) {
+      m_topology(qrn::component<qrnsg::SCSceneTopo>(document, qrnsg::SCHEMA_SCENE_TOPO)),
+      m_clipping(qrn::component<SCClipping>(document, qrnsg::SCHEMA_CLIPPING)) {
     // The drawables live in the scene component or, when it holds none, in the resources.
     if (m_scene && (!m_scene->meshes.empty() || !m_scene->polylines.empty())) {
         m_meshes = &m_scene->meshes;
@@ -160,10 +163,202 @@ bool EntityGeometry::faceTriangles(unsigned int face, std::vector<Vec3>& corners
     return !corners.empty();
 }
 
-void EntityGeometry::addEntity(unsigned int name, qrnsg::BBox& box) const {
-    const EntityNames::Entity e = m_topology->resolve(name);
+bool EntityGeometry::edgePoints(unsigned int edge, std::vector<Vec3>& points,
+                                Mat4* placement) const {
+    points.clear();
+    if (!ready() || EntityNames::kindOf(edge) != EntityNames::EDGE || !m_polylines)
+        return false;
+    const EntityNames::Entity e = m_topology->resolve(edge);
     const auto* node = at(m_topology->nodes, e.node);
     const auto* part = m_topology->partOf(e.node);
+    const auto* entity = part ? at(part->entities.edges, e.index) : nullptr;
+    Placed placed;
+    if (!entity || !node || !place(m_rt->polylines, first(node->polylineIds), placed))
+        return false;
+    const auto* line = at(*m_polylines, placed.drawable);
+    if (!line || entity->strip >= line->stripCount())
+        return false;
+    const std::size_t begin = line->strips[entity->strip];
+    const std::size_t end = entity->strip + 1 < line->strips.size()
+                                ? line->strips[entity->strip + 1]
+                                : line->points.size();
+    for (std::size_t i = begin; i < end && i < line->points.size(); ++i)
+        points.push_back(MatrixUtils::transformPoint(placed.transform, line->points[i]));
+    if (placement)
+        *placement = placed.transform;
+    return !points.empty();
+}
+
+bool EntityGeometry::vertexPoint(unsigned int vertex, Vec3& point) const {
+    if (!ready() || EntityNames::kindOf(vertex) != EntityNames::POINT)
+        return false;
+    const EntityNames::Entity e = m_topology->resolve(vertex);
+    const auto* node = at(m_topology->nodes, e.node);
+    const auto* part = m_topology->partOf(e.node);
+    const Vec3* p = part ? at(part->entities.vertices, e.index) : nullptr;
+    if (!p || !node)
+        return false;
+    // The part's vertices are in its own frame, which any of its primitives places.
+    Placed placed;
+    if (!place(m_rt->points, first(node->pointIds), placed) &&
+        !place(m_rt->meshes, first(node->meshIds), placed))
+        placed.transform = MatrixUtils::identity();
+    point = MatrixUtils::transformPoint(placed.transform, *p);
+    return true;
+}
+
+namespace {
+
+// How much a placement scales lengths (placements scale evenly).
+float scaleOf(const Mat4& m) {
+    return (MatrixUtils::transformVector(m, Vec3(1, 0, 0)).length() +
+            MatrixUtils::transformVector(m, Vec3(0, 1, 0)).length() +
+            MatrixUtils::transformVector(m, Vec3(0, 0, 1)).length()) /
+           3.0f;
+}
+
+Vec3 direction(const Mat4& m, const Vec3& v) {
+    const Vec3 d = MatrixUtils::transformVector(m, v);
+    return d.lengthSquared() > 0.0f ? d.normalized() : v;
+}
+
+} // namespace
+
+qrnsgutils::WorldEntity EntityGeometry::entity(unsigned int name) const {
+    qrnsgutils::WorldEntity out;
+    switch (EntityNames::kindOf(name)) {
+    case EntityNames::FACE: {
+        const int* id = nullptr;
+        const auto* f = faceOf(name, &id);
+        Placed placed;
+        if (!f || !id || !place(m_rt->meshes, *id, placed) || !faceTriangles(name, out.triangles))
+            break;
+        out.kind = qrnsgutils::WorldEntity::FACE;
+        out.surface = f->surface;
+        const Mat4& m = placed.transform;
+        const float scale = scaleOf(m);
+        out.surface.origin = MatrixUtils::transformPoint(m, f->surface.origin);
+        out.surface.radius *= scale;
+        out.surface.minorRadius *= scale;
+        Vec3 n;
+        out.surface.axis =
+            f->surface.type == qrnsg::PartEntities::Surface::PLANE && planeNormal(name, n)
+                ? n
+                : direction(m, f->surface.axis);
+        break;
+    }
+    case EntityNames::EDGE: {
+        Mat4 m;
+        if (!edgePoints(name, out.polyline, &m))
+            break;
+        const EntityNames::Entity e = m_topology->resolve(name);
+        const auto& curve =
+            m_topology->partOf(e.node)->entities.edges[static_cast<std::size_t>(e.index)].curve;
+        out.kind = qrnsgutils::WorldEntity::EDGE;
+        out.curve = curve;
+        const float scale = scaleOf(m);
+        out.curve.origin = MatrixUtils::transformPoint(m, curve.origin);
+        out.curve.axis = direction(m, curve.axis);
+        out.curve.radius *= scale;
+        out.curve.length *= scale;
+        break;
+    }
+    case EntityNames::POINT:
+        if (vertexPoint(name, out.point))
+            out.kind = qrnsgutils::WorldEntity::POINT;
+        break;
+    default:
+        break;
+    }
+    return out;
+}
+
+bool EntityGeometry::pointOn(unsigned int name, const qrnmath::Ray& ray, Vec3& point,
+                             Vec3& normal) const {
+    normal = -ray.direction();
+    switch (EntityNames::kindOf(name)) {
+    case EntityNames::FACE: {
+        float t = 0.0f;
+        std::vector<Vec3> c;
+        if (!intersect(name, ray, t) || !faceTriangles(name, c))
+            return false;
+        point = ray.pointAt(t);
+        // The normal of the triangle the point lies nearest, turned to the viewer.
+        float nearest = std::numeric_limits<float>::max();
+        for (std::size_t i = 0; i < c.size(); i += 3) {
+            const Vec3 n = qrnmath::cross(c[i + 1] - c[i], c[i + 2] - c[i]);
+            if (n.lengthSquared() <= 0.0f)
+                continue;
+            const float d = point.distance((c[i] + c[i + 1] + c[i + 2]) / 3.0f);
+            if (d < nearest) {
+                nearest = d;
+                normal = n.normalized();
+            }
+        }
+        if (normal.dot(ray.direction()) > 0.0f)
+            normal = -normal;
+        return true;
+    }
+    case EntityNames::EDGE: {
+        std::vector<Vec3> p;
+        if (!edgePoints(name, p))
+            return false;
+        qrnsgutils::WorldEntity line, onRay;
+        line.kind = onRay.kind = qrnsgutils::WorldEntity::EDGE;
+        line.polyline = p;
+        // A long stretch of the ray stands in for it.
+        const float reach = 1e6f;
+        onRay.polyline = {ray.origin(), ray.pointAt(reach)};
+        const auto r = qrnsgutils::EntityMeasure::distance(line, onRay);
+        if (!r.valid)
+            return false;
+        point = r.a;
+        return true;
+    }
+    case EntityNames::POINT:
+        return vertexPoint(name, point);
+    default:
+        return false;
+    }
+}
+
+bool EntityGeometry::pointUnder(const std::shared_ptr<IPickCanvas>& canvas,
+                                const std::shared_ptr<Camera>& camera, int x, int y,
+                                unsigned short mask, int size, unsigned int& name, Vec3& point,
+                                Vec3& normal) const {
+    name = 0;
+    if (!canvas || !camera || !ready())
+        return false;
+    for (unsigned short kind : {4, 2, 1})
+        if ((mask & kind) && (name = EntityFilter::nearest(canvas, kind, x, y, size)) != 0)
+            break;
+    if (!name)
+        return false;
+    const qrnmath::Ray ray = rayAt(camera, x, y);
+    if (EntityNames::kindOf(name) != EntityNames::PART)
+        return pointOn(name, ray, point, normal);
+    float t = 0.0f;
+    if (!m_clipping || !m_clipping->hasPlane() ||
+        !qrnmath::PlaneUtils::intersect(m_clipping->planes.front(), ray, t))
+        return false;
+    point = ray.pointAt(t);
+    normal = qrnmath::PlaneUtils::normal(m_clipping->planes.front()).normalized();
+    if (normal.dot(ray.direction()) > 0.0f)
+        normal = -normal;
+    return true;
+}
+
+qrnmath::Ray EntityGeometry::rayAt(const std::shared_ptr<Camera>& camera, int x, int y) {
+    const Mat4 inverse = MatrixUtils::inverse(CameraHelper::getModelToScreen(camera), 1e-11f);
+    const Vec3 nearPoint = MatrixUtils::transformPoint(
+        inverse, Vec3(static_cast<float>(x), static_cast<float>(y), 0.0f));
+    const Vec3 farPoint = MatrixUtils::transformPoint(
+        inverse, Vec3(static_cast<float>(x), static_cast<float>(y), 1.0f));
+    return qrnmath::Ray(nearPoint, (farPoint - nearPoint).normalized());
+}
+
+void EntityGeometry::addEntity(unsigned int name, qrnsg::BBox& box) const {
+    const EntityNames::Entity e = m_topology->resolve(name);
     const auto* polylines = m_polylines;
     Placed placed;
     switch (e.kind) {
@@ -181,30 +376,15 @@ void EntityGeometry::addEntity(unsigned int name, qrnsg::BBox& box) const {
         break;
     }
     case EntityNames::EDGE: {
-        const auto* edge = part ? at(part->entities.edges, e.index) : nullptr;
-        if (!edge || !node || !polylines ||
-            !place(m_rt->polylines, first(node->polylineIds), placed))
-            break;
-        const auto* line = at(*polylines, placed.drawable);
-        if (!line || edge->strip >= line->stripCount())
-            break;
-        const std::size_t begin = line->strips[edge->strip];
-        const std::size_t end = edge->strip + 1 < line->strips.size()
-                                    ? line->strips[edge->strip + 1]
-                                    : line->points.size();
-        for (std::size_t i = begin; i < end && i < line->points.size(); ++i)
-            box.add(MatrixUtils::transformPoint(placed.transform, line->points[i]));
+        std::vector<Vec3> points;
+        if (edgePoints(name, points))
+            addPoints(points, MatrixUtils::identity(), box);
         break;
     }
     case EntityNames::POINT: {
-        const Vec3* vertex = part ? at(part->entities.vertices, e.index) : nullptr;
-        if (!vertex || !node)
-            break;
-        // The part's vertices are in its own frame, which any of its primitives places.
-        if (!place(m_rt->points, first(node->pointIds), placed) &&
-            !place(m_rt->meshes, first(node->meshIds), placed))
-            placed.transform = MatrixUtils::identity();
-        box.add(MatrixUtils::transformPoint(placed.transform, *vertex));
+        Vec3 p;
+        if (vertexPoint(name, p))
+            box.add(p);
         break;
     }
     case EntityNames::EDGE_LIKE:

@@ -4,6 +4,7 @@
 #include "qrngl/GL.h"
 #include "qrngl/NamesInitializer.h"
 #include "qrngl/SCClipping.h"
+#include "qrngl/SCMeasure.h"
 #include "qrngl/picking/PickPass.h"
 #include "qrngl/picking/PickingHelper.h"
 
@@ -62,6 +63,9 @@ bool PBOPickCanvas::currentView(ViewKey& view) const {
                                               ? 0
                                               : clipping->planeClipData.front()->nodes.size());
         }
+    // Measurement labels come and go.
+    if (auto measure = qrn::component<SCMeasure>(m_document, qrnsg::SCHEMA_MEASURE))
+        view[41] = static_cast<float>(measure->revision);
     return true;
 }
 

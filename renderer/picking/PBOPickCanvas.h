@@ -15,7 +15,7 @@ class QRNGL_EXPORT PBOPickCanvas : public UCPickCanvas {
 public:
     // What the kept names depend on: projection, model-view, viewport size, the vertex
     // mask, and the clip plane with its cap and profile state.
-    using ViewKey = std::array<float, 41>;
+    using ViewKey = std::array<float, 42>;
 
     PBOPickCanvas(std::shared_ptr<IRenderContext> context,
                   std::shared_ptr<qrn::IDocument> document);

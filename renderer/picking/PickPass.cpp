@@ -63,6 +63,9 @@ void PickPass::draw(NamesInitializer::Mode mode, unsigned short type) const {
     for (const auto& post : renderer->postRenderers)
         if (auto* picker = dynamic_cast<IPicker*>(post.get()))
             picker->pick(names, visitor);
+    for (const auto& entry : renderer->renderers)
+        if (auto* picker = dynamic_cast<IPicker*>(entry.second.get()))
+            picker->pick(names, visitor);
 }
 
 void PickPass::choose(const std::shared_ptr<qrn::IDocument>& document, const FilterResult& result) {
@@ -75,6 +78,9 @@ void PickPass::choose(const std::shared_ptr<qrn::IDocument>& document, const Fil
             picker->choose(result);
     for (const auto& post : renderer->postRenderers)
         if (auto* picker = dynamic_cast<IPicker*>(post.get()))
+            picker->choose(result);
+    for (const auto& entry : renderer->renderers)
+        if (auto* picker = dynamic_cast<IPicker*>(entry.second.get()))
             picker->choose(result);
 }
 

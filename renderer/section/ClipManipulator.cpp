@@ -77,16 +77,12 @@ void ClipManipulator::init() {
 }
 
 qrnsg::BBox ClipManipulator::getRootBounds() const {
-    auto scene = component<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
-    auto rt = component<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
-    auto resources = component<qrnsg::SCSceneRes>(qrnsg::SCHEMA_SCENE_RES);
-    if (!scene || !resources || !rt || !component<qrnsg::SCInfo>(qrnsg::SCHEMA_INFO) ||
+    if (!component<qrnsg::SCSceneRes>(qrnsg::SCHEMA_SCENE_RES) ||
+        !component<qrnsg::SCInfo>(qrnsg::SCHEMA_INFO) ||
         !component<qrnsg::SCSceneTopo>(qrnsg::SCHEMA_SCENE_TOPO) ||
         !component<qrnsg::SCPmi>(qrnsg::SCHEMA_PMI))
         return qrnsg::BBox();
-    if (!scene->meshes.empty() || !scene->polylines.empty())
-        return qrnglutils::BBoxUtils::get(*scene, *rt, false);
-    return resources->empty() ? qrnsg::BBox() : qrnglutils::BBoxUtils::get(*resources, *rt, false);
+    return qrnglutils::BBoxUtils::getRoot(m_document);
 }
 
 Vec4 ClipManipulator::getClipPlane(const qrnsg::BBox& bounds, bool flipped,

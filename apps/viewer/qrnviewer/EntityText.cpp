@@ -5,6 +5,7 @@
 #include "qrnsg/SCInfo.h"
 #include "qrnsg/SCSceneRT.h"
 #include "qrnsg/SCSceneTopo.h"
+#include "qrnsgutils/InfoUtils.h"
 
 #include <cmath>
 #include <cstdio>
@@ -16,33 +17,39 @@ using qrnsg::PartEntities;
 
 namespace {
 
-std::string number(double v) {
+std::string format(double v) {
     char text[32];
     std::snprintf(text, sizeof text, "%.4g", v);
     return text;
 }
 
-const char* unitName(const std::shared_ptr<qrn::IDocument>& document) {
-    static const char* const names[] = {"mm", "cm", "m", "in", "ft", "um", "km", "mi"};
-    auto info = std::dynamic_pointer_cast<qrnsg::SCInfo>(document->getSchema(qrnsg::SCHEMA_INFO));
-    const int unit = info ? info->lengthUnit : 0;
-    return unit >= 0 && unit < 8 ? names[unit] : "mm";
-}
+// Lengths in the document's own unit.
+struct Unit {
+    std::string name;
+    double scale = 1.0;
+    explicit Unit(const std::shared_ptr<qrn::IDocument>& document) {
+        auto info = qrn::component<qrnsg::SCInfo>(document, qrnsg::SCHEMA_INFO);
+        const auto unit = info ? info->lengthUnit : qrnsg::SCInfo::MILLIMETRE;
+        name = qrnplatform::Text::toUtf8(qrnsgutils::InfoUtils::getUnitName(unit));
+        scale = info ? qrnsgutils::InfoUtils::toUnit(1.0, *info, unit) : 1.0;
+    }
+    std::string number(double v) const { return format(v * scale); }
+    std::string operator()(double v) const { return number(v) + " " + name; }
+};
 
-std::string surface(const PartEntities::Surface& s, const std::string& unit) {
+std::string surface(const PartEntities::Surface& s, const Unit& unit) {
     switch (s.type) {
     case PartEntities::Surface::PLANE:
         return "planar face";
     case PartEntities::Surface::CYLINDER:
-        return "cylindrical face, radius " + number(s.radius) + " " + unit;
+        return "cylindrical face, radius " + unit(s.radius);
     case PartEntities::Surface::CONE:
-        return "conical face, half angle " + number(s.halfAngle * 180.0 / 3.14159265358979) +
+        return "conical face, half angle " + format(s.halfAngle * 180.0 / 3.14159265358979) +
                " deg";
     case PartEntities::Surface::SPHERE:
-        return "spherical face, radius " + number(s.radius) + " " + unit;
+        return "spherical face, radius " + unit(s.radius);
     case PartEntities::Surface::TORUS:
-        return "toroidal face, radii " + number(s.radius) + " and " + number(s.minorRadius) + " " +
-               unit;
+        return "toroidal face, radii " + unit.number(s.radius) + " and " + unit(s.minorRadius);
     case PartEntities::Surface::OTHER:
         return "free-form face";
     default:
@@ -50,17 +57,16 @@ std::string surface(const PartEntities::Surface& s, const std::string& unit) {
     }
 }
 
-std::string curve(const PartEntities::Curve& c, const std::string& unit) {
+std::string curve(const PartEntities::Curve& c, const Unit& unit) {
     switch (c.type) {
     case PartEntities::Curve::LINE:
-        return "straight edge, length " + number(c.length) + " " + unit;
+        return "straight edge, length " + unit(c.length);
     case PartEntities::Curve::CIRCLE:
-        return "circular edge, radius " + number(c.radius) + " " + unit;
+        return "circular edge, radius " + unit(c.radius);
     case PartEntities::Curve::ARC:
-        return "circular arc, radius " + number(c.radius) + " " + unit + ", length " +
-               number(c.length) + " " + unit;
+        return "circular arc, radius " + unit(c.radius) + ", length " + unit(c.length);
     case PartEntities::Curve::OTHER:
-        return "curved edge, length " + number(c.length) + " " + unit;
+        return "curved edge, length " + unit(c.length);
     default:
         return "mesh edge";
     }
@@ -85,7 +91,7 @@ std::string EntityText::describe(const std::shared_ptr<qrn::IDocument>& document
     std::string owner = qrnplatform::Text::toUtf8(node.name);
     if (!part->name.empty() && part->name != node.name)
         owner += " (" + qrnplatform::Text::toUtf8(part->name) + ")";
-    const std::string unit = unitName(document);
+    const Unit unit(document);
     const auto at = static_cast<std::size_t>(e.index);
     switch (e.kind) {
     case EntityNames::PART:
@@ -114,8 +120,9 @@ std::string EntityText::describe(const std::shared_ptr<qrn::IDocument>& document
 
 std::string EntityText::point(const std::shared_ptr<qrn::IDocument>& document,
                               const qrnmath::Vec3& p) {
-    return "(" + number(p[0]) + ", " + number(p[1]) + ", " + number(p[2]) + ") " +
-           unitName(document);
+    const Unit unit(document);
+    return "(" + unit.number(p[0]) + ", " + unit.number(p[1]) + ", " + unit.number(p[2]) + ") " +
+           unit.name;
 }
 
 } // namespace qrnviewer

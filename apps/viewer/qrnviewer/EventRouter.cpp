@@ -126,6 +126,8 @@ EventRouter::EventRouter(std::shared_ptr<qrn::IDocument> document, void* window,
     setMouseStyle(r ? r->mouseStyle : 0);
     m_section = std::make_unique<Sectioning>(m_document, m_cursor);
     m_section->setMessageSink([this](const std::string& text) { say(text); });
+    m_measuring = std::make_unique<Measuring>(m_document, m_cursor);
+    m_measuring->setMessageSink([this](const std::string& text) { say(text); });
     m_scene = std::make_unique<SceneKeys>(
         m_document, m_window, [this](const std::string& text) { say(text); }, [this] { fit(); });
     // Moved parts cut anew: a shown profile follows them.
@@ -139,6 +141,7 @@ EventRouter::EventRouter(std::shared_ptr<qrn::IDocument> document, void* window,
 EventRouter::~EventRouter() {
     WindowTimer::killTimer(m_window, SPIN_TIMER);
     m_scene.reset();
+    m_measuring.reset();
     m_section.reset();
     // The manipulators hold the frame, which holds the document: break the cycle.
     if (auto r = renderer()) {
@@ -332,6 +335,10 @@ void EventRouter::command(unsigned int key, bool repeat) {
     // Held keys repeat; the commands act once a press.
     if (repeat)
         return;
+    if (m_measuring->key(key, Input::isKeyDown(VK_SHIFT))) {
+        m_repaint = true;
+        return;
+    }
     if ((key >= '1' && key <= '7') || (key >= VK_NUMPAD0 + 1 && key <= VK_NUMPAD0 + 7)) {
         const auto index = (key >= VK_NUMPAD0 ? key - VK_NUMPAD0 : key - '0') - 1;
         animate([&] { m_camera->play(kKeyViews[index], qrngl::CameraManipulator::VIEW_FRAMES); });
@@ -574,7 +581,9 @@ const char* EventRouter::keyHelp() {
            "      F2 save the scene state, F3 restore it\n"
            "      L cut along X, Y, Z in turn, Shift+L no cut; J flip, Shift+J hatch;\n"
            "      K caps in part colours, one colour, off; Shift+K profile; rest the\n"
-           "      pointer on the plane, then drag or press up, down to move it\n";
+           "      pointer on the plane, then drag or press up, down to move it\n"
+           "      9 measure: smart, distance, point, off (Esc off); click a label to\n"
+           "      select it, Delete deletes the selected, Shift+Delete all\n";
 }
 
 } // namespace qrnviewer

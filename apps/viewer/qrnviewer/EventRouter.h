@@ -3,6 +3,7 @@
 #include "qrngl/interaction/CameraManipulator.h"
 #include "qrnviewer/HostFrame.h"
 #include "qrnviewer/InputEvent.h"
+#include "qrnviewer/Measuring.h"
 #include "qrnviewer/PmiDisplay.h"
 #include "qrnviewer/SceneKeys.h"
 #include "qrnviewer/Sectioning.h"
@@ -75,6 +76,7 @@ public:
     PmiDisplay& pmi() { return m_pmi; }
     // The cut through the model.
     Sectioning& section() { return *m_section; }
+    Measuring& measuring() { return *m_measuring; }
     // The exploded view.
     Explosion& explosion() { return m_scene->explosion(); }
     // The scene-state files of F3 (restore) and F2 (save).
@@ -124,6 +126,7 @@ private:
     std::function<void(const std::string&)> m_say;
     PmiDisplay m_pmi;
     std::unique_ptr<Sectioning> m_section;
+    std::unique_ptr<Measuring> m_measuring;
     std::unique_ptr<SceneKeys> m_scene;
 };
 

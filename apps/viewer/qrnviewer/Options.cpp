@@ -45,7 +45,7 @@ std::string Options::usage() {
            "               [--frame-budget MS] [--mesh-threads N]\n"
            "               [--section x|y|z[@OFFSET]] [--flip] [--caps part|single|off]\n"
            "               [--hatch] [--profile] [--explode] [--state FILE]\n"
-           "               [--save-state FILE]\n"
+           "               [--save-state FILE] [--measure X1,Y1,X2,Y2]\n"
            "  MODEL        a STEP, IGES, BREP, glTF, OBJ or STL file; without one, the\n"
            "               built-in demo assembly\n"
            "  --snapshot   draw off screen and write the frame as a PNG; without it the\n"
@@ -70,6 +70,9 @@ std::string Options::usage() {
            "               highlighted in the picture\n"
            "  --select     what --pick takes: part, face, edge, vertex or any (default any:\n"
            "               edges and vertices near the pixel before the face under it)\n"
+           "  --measure    measure between the entities at two window pixels of the initial\n"
+           "               view (vertices, edges, faces) and print it; with --snapshot the\n"
+           "               label is in the picture\n"
            "  --frame-budget  window: milliseconds a frame may take while the camera moves\n"
            "               (default 33, or FrameBudget under [Settings\\Renderer] in the\n"
            "               settings); slower models then leave their smallest parts out and\n"
@@ -202,6 +205,21 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
                 return false;
             }
             o.picks.emplace_back(x, y);
+        } else if (arg == "--measure") {
+            std::string points;
+            if (!value(points))
+                return false;
+            int v[4] = {0, 0, 0, 0};
+            char c[4] = {0, 0, 0, 0};
+            if (std::sscanf(points.c_str(), "%d%c%d%c%d%c%d%c", &v[0], &c[0], &v[1], &c[1], &v[2],
+                            &c[2], &v[3], &c[3]) != 7 ||
+                c[0] != ',' || c[1] != ',' || c[2] != ',' ||
+                std::min({v[0], v[1], v[2], v[3]}) < 0) {
+                error = "bad measure points '" + points +
+                        "' (expected X1,Y1,X2,Y2 in pixels, e.g. 400,300,600,300)";
+                return false;
+            }
+            o.measure.assign(v, v + 4);
         } else if (arg == "--select") {
             if (!value(o.select))
                 return false;
@@ -281,6 +299,13 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
             error = "pick point " + std::to_string(p.first) + "," + std::to_string(p.second) +
                     " lies outside the " + std::to_string(o.width) + "x" +
                     std::to_string(o.height) + " view";
+            return false;
+        }
+    for (std::size_t i = 0; i + 1 < o.measure.size(); i += 2)
+        if (o.measure[i] >= static_cast<int>(o.width) ||
+            o.measure[i + 1] >= static_cast<int>(o.height)) {
+            error = "measure point " + std::to_string(o.measure[i]) + "," +
+                    std::to_string(o.measure[i + 1]) + " lies outside the view";
             return false;
         }
     if (!o.snapshot.empty() && (!o.record.empty() || !o.screenshot.empty())) {

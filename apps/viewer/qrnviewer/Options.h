@@ -24,6 +24,7 @@ struct Options {
     std::string screenshot;   // window: write the frame after the replay here, close (tests)
     std::vector<std::pair<int, int>> picks; // window pixels to name (and highlight), in order
     std::string select = "any";             // what a --pick names: part, face, edge, vertex, any
+    std::vector<int> measure;               // two window pixels to measure between: x, y, x, y
     // Milliseconds a frame may take while the camera moves; negative: the "FrameBudget"
     // setting of the renderer, else the renderer's default.
     double frameBudget = -1.0;

@@ -207,9 +207,12 @@ std::shared_ptr<qrn::Document> DocumentBuilder::fill(const ModelData& model,
     document->addSchema(qrnsg::SCHEMA_SCENE_RES);
     document->addSchema(qrnsg::SCHEMA_CLIPPING);
     document->addSchema(qrnsg::SCHEMA_MEASURE);
+    document->addSchema(qrnsg::SCHEMA_TEMP_GRAPHICS);
     auto info = std::dynamic_pointer_cast<qrnsg::SCInfo>(document->addSchema(qrnsg::SCHEMA_INFO));
-    if (info)
-        info->lengthUnit = unitOf(model.lengthUnit);
+    if (info) {
+        info->modelUnit = unitOf(model.lengthUnit);
+        info->lengthUnit = unitOf(model.fileUnit.empty() ? model.lengthUnit : model.fileUnit);
+    }
     auto topology = std::dynamic_pointer_cast<qrnsg::SCSceneTopo>(
         document->addSchema(qrnsg::SCHEMA_SCENE_TOPO));
     auto scene = document->get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);

@@ -70,7 +70,10 @@ struct QRNIMPORT_EXPORT ModelData {
     std::vector<SavedView> views;
     // The section views of the file: its named clipping planes.
     std::vector<qrnsg::Section> sections;
+    // The unit of the coordinates, and the unit the file itself declares (empty: the same), in
+    // which its lengths are shown.
     std::wstring lengthUnit = L"mm";
+    std::wstring fileUnit;
 
     int addMaterial(const qrnsg::MMaterial& m);
     int addPart(Part part);

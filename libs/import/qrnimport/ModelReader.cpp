@@ -24,8 +24,10 @@
 #include <RWObj_CafReader.hxx>
 #include <RWStl.hxx>
 #include <STEPCAFControl_Reader.hxx>
+#include <STEPControl_Reader.hxx>
 #include <Standard_ErrorHandler.hxx>
 #include <Standard_Failure.hxx>
+#include <TColStd_SequenceOfAsciiString.hxx>
 #include <TDataStd_Name.hxx>
 #include <TDocStd_Document.hxx>
 #include <TopoDS_Face.hxx>
@@ -343,16 +345,34 @@ void setStepModes(STEPCAFControl_Reader& reader, bool pmi) {
     reader.SetViewMode(pmi);
 }
 
+// The short name of the length unit a STEP file declares; empty when it names none known.
+std::wstring stepFileUnit(STEPCAFControl_Reader& reader) {
+    TColStd_SequenceOfAsciiString lengths, angles, solidAngles;
+    reader.ChangeReader().FileUnits(lengths, angles, solidAngles);
+    if (lengths.IsEmpty())
+        return std::wstring();
+    TCollection_AsciiString name = lengths.First();
+    name.UpperCase();
+    static const std::pair<const char*, const wchar_t*> units[] = {
+        {"MILLI", L"mm"}, {"CENTI", L"cm"}, {"MICRO", L"um"}, {"KILO", L"km"}, {"INCH", L"in"},
+        {"FOOT", L"ft"},  {"MILE", L"mi"},  {"METRE", L"m"},  {"METER", L"m"}};
+    for (const auto& u : units)
+        if (name.Search(u.first) >= 1)
+            return u.second;
+    return std::wstring();
+}
+
 // PMI that the reader throws, crashes or fails on costs the PMI, not the model: the file is
 // read again without PMI and saved views.
 bool readStep(const std::string& path, DocumentGuard& document, const ModelReader::Options& options,
-              qrn::IStatusManager* status, std::string& error) {
+              qrn::IStatusManager* status, std::string& error, std::wstring& fileUnit) {
     std::string failure;
     {
         STEPCAFControl_Reader reader;
         setStepModes(reader, options.pmi);
         if (!readXcafFile(reader, "STEP", path, status, error))
             return false;
+        fileUnit = stepFileUnit(reader);
         if (!options.pmi)
             return transferXcaf(reader, "STEP", path, document.doc, status, error);
         try {
@@ -457,13 +477,14 @@ bool protectedRead(Kind kind, const std::string& path, const ModelReader::Option
     try {
         OCC_CATCH_SIGNALS
         DocumentGuard document;
+        std::wstring fileUnit;
         if (document.doc.IsNull()) {
             error = "cannot read " + path + ": no document could be made";
             return false;
         }
         switch (kind) {
         case Kind::STEP:
-            ok = readStep(path, document, options, status, error);
+            ok = readStep(path, document, options, status, error, fileUnit);
             break;
         case Kind::IGES:
             ok = readIges(path, document.doc, status, error);
@@ -499,6 +520,8 @@ bool protectedRead(Kind kind, const std::string& path, const ModelReader::Option
             error = "cannot read " + path + ": " + importError;
             return false;
         }
+        if (fileUnit != model.lengthUnit)
+            model.fileUnit = fileUnit;
         return true;
     } catch (const Standard_Failure& e) {
         error = "cannot read " + path + ": the reader failed (" + describe(e) + ")";

@@ -14,6 +14,7 @@
 
 #include <array>
 #include <functional>
+#include <map>
 #include <memory>
 #include <set>
 #include <vector>
@@ -62,6 +63,10 @@ public:
     std::shared_ptr<IRenderer> closingRenderer;
     PreRenderers preRenderers;
     PostRenderers postRenderers;
+    // Tools' own scene renderers by id, drawn and picked after the post-renderers in id order
+    // (the measurements and the points picked towards the next).
+    enum : int { MEASURE_RENDERER = 1, MEASURE_POINTS_RENDERER = 2 };
+    std::map<int, std::shared_ptr<IRenderer>> renderers;
     std::vector<std::shared_ptr<ITexture>> textures;
     int displayMode = 0;
     // The colour every frame is cleared to (red, green, blue).

@@ -75,4 +75,15 @@ void BBoxUtils::updateCameraPosition(const std::shared_ptr<qrngl::Camera>& camer
         radius = qrngl::CameraHelper::getFitRadius(camera, box, rotation);
 }
 
+qrnsg::BBox BBoxUtils::getRoot(const std::shared_ptr<qrn::IDocument>& document) {
+    auto scene = qrn::component<qrnsg::SCScene>(document, qrnsg::SCHEMA_SCENE);
+    auto rt = qrn::component<qrnsg::SCSceneRT>(document, qrnsg::SCHEMA_SCENE_RT);
+    auto resources = qrn::component<qrnsg::SCSceneRes>(document, qrnsg::SCHEMA_SCENE_RES);
+    if (!scene || !rt)
+        return qrnsg::BBox();
+    if (!scene->meshes.empty() || !scene->polylines.empty() || !resources)
+        return get(*scene, *rt, false);
+    return resources->empty() ? qrnsg::BBox() : get(*resources, *rt, false);
+}
+
 } // namespace qrnglutils

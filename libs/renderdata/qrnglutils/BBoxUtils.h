@@ -1,5 +1,6 @@
 #pragma once
 
+#include "qrn/IDocument.h"
 #include "qrngl/Camera.h"
 #include "qrnglutils/qrnglutils_export.h"
 #include "qrnsg/BBox.h"
@@ -22,6 +23,9 @@ public:
                            bool visibleOnly);
     static qrnsg::BBox get(const qrnsg::SCSceneRes& resources, const qrnsg::SCSceneRT& rt,
                            bool visibleOnly);
+    // The box of the scene's root: every primitive, from the scene component or, when that
+    // holds none, the resources; empty when a component is missing.
+    static qrnsg::BBox getRoot(const std::shared_ptr<qrn::IDocument>& document);
     // The box's bounding sphere; false, leaving both unchanged, for an empty box.
     static bool getSphere(const qrnsg::BBox& box, qrnmath::Vec3& centre, float& radius);
     // Turns a bounding radius into the view-sphere radius that makes the box fill the

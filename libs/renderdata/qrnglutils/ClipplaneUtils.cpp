@@ -1,5 +1,7 @@
 #include "qrnglutils/ClipplaneUtils.h"
 
+#include "qrnsgutils/InfoUtils.h"
+
 #include "qrngl/GL.h"
 #include "qrnmath/PlaneUtils.h"
 
@@ -99,27 +101,6 @@ float ClipplaneUtils::getOffset(const qrngl::SCClipping& clipping) {
     return offset;
 }
 
-const wchar_t* ClipplaneUtils::unitName(qrnsg::SCInfo::UNITS unit) {
-    switch (unit) {
-    case qrnsg::SCInfo::CENTIMETRE:
-        return L"cm";
-    case qrnsg::SCInfo::METRE:
-        return L"m";
-    case qrnsg::SCInfo::INCH:
-        return L"in";
-    case qrnsg::SCInfo::FOOT:
-        return L"ft";
-    case qrnsg::SCInfo::MICROMETRE:
-        return L"\u00b5m";
-    case qrnsg::SCInfo::KILOMETRE:
-        return L"km";
-    case qrnsg::SCInfo::MILE:
-        return L"mi";
-    default:
-        return L"mm";
-    }
-}
-
 bool ClipplaneUtils::getOffsetDist(const std::shared_ptr<qrngl::SCClipping>& clipping,
                                    const std::shared_ptr<qrnsg::SCInfo>& info, std::wstring& text,
                                    int decimals) {
@@ -127,14 +108,16 @@ bool ClipplaneUtils::getOffsetDist(const std::shared_ptr<qrngl::SCClipping>& cli
     if (!clipping || !clipping->hasPlane())
         return false;
     float offset = getOffset(*clipping);
+    const auto unit = info ? info->lengthUnit : qrnsg::SCInfo::MILLIMETRE;
+    if (info)
+        offset = static_cast<float>(qrnsgutils::InfoUtils::toUnit(offset, *info, unit));
     const int places = std::clamp(decimals, 0, 9);
     // No "-0.00".
     if (std::fabs(offset) < 0.5f * std::pow(10.0f, static_cast<float>(-places)))
         offset = 0.0f;
     wchar_t number[64];
     std::swprintf(number, 64, L"%.*f", places, static_cast<double>(offset));
-    text = std::wstring(L"Offset: ") + number + L" " +
-           unitName(info ? info->lengthUnit : qrnsg::SCInfo::MILLIMETRE);
+    text = std::wstring(L"Offset: ") + number + L" " + qrnsgutils::InfoUtils::getUnitName(unit);
     return true;
 }
 

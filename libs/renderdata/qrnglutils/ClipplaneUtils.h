@@ -36,8 +36,6 @@ public:
     static float getOffset(const qrngl::SCClipping& clipping);
     // Enables or disables the first OpenGL clip plane; returns whether it was enabled.
     static bool toggleClipPlaneState(bool on);
-    // The short name of a length unit ("mm", "in").
-    static const wchar_t* unitName(qrnsg::SCInfo::UNITS unit);
 };
 
 } // namespace qrnglutils

@@ -7,6 +7,7 @@
 #include "qrnsg/SCSceneRT.h"
 #include "qrnsg/SCSceneRes.h"
 #include "qrnsg/SCSceneTopo.h"
+#include "qrnsg/SCTempGraphics.h"
 #include "qrnsg/SCView.h"
 
 namespace qrnsg {
@@ -29,6 +30,8 @@ std::shared_ptr<Schema> SCFactory::create(short type) {
         return std::make_shared<SCSceneTopo>();
     case SCHEMA_SCENE_RES:
         return std::make_shared<SCSceneRes>();
+    case SCHEMA_TEMP_GRAPHICS:
+        return std::make_shared<SCTempGraphics>();
     case SCHEMA_ANIMATION:
         return std::make_shared<SCAnimation>();
     default:

@@ -28,7 +28,10 @@ public:
     void clear() override;
 
     std::int32_t documentType = MODEL;
+    // The unit values are shown in: the file's own.
     UNITS lengthUnit = MILLIMETRE;
+    // The unit the coordinates are in (a reader may have scaled the file's).
+    UNITS modelUnit = MILLIMETRE;
     // Further windows showing the document besides the main one (split views): whatever
     // refreshes the main window refreshes them too.
     std::vector<void*> views;

@@ -41,12 +41,18 @@ public:
         // The PMI items (indices into SCPmi's items) the view shows, when the file lists them.
         bool listsPmi = false;
         std::vector<int> pmiItems;
+        // The measurements made in this view, shown only with it.
+        std::vector<unsigned int> measures;
     };
 
     SCView();
     std::shared_ptr<Schema> clone() const override;
     // Drops the saved views; the orientations go back to the standard ones.
     void clear() override;
+
+    // How the host lists views: 0 not at all, 1 a list that grows with new items, 2 a list
+    // refreshed whole.
+    int mode = 0;
 
     // The index of the view with this name, or -1.
     int find(const std::wstring& name) const;

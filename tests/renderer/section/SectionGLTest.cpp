@@ -241,11 +241,12 @@ TEST_F(SectionGLTest, TheGrabbedPlaneMovesWithinTheModelsSphere) {
     doc.renderer->planePicked = true;
     auto measure =
         std::dynamic_pointer_cast<qrngl::SCMeasure>(doc.document->getSchema(qrnsg::SCHEMA_MEASURE));
-    measure->measures.push_back(nullptr);
+    measure->add(
+        std::make_shared<qrngl::MeasureRT>(qrngl::MeasureRT::DISTANCE, qrngl::MeasureRT::SAVED));
     EXPECT_EQ(clip->mouseButtonDown(UNCHANGED, qrngl::KEY_LBUTTON, qrngl::LEFT, 80, 60), CHANGED);
-    EXPECT_EQ(measure->measures.size(), 1u);
+    EXPECT_EQ(measure->records.size(), 1u);
     EXPECT_EQ(clip->mouseMotion(qrngl::KEY_LBUTTON, 95, 60), CHANGED);
-    EXPECT_TRUE(measure->measures.empty()) << "a move clears the measurements as it starts";
+    EXPECT_TRUE(measure->records.empty()) << "a move clears the measurements as it starts";
     EXPECT_NEAR(planeX(), 10.0f, 0.02f);
     EXPECT_EQ(clip->mouseMotion(qrngl::KEY_LBUTTON, 110, 60), CHANGED);
     EXPECT_NEAR(planeX(), 10.0f, 0.02f) << "20 is out of the sphere";
@@ -282,11 +283,12 @@ TEST_F(SectionGLTest, TheGrabbedPlaneMovesWithinTheModelsSphere) {
         if (row.flipped)
             clip->flip();
         doc.renderer->planePicked = true;
-        measure->measures.push_back(nullptr);
+        measure->add(std::make_shared<qrngl::MeasureRT>(qrngl::MeasureRT::DISTANCE,
+                                                        qrngl::MeasureRT::SAVED));
         const float before = along();
         EXPECT_EQ(clip->keyDown(UNCHANGED, row.key, 0, 0), CHANGED);
         EXPECT_NEAR(along() - before, row.moved * step, 1e-4f);
-        EXPECT_TRUE(measure->measures.empty()) << "a move clears the measurements";
+        EXPECT_TRUE(measure->records.empty()) << "a move clears the measurements";
         EXPECT_EQ(clip->keyUp(UNCHANGED, row.key, 0, 0), CHANGED);
     }
     // Not while the host keeps the arrows.
