@@ -52,7 +52,7 @@ FrameStatus MeasureSelectManipulator::mouseButtonUp(FrameStatus status, unsigned
                                                     MouseButton button, int x, int y) {
     FrameStatus result = IManipulator::mouseButtonUp(status, flags, button, x, y);
     if (result != CHANGED && status != CHANGED && button == LEFT && m_button == LEFT && !m_moved &&
-        (doMeasureSelect(flags, x, y) || doMarkUpSelect(flags, x, y)))
+        (doMeasureSelect(flags, x, y) || (m_markups && doMarkUpSelect(flags, x, y))))
         result = CHANGED;
     m_button = -1;
     m_moved = false;

@@ -49,6 +49,7 @@ Measuring::Measuring(std::shared_ptr<qrn::IDocument> document,
     if (auto renderer = qrn::component<qrngl::SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER)) {
         renderer->addManipulator(m_quick);
         renderer->addManipulator(m_smart);
+        renderer->addManipulator(m_select);
         // Labels stay when the tools are off.
         renderer->renderers[qrngl::SCRenderer::MEASURE_RENDERER] = m_renderer;
     }
@@ -70,12 +71,6 @@ void Measuring::say(const std::string& text) const {
 }
 
 void Measuring::setMode(Mode mode) {
-    // Labels become selectable once the user measures.
-    if (mode != OFF && !m_selecting)
-        if (auto renderer = qrn::component<qrngl::SCRenderer>(m_document, qrnsg::SCHEMA_RENDERER)) {
-            renderer->addManipulator(m_select);
-            m_selecting = true;
-        }
     m_mode = mode;
     m_smart->setMode(mode == SMART ? 1 : 0);
     m_quick->setMode(mode == DISTANCE ? qrngl::MeasureManipulator::DISTANCE_MODE

@@ -47,7 +47,6 @@ private:
     std::shared_ptr<qrngl::MeasureSelectManipulator> m_select;
     std::shared_ptr<qrngl::MeasureRenderer> m_renderer;
     Mode m_mode = OFF;
-    bool m_selecting = false; // the selection of labels is in the chain
     std::function<void(const std::string&)> m_say;
 };
 
