@@ -14,7 +14,6 @@
 #include "qrnsg/SCTempGraphics.h"
 
 #include <cmath>
-#include <cstdlib>
 #include <string>
 
 namespace qrngl {
@@ -71,8 +70,7 @@ MeasureManipulator::~MeasureManipulator() = default;
 void MeasureManipulator::init() {
     IMeasureManipulator::init();
     setMode(0);
-    m_button = -1;
-    m_moved = false;
+    m_click.reset();
 }
 
 bool MeasureManipulator::setCursor() {
@@ -117,17 +115,12 @@ void MeasureManipulator::reset() {
 
 FrameStatus MeasureManipulator::mouseButtonDown(FrameStatus status, unsigned int flags,
                                                 MouseButton button, int x, int y) {
-    m_button = button;
-    m_pressX = x;
-    m_pressY = y;
-    m_moved = false;
+    m_click.press(button, x, y);
     return IManipulator::mouseButtonDown(status, flags, button, x, y);
 }
 
 FrameStatus MeasureManipulator::mouseMotion(unsigned int flags, int x, int y) {
-    if (m_button >= 0 &&
-        (std::abs(x - m_pressX) > CLICK_SLOP || std::abs(y - m_pressY) > CLICK_SLOP))
-        m_moved = true;
+    m_click.move(x, y);
     return IManipulator::mouseMotion(flags, x, y);
 }
 
@@ -142,9 +135,7 @@ bool MeasureManipulator::getPointInWorld(int x, int y, Vec3& point, Vec3& normal
 FrameStatus MeasureManipulator::mouseButtonUp(FrameStatus status, unsigned int flags,
                                               MouseButton button, int x, int y) {
     const FrameStatus base = IManipulator::mouseButtonUp(status, flags, button, x, y);
-    const bool click = m_button == button && !m_moved;
-    m_button = -1;
-    m_moved = false;
+    const bool click = m_click.release(button);
     if (base == CHANGED || status == CHANGED)
         return CHANGED;
     if (button != LEFT || !click || m_filter == 0 || m_mode == 0)

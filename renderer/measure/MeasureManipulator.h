@@ -1,5 +1,6 @@
 #pragma once
 
+#include "qrngl/ClickTracker.h"
 #include "qrngl/IFilter.h"
 #include "qrngl/IMeasureManipulator.h"
 #include "qrngl/IRenderer.h"
@@ -18,7 +19,7 @@ namespace qrngl {
 class QRNGL_EXPORT MeasureManipulator : public IMeasureManipulator {
 public:
     enum : short { POINT_MODE = 1, DISTANCE_MODE = 2 };
-    enum : int { CLICK_SLOP = 3, PICK_SIZE = 6 };
+    enum : int { PICK_SIZE = 6 };
 
     MeasureManipulator(std::shared_ptr<qrn::IDocument> document, std::shared_ptr<Cursor> cursor,
                        std::shared_ptr<qrn::IUpdater> updater);
@@ -53,9 +54,7 @@ private:
     std::shared_ptr<IFilter> m_pickFilter;
     std::shared_ptr<IRendererFactory> m_factory;
     std::shared_ptr<IRenderer> m_renderer, m_pointsRenderer;
-    int m_button = -1;
-    int m_pressX = 0, m_pressY = 0;
-    bool m_moved = false;
+    ClickTracker m_click;
 };
 
 } // namespace qrngl

@@ -8,7 +8,6 @@
 #include "qrnsg/SCPmi.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace qrngl {
 
@@ -18,7 +17,7 @@ MeasureSelectManipulator::MeasureSelectManipulator(std::shared_ptr<qrn::IDocumen
 
 void MeasureSelectManipulator::init() {
     IManipulator::init();
-    m_moved = false;
+    m_click.reset();
 }
 
 void MeasureSelectManipulator::customize(std::shared_ptr<IFilter> filter,
@@ -28,18 +27,13 @@ void MeasureSelectManipulator::customize(std::shared_ptr<IFilter> filter,
 }
 
 FrameStatus MeasureSelectManipulator::mouseMotion(unsigned int, int x, int y) {
-    if (m_button >= 0 &&
-        (std::abs(x - m_pressX) > CLICK_SLOP || std::abs(y - m_pressY) > CLICK_SLOP))
-        m_moved = true;
+    m_click.move(x, y);
     return UNCHANGED;
 }
 
 FrameStatus MeasureSelectManipulator::mouseButtonDown(FrameStatus status, unsigned int flags,
                                                       MouseButton button, int x, int y) {
-    m_moved = false;
-    m_button = button;
-    m_pressX = x;
-    m_pressY = y;
+    m_click.press(button, x, y);
     return IManipulator::mouseButtonDown(status, flags, button, x, y);
 }
 
@@ -51,11 +45,10 @@ FrameStatus MeasureSelectManipulator::mouseButtonDblClk(FrameStatus status, unsi
 FrameStatus MeasureSelectManipulator::mouseButtonUp(FrameStatus status, unsigned int flags,
                                                     MouseButton button, int x, int y) {
     FrameStatus result = IManipulator::mouseButtonUp(status, flags, button, x, y);
-    if (result != CHANGED && status != CHANGED && button == LEFT && m_button == LEFT && !m_moved &&
+    const bool click = m_click.release(button);
+    if (result != CHANGED && status != CHANGED && button == LEFT && click &&
         (doMeasureSelect(flags, x, y) || (m_markups && doMarkUpSelect(flags, x, y))))
         result = CHANGED;
-    m_button = -1;
-    m_moved = false;
     return result == CHANGED || status == CHANGED ? CHANGED : UNCHANGED;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "qrn/IDocument.h"
+#include "qrngl/ClickTracker.h"
 #include "qrngl/IFilter.h"
 #include "qrngl/IManipulator.h"
 #include "qrngl/ISelector.h"
@@ -15,7 +16,6 @@ namespace qrngl {
 class QRNGL_EXPORT MeasureSelectManipulator : public IManipulator {
 public:
     enum : short { ORDER = 202 };
-    enum : int { CLICK_SLOP = 3 };
     explicit MeasureSelectManipulator(std::shared_ptr<qrn::IDocument> document);
     short order() const override { return ORDER; }
     void init() override;
@@ -40,10 +40,8 @@ private:
     std::shared_ptr<qrn::IDocument> m_document;
     std::shared_ptr<IFilter> m_filter;
     std::shared_ptr<ISelector> m_selector;
-    bool m_moved = false;
     bool m_markups = true;
-    int m_button = -1;
-    int m_pressX = 0, m_pressY = 0;
+    ClickTracker m_click;
 };
 
 } // namespace qrngl

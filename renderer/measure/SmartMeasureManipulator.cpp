@@ -14,7 +14,6 @@
 #include "qrnsgutils/ResourceLoader.h"
 
 #include <cmath>
-#include <cstdlib>
 #include <iomanip>
 #include <sstream>
 
@@ -74,8 +73,7 @@ unsigned short SmartMeasureManipulator::pickMask(short filter) {
 void SmartMeasureManipulator::init() {
     IMeasureManipulator::init();
     setMode(0);
-    m_button = -1;
-    m_moved = false;
+    m_click.reset();
 }
 
 bool SmartMeasureManipulator::setCursor() {
@@ -125,26 +123,19 @@ bool SmartMeasureManipulator::getPickingResult(int x, int y, EntityPick& pick) c
 
 FrameStatus SmartMeasureManipulator::mouseButtonDown(FrameStatus status, unsigned int flags,
                                                      MouseButton button, int x, int y) {
-    m_button = button;
-    m_pressX = x;
-    m_pressY = y;
-    m_moved = false;
+    m_click.press(button, x, y);
     return IManipulator::mouseButtonDown(status, flags, button, x, y);
 }
 
 FrameStatus SmartMeasureManipulator::mouseMotion(unsigned int flags, int x, int y) {
-    if (m_button >= 0 &&
-        (std::abs(x - m_pressX) > CLICK_SLOP || std::abs(y - m_pressY) > CLICK_SLOP))
-        m_moved = true;
+    m_click.move(x, y);
     return IManipulator::mouseMotion(flags, x, y);
 }
 
 FrameStatus SmartMeasureManipulator::mouseButtonUp(FrameStatus status, unsigned int flags,
                                                    MouseButton button, int x, int y) {
     const FrameStatus base = IManipulator::mouseButtonUp(status, flags, button, x, y);
-    const bool click = m_button == button && !m_moved;
-    m_button = -1;
-    m_moved = false;
+    const bool click = m_click.release(button);
     if (base == CHANGED || status == CHANGED)
         return CHANGED;
     auto measure = qrn::component<SCMeasure>(m_document, qrnsg::SCHEMA_MEASURE);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "qrngl/ClickTracker.h"
 #include "qrngl/IMeasureManipulator.h"
 #include "qrngl/IRenderer.h"
 #include "qrngl/IRendererFactory.h"
@@ -20,7 +21,7 @@ namespace qrngl {
 // selection, first to last; each measurement is a record there, shown by the measure renderer.
 class QRNGL_EXPORT SmartMeasureManipulator : public IMeasureManipulator {
 public:
-    enum : int { CLICK_SLOP = 3, PICK_SIZE = 6 };
+    enum : int { PICK_SIZE = 6 };
 
     // Reads its filter from the settings ("Point", "Edge", "Face" of
     // Settings\Measurement).
@@ -90,9 +91,7 @@ private:
     std::shared_ptr<IRenderer> m_renderer;
     unsigned int m_single = 0; // the record of the first pick alone, replaced by the pair's
     unsigned int m_last = 0;
-    int m_button = -1;
-    int m_pressX = 0, m_pressY = 0;
-    bool m_moved = false;
+    ClickTracker m_click;
 };
 
 } // namespace qrngl
