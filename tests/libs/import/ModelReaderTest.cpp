@@ -2,17 +2,21 @@
 // and read back; bad input of every kind; the shared public models.
 
 #include "ImportTestSupport.h"
+#include "qrnimport/DocumentBuilder.h"
+#include "qrnsg/SCInfo.h"
 
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRepPrimAPI_MakeSphere.hxx>
 #include <BRepTools.hxx>
 #include <BRep_Builder.hxx>
 #include <IGESCAFControl_Writer.hxx>
+#include <Interface_Static.hxx>
 #include <Message.hxx>
 #include <Message_Messenger.hxx>
 #include <RWGltf_CafWriter.hxx>
 #include <RWObj_CafWriter.hxx>
 #include <RWStl.hxx>
+#include <STEPControl_Controller.hxx>
 #include <TColStd_IndexedDataMapOfStringString.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopoDS_Compound.hxx>
@@ -232,6 +236,32 @@ TEST(ModelReaderTest, StepRoundTrip) {
                 EXPECT_EQ(again.parts[p].meshes.at(m).indices, model.parts[p].meshes[m].indices)
                     << threads << " threads, part " << p;
     }
+}
+
+// A file written in inches keeps its own unit for what is shown; its coordinates are the
+// reader's millimetres, and the document says both.
+TEST(ModelReaderTest, StepFileInInchesKeepsItsUnit) {
+    TempDir dir;
+    const std::string path = dir.file("inches.stp");
+    Doc d;
+    d.add(L"Block", BRepPrimAPI_MakeBox(25.4, 50.8, 12.7).Shape());
+    STEPControl_Controller::Init();
+    const TCollection_AsciiString previous = Interface_Static::CVal("write.step.unit");
+    Interface_Static::SetCVal("write.step.unit", "INCH");
+    const bool written = writeStep(d.doc, path);
+    Interface_Static::SetCVal("write.step.unit", previous.ToCString());
+    ASSERT_TRUE(written);
+    ModelData model;
+    std::string error;
+    ASSERT_TRUE(ModelReader::read(path, model, error)) << error;
+    EXPECT_EQ(model.fileUnit, L"in");
+    EXPECT_EQ(model.lengthUnit, L"mm");
+    EXPECT_NEAR(model.bbox().max()[1] - model.bbox().min()[1], 50.8f, 1e-3f);
+    auto info =
+        qrn::component<qrnsg::SCInfo>(qrnimport::DocumentBuilder::build(model), qrnsg::SCHEMA_INFO);
+    ASSERT_TRUE(info);
+    EXPECT_EQ(info->lengthUnit, qrnsg::SCInfo::INCH);
+    EXPECT_EQ(info->modelUnit, qrnsg::SCInfo::MILLIMETRE);
 }
 
 TEST(ModelReaderTest, OtherFormatsRoundTrip) {
