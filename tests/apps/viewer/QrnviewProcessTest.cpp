@@ -96,7 +96,9 @@ TEST(QrnviewProcessTest, RefusesBadCommandLinesAndBadInput) {
                              "--flip",
                              "--caps part",
                              "--section x --caps none",
-                             "--replay '' --snapshot x.png"}) {
+                             "--replay '' --snapshot x.png",
+                             "--measure 1,2,3",
+                             "--size 320x240 --measure 1,1,400,1"}) {
         const ProcessResult run = qrnview(args);
         EXPECT_EQ(run.exitCode, 2) << args << "\n" << run.output;
         EXPECT_THAT(run.output, HasSubstr("qrnview: ")) << args;
@@ -196,6 +198,28 @@ TEST(QrnviewProcessTest, DrawsTheDemoAndPicksNamesAndHighlightsWhatLiesAtAPixel)
     const qrnimage::Image plain = picture(""), picked = picture(" --pick 165,133 --select part");
     EXPECT_GT(pixels(plain, [](auto p) { return !background(p); }).count, 320u * 240u / 10);
     EXPECT_GT(pixels(picked, selectionTint).count, pixels(plain, selectionTint).count + 40);
+}
+
+// Between two corners of the base plate in the 320x240 iso view: what was picked, the kind,
+// the value in the document's unit; the label is in the picture. Nothing at a pixel fails.
+TEST(QrnviewProcessTest, MeasuresBetweenTwoPixelsAndDrawsTheLabel) {
+    TempDir dir;
+    ProcessResult run =
+        qrnview("--size 320x240 --measure 259,144,202,187 --snapshot " + dir.quoted("m.png"));
+    ASSERT_EQ(run.exitCode, 0) << run.output;
+    EXPECT_THAT(run.output, HasSubstr("measure 259,144 to 202,187: vertex 13 of Base Plate: at "
+                                      "(110.5, 65, 12) mm and vertex 11 of Base Plate: at (110.5, "
+                                      "-65, 12) mm: distance 130.00  mm (exact)"));
+    run = qrnview("--size 320x240 --snapshot " + dir.quoted("plain.png"));
+    const auto labelled = loadPng(dir.file("m.png")), plain = loadPng(dir.file("plain.png"));
+    std::size_t differing = 0;
+    for (unsigned int y = 0; y < 240; ++y)
+        for (unsigned int x = 0; x < 320; ++x)
+            differing += std::memcmp(labelled.pixel(x, y), plain.pixel(x, y), 3) != 0;
+    EXPECT_GT(differing, 200u) << "no label drawn";
+    run = qrnview("--size 320x240 --measure 259,144,5,5");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.output, HasSubstr("nothing to measure at 5,5"));
 }
 
 TEST(QrnviewProcessTest, CutsTheModelAndPicksOnTheCut) {
