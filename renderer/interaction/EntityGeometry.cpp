@@ -306,8 +306,10 @@ bool EntityGeometry::pointOn(unsigned int name, const qrnmath::Ray& ray, Vec3& p
         qrnsgutils::WorldEntity line, onRay;
         line.kind = onRay.kind = qrnsgutils::WorldEntity::EDGE;
         line.polyline = p;
-        // A long stretch of the ray stands in for it.
-        const float reach = 1e6f;
+        // The stretch of the ray that passes the edge stands in for it.
+        float reach = 0.0f;
+        for (const Vec3& q : p)
+            reach = std::max(reach, 2.0f * q.distance(ray.origin()));
         onRay.polyline = {ray.origin(), ray.pointAt(reach)};
         const auto r = qrnsgutils::EntityMeasure::distance(line, onRay);
         if (!r.valid)
