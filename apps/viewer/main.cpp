@@ -92,6 +92,12 @@ int main(int argc, char** argv) {
                      model.triangleCount());
         return 1;
     }
+    // The components hold tools and canvases that hold the document: closing it at every way
+    // out gives it all back.
+    struct Closer {
+        std::shared_ptr<qrn::Document> document;
+        ~Closer() { document->close(); }
+    } closer{document};
     auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     // The fit depends on the picture's shape.
     qrngl::CameraHelper::setViewport(options.width, options.height, renderer->camera);

@@ -1,5 +1,7 @@
 #include "qrn/Document.h"
 
+#include <iterator>
+
 namespace qrn {
 
 Document::Document(std::shared_ptr<qrnsg::IFactory> factory) : m_factory(std::move(factory)) {}
@@ -28,6 +30,14 @@ void Document::setSchema(const std::shared_ptr<qrnsg::Schema>& schema) {
 
 bool Document::removeSchema(short type) {
     return m_schemas.erase(type) != 0;
+}
+
+void Document::close() {
+    // Out of the map first: a component's last owner may look the document up as it goes.
+    std::map<short, std::shared_ptr<qrnsg::Schema>> schemas;
+    schemas.swap(m_schemas);
+    while (!schemas.empty())
+        schemas.erase(std::prev(schemas.end()));
 }
 
 } // namespace qrn

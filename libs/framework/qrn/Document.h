@@ -22,6 +22,10 @@ public:
     // Puts a component made elsewhere in its place (by its own type), replacing any other.
     void setSchema(const std::shared_ptr<qrnsg::Schema>& schema);
     bool removeSchema(short type);
+    // Releases every component. Components hold tools, canvases and renderers that hold the
+    // document back, so a host that is done with a document closes it (with the context of
+    // its canvases current) to get all of it back.
+    void close();
     bool hasSchema(short type) const { return m_schemas.count(type) != 0; }
 
     // The component cast to its class, or empty when absent or of another class.
