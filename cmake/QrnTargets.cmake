@@ -84,6 +84,11 @@ endfunction()
 # qrn_add_test(NAME <exe> LABEL unit|gl|image SOURCES ... LIBS ...)
 # One executable per folder and label. On Linux each GoogleTest case is its own CTest test;
 # a cross build registers the executable once, run through the cross-compiling emulator.
+# Under the sanitizers, leaks are checked in every test (not in the CTest that runs them).
+if(QRN_SANITIZE)
+  set(QRN_TEST_ENVIRONMENT ENVIRONMENT "ASAN_OPTIONS=detect_leaks=1:abort_on_error=0")
+endif()
+
 function(qrn_add_test)
   cmake_parse_arguments(A "" "NAME;LABEL" "SOURCES;LIBS" ${ARGN})
   add_executable(${A_NAME} ${A_SOURCES})
@@ -102,7 +107,7 @@ function(qrn_add_test)
   else()
     gtest_discover_tests(${A_NAME}
       DISCOVERY_MODE PRE_TEST
-      PROPERTIES LABELS "${labels}")
+      PROPERTIES LABELS "${labels}" ${QRN_TEST_ENVIRONMENT})
   endif()
 endfunction()
 

@@ -36,6 +36,9 @@ void Document::close() {
     // Out of the map first: a component's last owner may look the document up as it goes.
     std::map<short, std::shared_ptr<qrnsg::Schema>> schemas;
     schemas.swap(m_schemas);
+    for (auto& entry : schemas)
+        if (entry.second)
+            entry.second->close();
     while (!schemas.empty())
         schemas.erase(std::prev(schemas.end()));
 }

@@ -13,4 +13,6 @@ void IStripEntry::renderRanges(const std::vector<Range>& ranges,
     render();
 }
 
+void IStripEntry::release() {}
+
 } // namespace qrngl

@@ -14,6 +14,9 @@ class QRNGLDATA_EXPORT IStripEntry {
 public:
     virtual ~IStripEntry();
     virtual void render() const = 0;
+    // Frees the entry's GL objects, with the context that made them current (a document that
+    // closes); the entry draws nothing afterwards.
+    virtual void release();
 
     // A part of the drawable: triangles of a mesh, strips of a polyline, points of a point set.
     struct Range {

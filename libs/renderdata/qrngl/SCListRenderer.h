@@ -21,6 +21,7 @@ public:
     void build(const std::vector<qrnsg::Mesh>& meshes);
     // Deletes the lists; with the context current.
     void release();
+    void close() override { release(); }
     std::size_t size() const { return m_lists.size(); }
     // A drawable is drawn between begin and end of its index, which keep the current colour
     // and normal from leaking out of the list.

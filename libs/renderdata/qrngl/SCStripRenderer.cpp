@@ -16,4 +16,11 @@ void SCStripRenderer::clear() {
     texts.clear();
 }
 
+void SCStripRenderer::close() {
+    for (auto* list : {&meshes, &coarseMeshes, &polylines, &points, &texts})
+        for (const auto& entry : *list)
+            if (entry)
+                entry->release();
+}
+
 } // namespace qrngl

@@ -16,6 +16,8 @@ public:
     SCStripRenderer();
     std::shared_ptr<qrnsg::Schema> clone() const override;
     void clear() override;
+    // Frees every entry's GL objects.
+    void close() override;
 
     std::vector<std::shared_ptr<IStripEntry>> meshes;
     // By the same drawable index: the mesh with fewer triangles that frames in motion may

@@ -27,7 +27,7 @@ public:
     // Uploads the geometry now; needs a current context.
     void prepare() const;
     // Frees the GPU objects; needs the context they were made in (or one sharing with it).
-    void release();
+    void release() override;
     std::size_t triangleCount() const { return m_indexCount / 3; }
     std::size_t coarseTriangleCount() const { return m_coarseCount / 3; }
     // The coarse triangles over the same vertices (the full mesh where there are none).

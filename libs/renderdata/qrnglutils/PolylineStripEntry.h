@@ -24,7 +24,7 @@ public:
     void renderRanges(const std::vector<Range>& ranges,
                       const std::function<void(std::size_t)>& before) const override;
     void prepare() const;
-    void release();
+    void release() override;
     // Draws it whole with a colour per point (red, green, blue, alpha bytes), lighting off.
     void renderColoured(const std::vector<unsigned char>& colours) const;
     std::size_t pointCount() const { return m_pointCount; }

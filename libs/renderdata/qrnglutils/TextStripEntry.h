@@ -40,7 +40,7 @@ public:
     void render() const override;
     // Compiles the list now (needs a current context), so that no frame pays for it.
     void prepare() const;
-    void release();
+    void release() override;
 
     // The box in em from the anchor: left, bottom, right, top; valid once drawn.
     const float* box() const { return m_box; }

@@ -10,4 +10,6 @@ short Schema::type() const {
     return m_type;
 }
 
+void Schema::close() {}
+
 } // namespace qrnsg

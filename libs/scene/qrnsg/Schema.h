@@ -47,6 +47,9 @@ public:
     virtual std::shared_ptr<Schema> clone() const = 0;
     // Drops the component's content, keeping the component itself.
     virtual void clear() = 0;
+    // Lets go of what ties the component to its host as the document closes: GL objects (in
+    // the context current then), tools, canvases. Nothing by default.
+    virtual void close();
 
 private:
     short m_type;
