@@ -4,6 +4,7 @@
 #endif
 
 #include "qrnimport/ModelReader.h"
+#include "qrnimport/StepFile.h"
 
 #include "qrnimport/MeshNormals.h"
 #include "qrnimport/XcafImporter.h"
@@ -345,34 +346,21 @@ void setStepModes(STEPCAFControl_Reader& reader, bool pmi) {
     reader.SetViewMode(pmi);
 }
 
-// The short name of the length unit a STEP file declares; empty when it names none known.
-std::wstring stepFileUnit(STEPCAFControl_Reader& reader) {
-    TColStd_SequenceOfAsciiString lengths, angles, solidAngles;
-    reader.ChangeReader().FileUnits(lengths, angles, solidAngles);
-    if (lengths.IsEmpty())
-        return std::wstring();
-    TCollection_AsciiString name = lengths.First();
-    name.UpperCase();
-    static const std::pair<const char*, const wchar_t*> units[] = {
-        {"MILLI", L"mm"}, {"CENTI", L"cm"}, {"MICRO", L"um"}, {"KILO", L"km"}, {"INCH", L"in"},
-        {"FOOT", L"ft"},  {"MILE", L"mi"},  {"METRE", L"m"},  {"METER", L"m"}};
-    for (const auto& u : units)
-        if (name.Search(u.first) >= 1)
-            return u.second;
-    return std::wstring();
-}
-
 // PMI that the reader throws, crashes or fails on costs the PMI, not the model: the file is
 // read again without PMI and saved views.
 bool readStep(const std::string& path, DocumentGuard& document, const ModelReader::Options& options,
               qrn::IStatusManager* status, std::string& error, std::wstring& fileUnit) {
     std::string failure;
+    if (!StepFile::numbersInRange(path, failure)) {
+        error = "cannot read " + path + ": " + failure + " (the file is damaged)";
+        return false;
+    }
     {
         STEPCAFControl_Reader reader;
         setStepModes(reader, options.pmi);
         if (!readXcafFile(reader, "STEP", path, status, error))
             return false;
-        fileUnit = stepFileUnit(reader);
+        fileUnit = StepFile::lengthUnit(reader.ChangeReader());
         if (!options.pmi)
             return transferXcaf(reader, "STEP", path, document.doc, status, error);
         try {

@@ -1,0 +1,61 @@
+#include "qrnimport/StepFile.h"
+
+#include <TColStd_SequenceOfAsciiString.hxx>
+
+#include <cctype>
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+
+namespace qrnimport {
+
+bool StepFile::numbersInRange(const std::string& path, std::string& problem) {
+    std::ifstream in(path, std::ios::binary);
+    std::string line;
+    for (long number = 1; std::getline(in, line); ++number) {
+        bool quoted = false;
+        for (std::size_t i = 0; i < line.size(); ++i) {
+            const char c = line[i];
+            if (c == '\'')
+                quoted = !quoted;
+            // A real starts with a digit (or a sign) not inside a name, a string or an id.
+            if (quoted || !std::isdigit(static_cast<unsigned char>(c)) ||
+                (i > 0 && (std::isalnum(static_cast<unsigned char>(line[i - 1])) ||
+                           line[i - 1] == '#' || line[i - 1] == '.' || line[i - 1] == '_')))
+                continue;
+            std::size_t end = i;
+            while (end < line.size() && (std::isalnum(static_cast<unsigned char>(line[end])) ||
+                                         line[end] == '.' || line[end] == '+' || line[end] == '-'))
+                ++end;
+            const std::string text = line.substr(i, end - i);
+            i = end;
+            if (text.find('.') == std::string::npos)
+                continue; // an integer: counts and indices, read as such
+            const double value = std::strtod(text.c_str(), nullptr);
+            if (!std::isfinite(value) || std::fabs(value) > LARGEST) {
+                problem = "the number " + text.substr(0, 40) + " on line " +
+                          std::to_string(number) + " is out of range";
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+std::wstring StepFile::lengthUnit(STEPControl_Reader& reader) {
+    TColStd_SequenceOfAsciiString lengths, angles, solidAngles;
+    reader.FileUnits(lengths, angles, solidAngles);
+    if (lengths.IsEmpty())
+        return std::wstring();
+    TCollection_AsciiString name = lengths.First();
+    name.UpperCase();
+    static const std::pair<const char*, const wchar_t*> units[] = {
+        {"MILLI", L"mm"}, {"CENTI", L"cm"}, {"MICRO", L"um"}, {"KILO", L"km"}, {"INCH", L"in"},
+        {"FOOT", L"ft"},  {"MILE", L"mi"},  {"METRE", L"m"},  {"METER", L"m"}};
+    for (const auto& u : units)
+        if (name.Search(u.first) >= 1)
+            return u.second;
+    return std::wstring();
+}
+
+} // namespace qrnimport

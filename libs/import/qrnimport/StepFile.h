@@ -1,0 +1,24 @@
+#pragma once
+// Not part of the library's interface: what the import checks and reads of a STEP file
+// beside the reader.
+
+#include <STEPControl_Reader.hxx>
+
+#include <string>
+
+namespace qrnimport {
+
+class StepFile {
+public:
+    // Real numbers the reader would choke on: not finite, or so large that trimming a curve
+    // by them never ends (the reader loops adding periods). False with the number and its
+    // line in problem; the file's coordinates are far smaller.
+    static bool numbersInRange(const std::string& path, std::string& problem);
+    // The short name of the length unit the file declares ("in"); empty when it names none
+    // known. After the file is read.
+    static std::wstring lengthUnit(STEPControl_Reader& reader);
+
+    static constexpr double LARGEST = 1e12;
+};
+
+} // namespace qrnimport
