@@ -86,7 +86,9 @@ endfunction()
 # a cross build registers the executable once, run through the cross-compiling emulator.
 # Under the sanitizers, leaks are checked in every test (not in the CTest that runs them).
 if(QRN_SANITIZE)
-  set(QRN_TEST_ENVIRONMENT ENVIRONMENT "ASAN_OPTIONS=detect_leaks=1:abort_on_error=0")
+  set(sanitizer_files ${PROJECT_SOURCE_DIR}/tests/sanitizer)
+  set(QRN_TEST_ENVIRONMENT ENVIRONMENT
+    "ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:suppressions=${sanitizer_files}/asan.supp")
 endif()
 
 function(qrn_add_test)

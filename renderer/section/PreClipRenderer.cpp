@@ -141,11 +141,15 @@ void screenRect(const qrnsg::BBox& box, GLint rect[4]) {
             hi[k] = std::max(hi[k], w);
         }
     }
+    // Within the viewport whatever the corners gave (a box far off screen, or none at all),
+    // so that the casts stay in range.
     for (int k = 0; k < 2; ++k) {
-        const double from = std::max(lo[k] - 2.0, static_cast<double>(viewport[k]));
-        const double to = std::min(hi[k] + 2.0, static_cast<double>(viewport[k] + viewport[2 + k]));
+        const double first = viewport[k], last = first + viewport[2 + k];
+        double from = lo[k] - 2.0, to = hi[k] + 2.0;
+        from = from >= first ? std::min(from, last) : first;
+        to = to <= last ? std::max(to, from) : last;
         rect[k] = static_cast<GLint>(from);
-        rect[2 + k] = std::max(0, static_cast<GLint>(to) - rect[k]);
+        rect[2 + k] = static_cast<GLint>(to) - rect[k];
     }
 }
 

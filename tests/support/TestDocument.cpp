@@ -10,6 +10,11 @@
 
 namespace qrntest {
 
+TestDocument::~TestDocument() {
+    if (document)
+        document->close();
+}
+
 TestDocument::TestDocument() {
     auto chain = qrnglr::createFactory(
         std::make_shared<qrngl::SCGLFactory>(std::make_shared<qrnsg::SCFactory>()));

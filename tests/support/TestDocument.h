@@ -23,6 +23,10 @@ namespace qrntest {
 class TestDocument {
 public:
     TestDocument();
+    // Closes the document: its components hold tools and canvases that hold it.
+    ~TestDocument();
+    TestDocument(const TestDocument&) = delete;
+    TestDocument& operator=(const TestDocument&) = delete;
 
     // Adds a scene material and a mesh material index for it; returns the index.
     int addMeshMaterial(const qrnsg::MMaterial& material, bool transparentRecord);

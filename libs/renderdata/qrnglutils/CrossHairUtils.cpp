@@ -7,7 +7,7 @@ namespace qrnglutils {
 void CrossHairUtils::createCrossHair(int x, int y, qrnsg::Polyline& polyline, int viewportHeight) {
     // Lower-left origin: window row y is row h - 1 - y, its centre line half a pixel up.
     const float px = static_cast<float>(x);
-    const float py = static_cast<float>(viewportHeight - 1 - y);
+    const float py = static_cast<float>(viewportHeight - 1) - static_cast<float>(y);
     const float cx = px + 0.5f;
     const float cy = py + 0.5f;
     const float gap = static_cast<float>(GAP);
