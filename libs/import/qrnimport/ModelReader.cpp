@@ -381,9 +381,17 @@ bool readStep(const std::string& path, DocumentGuard& document, const ModelReade
     document.renew();
     STEPCAFControl_Reader reader;
     setStepModes(reader, false);
-    if (!readXcafFile(reader, "STEP", path, status, error) ||
-        !transferXcaf(reader, "STEP", path, document.doc, status, error))
+    // Caught here too: a signal jumps to the nearest catch, and one further out would skip
+    // this function's own clean-up.
+    try {
+        OCC_CATCH_SIGNALS
+        if (!readXcafFile(reader, "STEP", path, status, error) ||
+            !transferXcaf(reader, "STEP", path, document.doc, status, error))
+            return false;
+    } catch (const Standard_Failure& e) {
+        error = "cannot read " + path + ": the reader failed (" + describe(e) + ")";
         return false;
+    }
     // Said only now: a reader that fails without PMI as well failed on something else.
     if (status)
         status->setStatus(qrnplatform::Text::fromUtf8(
