@@ -6,6 +6,7 @@
 #include "qrngl/NamesInitializer.h"
 #include "qrngl/SCMeasure.h"
 #include "qrngl/SCRenderer.h"
+#include "qrngl/frame/ScreenDensity.h"
 #include "qrngl/overlays/PixelSpace.h"
 #include "qrnglutils/ClipplaneUtils.h"
 #include "qrnglutils/MarkupUtils.h"
@@ -43,7 +44,7 @@ MeasureRenderer::~MeasureRenderer() = default;
 const Font* MeasureRenderer::font() const {
     if (!m_fontTried) {
         m_fontTried = true;
-        m_font = Font::createLabel();
+        m_font = Font::createLabel(ScreenDensity::current());
     }
     return m_font.get();
 }

@@ -30,8 +30,7 @@ public:
     static std::shared_ptr<Font> createOutline(const std::wstring& face,
                                                const std::wstring& fallback);
     // Bitmap glyphs for labels drawn at a raster position: the system font on Windows, a sans
-    // face sized for the screen's pixel density elsewhere (dots per inch; 0: the screen's, 96
-    // without one).
+    // face sized for a pixel density elsewhere (dots per inch; 0 stands for 96).
     static std::shared_ptr<Font> createLabel(float dpi = 0.0f);
 
     Kind kind() const { return m_kind; }

@@ -487,6 +487,14 @@ bool systemMakeContextCurrent(Display* display, GLXDrawable drawable, GLXContext
     return !trap.failed() && made;
 }
 
+GLXContext systemCurrentContext() {
+    return glXGetCurrentContext();
+}
+
+Display* systemCurrentDisplay() {
+    return glXGetCurrentDisplay();
+}
+
 GlxApi& current() {
     static GlxApi api = GlxApi::system();
     return api;
@@ -517,6 +525,8 @@ GlxApi GlxApi::system() {
     api.destroyPbuffer = &systemDestroyPbuffer;
     api.createNewContext = &systemCreateNewContext;
     api.makeContextCurrent = &systemMakeContextCurrent;
+    api.currentContext = &systemCurrentContext;
+    api.currentDisplay = &systemCurrentDisplay;
     return api;
 }
 

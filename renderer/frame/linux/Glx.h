@@ -99,6 +99,9 @@ struct QRNGL_EXPORT GlxApi {
     GLXContext (*createNewContext)(Display*, int format, GLXContext share, bool& shared);
     // wglMakeCurrent on any drawable; a null context releases.
     bool (*makeContextCurrent)(Display*, GLXDrawable, GLXContext);
+    // wglGetCurrentContext and wglGetCurrentDC's display.
+    GLXContext (*currentContext)();
+    Display* (*currentDisplay)();
 
     // The table every context calls through.
     static const GlxApi& get();

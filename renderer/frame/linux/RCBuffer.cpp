@@ -165,7 +165,7 @@ void RCBuffer::activate() {
 
 void RCBuffer::deactivate() {
     const Surface* s = surfaceOf(m_pbuffer);
-    if (s && m_rc && glXGetCurrentContext() == Glx::context(m_rc)) {
+    if (s && m_rc && GlxApi::get().currentContext() == Glx::context(m_rc)) {
         // The frame's samples resolved into the pbuffer, whole whatever scissor the frame left
         // on; the context stays current as it is.
         const auto w = static_cast<GLint>(m_width);

@@ -52,6 +52,8 @@ ScopedGlx::ScopedGlx() {
     QRN_RECORD(createPbuffer);
     QRN_RECORD(destroyPbuffer);
     QRN_RECORD(createNewContext);
+    QRN_RECORD(currentContext);
+    QRN_RECORD(currentDisplay);
     api.makeCurrent = [](Display* d, Window w, GLXContext c) {
         g_calls.push_back(c ? "makeCurrent" : "makeCurrent(null)");
         return g_next.makeCurrent(d, w, c);

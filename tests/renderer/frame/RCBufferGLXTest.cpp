@@ -73,7 +73,9 @@ TEST_F(RCBufferGLXTest, DrawsOffScreenMultisampledOnRequestAndStaysCurrent) {
         // deactivate neither presents nor releases; multisampling shows as in-between greys.
         drawSlantedEdge(40);
         buffer.deactivate();
-        EXPECT_EQ(glx.take(), std::vector<std::string>{});
+        // Only a multisampled buffer asks for the current context, to resolve into the pbuffer.
+        EXPECT_EQ(glx.take(), multisample ? std::vector<std::string>{"currentContext"}
+                                          : std::vector<std::string>{});
         EXPECT_EQ(glXGetCurrentContext(), reinterpret_cast<GLXContext>(buffer.currentGLRC()));
         const std::set<int> levels = greyLevels(40);
         if (multisample)
@@ -86,7 +88,7 @@ TEST_F(RCBufferGLXTest, DrawsOffScreenMultisampledOnRequestAndStaysCurrent) {
         std::vector<std::string> destroyed = {"makeContextCurrent(null)", "deleteContext",
                                               "destroyPbuffer"};
         if (multisample)
-            destroyed.insert(destroyed.begin(), "makeContextCurrent");
+            destroyed.insert(destroyed.begin(), {"currentContext", "makeContextCurrent"});
         EXPECT_EQ(glx.take(), destroyed);
         EXPECT_EQ(buffer.currentGLRC(), nullptr);
         EXPECT_EQ(glXGetCurrentContext(), nullptr);

@@ -3,8 +3,6 @@
 #include "qrngl/GL.h"
 #include "qrngl/linux/Typeface.h"
 
-#include <GL/glx.h>
-
 #include <cmath>
 
 namespace qrngl {
@@ -13,24 +11,6 @@ struct Font::Source {
     std::shared_ptr<Typeface> face;
     int pixelSize = 0; // bitmaps
 };
-
-namespace {
-
-// The pixel density of the display the current context draws on: its X screen's; 96 for a
-// context without one (headless).
-float screenDpi() {
-    Display* display = glXGetCurrentDisplay();
-    if (!display)
-        return 96.0f;
-    const int screen = DefaultScreen(display);
-    const int millimetres = DisplayHeightMM(display, screen);
-    if (millimetres <= 0)
-        return 96.0f;
-    return static_cast<float>(DisplayHeight(display, screen)) * 25.4f /
-           static_cast<float>(millimetres);
-}
-
-} // namespace
 
 Font::Font() = default;
 
@@ -67,7 +47,7 @@ std::shared_ptr<Font> Font::createLabel(float dpi) {
     if (!face)
         return nullptr;
     if (dpi <= 0.0f)
-        dpi = screenDpi();
+        dpi = 96.0f;
     // As tall as Windows' system font (16 pixels at 96 dots per inch) at this density.
     const int target = std::max(8, static_cast<int>(std::lround(16.0f * dpi / 96.0f)));
     int size = target;
