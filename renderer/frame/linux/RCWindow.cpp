@@ -4,6 +4,7 @@
 
 #include "qrn/LogManager.h"
 #include "qrngl/frame/RCTemp.h"
+#include "qrngl/frame/linux/ExposeForwarder.h"
 #include "qrngl/frame/linux/Glx.h"
 
 namespace qrngl {
@@ -104,6 +105,8 @@ bool RCWindow::create() {
     const Window host = Glx::window(m_window);
     const Window shown = Glx::windowOfFormat(m_display, host, format);
     m_dc = Glx::drawableHandle(shown ? shown : host);
+    if (shown && shown != host && !ExposeForwarder::add(m_display, shown, host))
+        logger->log(L"RCWindow: exposures of the child window cannot reach the host");
     if (!Glx::setPixelFormat(m_display, Glx::window(m_dc), format)) {
         logger->log(L"RCWindow:pixel format set failed");
         return false;
@@ -132,8 +135,10 @@ void RCWindow::destroy() {
     Glx::deleteContext(display, Glx::context(m_rc));
     m_rc = nullptr;
     // The host's window is never destroyed; a child made for the visual is.
-    if (m_dc && Glx::window(m_dc) != Glx::window(m_window))
+    if (m_dc && Glx::window(m_dc) != Glx::window(m_window)) {
+        ExposeForwarder::remove(Glx::window(m_dc));
         Glx::destroyWindow(display, Glx::window(m_dc));
+    }
     m_dc = nullptr;
 }
 

@@ -19,6 +19,8 @@
 #include <tuple>
 #include <vector>
 
+#include <unistd.h>
+
 namespace qrntest {
 namespace {
 
@@ -195,6 +197,31 @@ TEST_F(RCWindowGLXTest, HostWindowGetsAMultisampledContextThatDrawsAndPresents) 
     ASSERT_TRUE(XGetWindowAttributes(display, shownOn, &drawn));
     EXPECT_EQ(drawn.width, static_cast<int>(kSize) + 8);
     EXPECT_EQ(drawn.height, static_cast<int>(kSize) + 4);
+    // Uncovering the host repaints it: a child's exposures are sent on to the host.
+    XSelectInput(display, w, StructureNotifyMask | ExposureMask);
+    XSync(display, False);
+    XEvent event;
+    while (XCheckTypedWindowEvent(display, w, Expose, &event)) {
+    }
+    int x = 0, y = 0;
+    Window unused = 0;
+    XTranslateCoordinates(display, w, DefaultRootWindow(display), 0, 0, &x, &y, &unused);
+    XSetWindowAttributes over = {};
+    over.override_redirect = True;
+    const Window cover =
+        XCreateWindow(display, DefaultRootWindow(display), x, y, kSize, kSize, 0, CopyFromParent,
+                      InputOutput, CopyFromParent, CWOverrideRedirect, &over);
+    XMapWindow(display, cover);
+    XSync(display, False);
+    XDestroyWindow(display, cover);
+    bool exposed = false;
+    for (int i = 0; i < 200 && !exposed; ++i) {
+        XSync(display, False);
+        exposed = XCheckTypedWindowEvent(display, w, Expose, &event);
+        if (!exposed)
+            usleep(10000);
+    }
+    EXPECT_TRUE(exposed) << "no Expose reached the host";
     // A copy shares the handles; activate makes the context current again after another one.
     RCWindow copy(*context);
     glXMakeCurrent(display, None, nullptr);
