@@ -25,6 +25,7 @@
 #include "qrnviewer/EntityText.h"
 
 #include "qrnglutils/ViewActivator.h"
+#include "qrnplatform/Settings.h"
 #include "qrnplatform/Text.h"
 #include "qrnsg/EntityNames.h"
 #include "qrnsg/SCView.h"
@@ -55,6 +56,12 @@ int main(int argc, char** argv) {
                      reason.c_str());
         return 2;
     }
+    const std::wstring damage = qrnplatform::Settings::damage();
+    if (!damage.empty())
+        std::fprintf(stderr,
+                     "qrnview: warning: the settings file %ls; defaults stand in for what "
+                     "it cannot give\n",
+                     damage.c_str());
     std::vector<qrnviewer::InputEvent> events;
     if (!options.replay.empty() && !qrnviewer::EventLog::read(options.replay, events, error)) {
         std::fprintf(stderr, "qrnview: %s\n", error.c_str());
@@ -67,6 +74,7 @@ int main(int argc, char** argv) {
     qrnimport::ModelData model;
     qrnimport::ModelReader::Options reading;
     reading.meshThreads = options.meshThreads;
+    reading.timeLimit = options.timeLimit;
     if (options.model.empty()) {
         if (!qrnimport::DemoAssembly::model(model, error, &status)) {
             status.endProgress();

@@ -42,7 +42,7 @@ std::string Options::usage() {
            "               [--pmi show|hide]\n"
            "               [--samples 1|4] [--transparent] [--mouse CONVENTION]\n"
            "               [--replay LOG] [--record LOG] [--pick X,Y ...] [--select KIND]\n"
-           "               [--frame-budget MS] [--mesh-threads N]\n"
+           "               [--frame-budget MS] [--mesh-threads N] [--time-limit S]\n"
            "               [--section x|y|z[@OFFSET]] [--flip] [--caps part|single|off]\n"
            "               [--hatch] [--profile] [--explode] [--state FILE]\n"
            "               [--save-state FILE] [--measure X1,Y1,X2,Y2]\n"
@@ -79,6 +79,8 @@ std::string Options::usage() {
            "               draw simplified meshes until the mouse is released; 0: never\n"
            "  --mesh-threads  threads that mesh the parts of a B-rep model at once (default: one\n"
            "               per core; 1: one part after another on one thread)\n"
+           "  --time-limit seconds the model may take to read and mesh before the viewer\n"
+           "               gives up on it (default 600; 0: no limit)\n"
            "  --section    cut the model along an axis, through its centre or OFFSET from it\n"
            "               (in the model's unit); the half towards the viewer is cut away\n"
            "  --flip       keep the other half\n"
@@ -178,6 +180,16 @@ bool Options::parse(int argc, const char* const* argv, Options& o, std::string& 
                 return false;
             }
             o.meshThreads = static_cast<unsigned int>(threads);
+        } else if (arg == "--time-limit") {
+            std::string seconds;
+            if (!value(seconds))
+                return false;
+            char* end = nullptr;
+            o.timeLimit = std::strtod(seconds.c_str(), &end);
+            if (seconds.empty() || *end != '\0' || !(o.timeLimit >= 0.0 && o.timeLimit <= 1e6)) {
+                error = "bad time limit '" + seconds + "' (seconds, 0 to 1000000; 0: none)";
+                return false;
+            }
         } else if (arg == "--transparent") {
             o.transparent = true;
         } else if (arg == "--replay") {

@@ -29,6 +29,7 @@ struct Options {
     // setting of the renderer, else the renderer's default.
     double frameBudget = -1.0;
     unsigned int meshThreads = 0; // threads meshing parts at once; 0: one per core
+    double timeLimit = 600.0;     // seconds to read and mesh the model; 0: none
     Sectioning::Settings section; // --section, --flip, --caps, --hatch, --profile
     bool explode = false;         // every level of the assembly exploded
     std::string state;            // scene state to restore before the first frame

@@ -33,6 +33,7 @@ Window glfwGetX11Window(GLFWwindow* window);
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 
 namespace qrnviewer {
 
@@ -266,9 +267,12 @@ bool ViewerWindow::open(const Settings& settings, std::string& error) {
         std::make_shared<qrngl::PickCanvas>(m_context, m_document));
 
     if (!settings.record.empty()) {
-        m_record.open(settings.record);
+        // Written beside the old log and renamed over it at the end: a crash leaves the old
+        // log whole and the new one's events in the ".new" file.
+        m_recordPath = settings.record;
+        m_record.open(m_recordPath + ".new");
         if (!m_record) {
-            error = "cannot write the event log " + settings.record;
+            error = "cannot write the event log " + m_recordPath + ".new";
             return false;
         }
         m_record << EventLog::header();
@@ -316,8 +320,14 @@ void ViewerWindow::close() {
         glfwTerminate(); // also frees the cursors
         m_glfw = false;
     }
-    if (m_record.is_open())
+    if (m_record.is_open()) {
         m_record.close();
+        std::error_code code;
+        std::filesystem::rename(m_recordPath + ".new", m_recordPath, code);
+        if (!m_record || code)
+            std::fprintf(stderr, "qrnview: the event log stays in %s.new: %s\n",
+                         m_recordPath.c_str(), code ? code.message().c_str() : "write failed");
+    }
 }
 
 bool ViewerWindow::run(const Settings& settings, std::string& error) {

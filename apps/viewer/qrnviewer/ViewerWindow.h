@@ -90,6 +90,7 @@ private:
     int m_x = 0, m_y = 0;
     bool m_exposed = false;
     std::ofstream m_record;
+    std::string m_recordPath;
     std::chrono::steady_clock::time_point m_start;
 };
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 
 namespace qrnimage {
@@ -79,18 +80,35 @@ bool Image::savePng(const std::string& path, std::string* error) const {
     png.width = m_width;
     png.height = m_height;
     png.format = PNG_FORMAT_RGBA;
-    FilePtr f(std::fopen(path.c_str(), "wb"));
-    if (!f) {
+    // A new file renamed over the old one: a failed write never leaves half a picture.
+    const std::string temporary = path + ".new";
+    {
+        FilePtr f(std::fopen(temporary.c_str(), "wb"));
+        if (!f) {
+            if (error)
+                *error = path + ": cannot open for writing";
+            return false;
+        }
+        const bool written =
+            png_image_write_to_stdio(&png, f.get(), 0, m_pixels.data(), 0, nullptr) &&
+            std::fflush(f.get()) == 0;
+        if (!written) {
+            if (error)
+                *error = path + ": " + (png.message[0] ? png.message : "write failed");
+            f.reset();
+            std::remove(temporary.c_str());
+            return false;
+        }
+    }
+    std::error_code code;
+    std::filesystem::rename(temporary, path, code);
+    if (code) {
         if (error)
-            *error = path + ": cannot open for writing";
+            *error = path + ": " + code.message();
+        std::remove(temporary.c_str());
         return false;
     }
-    if (!png_image_write_to_stdio(&png, f.get(), 0, m_pixels.data(), 0, nullptr)) {
-        if (error)
-            *error = path + ": " + png.message;
-        return false;
-    }
-    return std::fflush(f.get()) == 0;
+    return true;
 }
 
 Image::Comparison Image::compare(const Image& a, const Image& b, int tolerance) {

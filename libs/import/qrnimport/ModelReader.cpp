@@ -7,6 +7,7 @@
 #include "qrnimport/StepFile.h"
 
 #include "qrnimport/MeshNormals.h"
+#include "qrnimport/ProgressBridge.h"
 #include "qrnimport/XcafImporter.h"
 #include "qrnplatform/File.h"
 #include "qrnplatform/Text.h"
@@ -17,7 +18,6 @@
 #include <Message.hxx>
 #include <Message_Messenger.hxx>
 #include <Message_Printer.hxx>
-#include <Message_ProgressIndicator.hxx>
 #include <Message_ProgressScope.hxx>
 #include <OSD.hxx>
 #include <Poly_Triangulation.hxx>
@@ -39,7 +39,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <mutex>
 #include <set>
@@ -97,7 +99,7 @@ struct Sample {
 bool sample(const std::string& path, Sample& out, std::string& error) {
     std::FILE* f = qrnplatform::File::open(qrnplatform::Text::fromUtf8(path), "rb");
     if (!f) {
-        error = "cannot open " + path + ": it cannot be read";
+        error = "cannot open " + path + ": it cannot be read (" + std::strerror(errno) + ")";
         return false;
     }
     char buffer[4096];
@@ -163,33 +165,6 @@ bool checkContent(Kind kind, const std::string& path, const Sample& s, std::stri
         return true;
     }
 }
-
-// Open CASCADE's progress, passed on as percentages of one task.
-class ProgressBridge : public Message_ProgressIndicator {
-public:
-    ProgressBridge(qrn::IStatusManager* status, std::wstring task, int from, int to)
-        : m_status(status), m_task(std::move(task)), m_from(from), m_to(to),
-          m_thread(std::this_thread::get_id()) {}
-
-    void Show(const Message_ProgressScope&, const Standard_Boolean isForce) override {
-        // The status manager takes calls from the working thread only.
-        if (!m_status || std::this_thread::get_id() != m_thread)
-            return;
-        const double position = std::min(1.0, std::max(0.0, GetPosition()));
-        const int percent = m_from + static_cast<int>(position * (m_to - m_from));
-        if (percent != m_last || isForce) {
-            m_last = percent;
-            m_status->setProgress(m_task, percent);
-        }
-    }
-
-private:
-    qrn::IStatusManager* m_status;
-    std::wstring m_task;
-    int m_from, m_to;
-    int m_last = -1;
-    std::thread::id m_thread;
-};
 
 // Open CASCADE's messages: never to the terminal; warnings and failures go to the status
 // manager.
@@ -326,8 +301,8 @@ bool readXcafFile(Reader& reader, const std::string& kind, const std::string& pa
 template <class Reader>
 bool transferXcaf(Reader& reader, const std::string& kind, const std::string& path,
                   const Handle(TDocStd_Document) & doc, qrn::IStatusManager* status,
-                  std::string& error) {
-    Handle(ProgressBridge) progress = new ProgressBridge(status, L"reading", 30, 100);
+                  ProgressBridge::Deadline deadline, std::string& error) {
+    Handle(ProgressBridge) progress = new ProgressBridge(status, L"reading", 30, 100, deadline);
     Handle(TDocStd_Document) target = doc;
     if (!reader.Transfer(target, progress->Start())) {
         error = "cannot read " + path + ": the " + kind + " reader could not transfer its content";
@@ -349,7 +324,8 @@ void setStepModes(STEPCAFControl_Reader& reader, bool pmi) {
 // PMI that the reader throws, crashes or fails on costs the PMI, not the model: the file is
 // read again without PMI and saved views.
 bool readStep(const std::string& path, DocumentGuard& document, const ModelReader::Options& options,
-              qrn::IStatusManager* status, std::string& error, std::wstring& fileUnit) {
+              qrn::IStatusManager* status, ProgressBridge::Deadline deadline, std::string& error,
+              std::wstring& fileUnit) {
     std::string failure;
     if (!StepFile::numbersInRange(path, failure)) {
         error = "cannot read " + path + ": " + failure + " (the file is damaged)";
@@ -362,12 +338,15 @@ bool readStep(const std::string& path, DocumentGuard& document, const ModelReade
             return false;
         fileUnit = StepFile::lengthUnit(reader.ChangeReader());
         if (!options.pmi)
-            return transferXcaf(reader, "STEP", path, document.doc, status, error);
+            return transferXcaf(reader, "STEP", path, document.doc, status, deadline, error);
         try {
             OCC_CATCH_SIGNALS
             if ((!options.pmiTransferHook || options.pmiTransferHook()) &&
-                transferXcaf(reader, "STEP", path, document.doc, status, error))
+                transferXcaf(reader, "STEP", path, document.doc, status, deadline, error))
                 return true;
+            // Stopped at the time limit: no second read.
+            if (ProgressBridge::passed(deadline))
+                return false;
             failure = "its transfer failed";
             error.clear();
         } catch (const Standard_Failure& e) {
@@ -386,7 +365,7 @@ bool readStep(const std::string& path, DocumentGuard& document, const ModelReade
     try {
         OCC_CATCH_SIGNALS
         if (!readXcafFile(reader, "STEP", path, status, error) ||
-            !transferXcaf(reader, "STEP", path, document.doc, status, error))
+            !transferXcaf(reader, "STEP", path, document.doc, status, deadline, error))
             return false;
     } catch (const Standard_Failure& e) {
         error = "cannot read " + path + ": the reader failed (" + describe(e) + ")";
@@ -401,18 +380,18 @@ bool readStep(const std::string& path, DocumentGuard& document, const ModelReade
 }
 
 bool readIges(const std::string& path, const Handle(TDocStd_Document) & doc,
-              qrn::IStatusManager* status, std::string& error) {
+              qrn::IStatusManager* status, ProgressBridge::Deadline deadline, std::string& error) {
     IGESCAFControl_Reader reader;
     reader.SetColorMode(true);
     reader.SetNameMode(true);
     reader.SetLayerMode(true);
     return readXcafFile(reader, "IGES", path, status, error) &&
-           transferXcaf(reader, "IGES", path, doc, status, error);
+           transferXcaf(reader, "IGES", path, doc, status, deadline, error);
 }
 
 bool readBrep(const std::string& path, const Handle(TDocStd_Document) & doc,
-              qrn::IStatusManager* status, std::string& error) {
-    Handle(ProgressBridge) progress = new ProgressBridge(status, L"reading", 0, 100);
+              qrn::IStatusManager* status, ProgressBridge::Deadline deadline, std::string& error) {
+    Handle(ProgressBridge) progress = new ProgressBridge(status, L"reading", 0, 100, deadline);
     TopoDS_Shape shape;
     BRep_Builder builder;
     if (!BRepTools::Read(shape, path.c_str(), builder, progress->Start()) || shape.IsNull()) {
@@ -425,8 +404,8 @@ bool readBrep(const std::string& path, const Handle(TDocStd_Document) & doc,
 }
 
 bool readStl(const std::string& path, const Handle(TDocStd_Document) & doc,
-             qrn::IStatusManager* status, std::string& error) {
-    Handle(ProgressBridge) progress = new ProgressBridge(status, L"reading", 0, 100);
+             qrn::IStatusManager* status, ProgressBridge::Deadline deadline, std::string& error) {
+    Handle(ProgressBridge) progress = new ProgressBridge(status, L"reading", 0, 100, deadline);
     Handle(Poly_Triangulation) mesh = RWStl::ReadFile(path.c_str(), progress->Start());
     if (mesh.IsNull() || mesh->NbTriangles() < 1) {
         error = "cannot read " + path + ": not an STL file, or one without triangles";
@@ -441,9 +420,9 @@ bool readStl(const std::string& path, const Handle(TDocStd_Document) & doc,
 
 bool readMesh(RWMesh_CafReader& reader, const char* what, const std::string& path,
               const Handle(TDocStd_Document) & doc, qrn::IStatusManager* status,
-              std::string& error) {
+              ProgressBridge::Deadline deadline, std::string& error) {
     reader.SetDocument(doc); // takes the document's millimetres
-    Handle(ProgressBridge) progress = new ProgressBridge(status, L"reading", 0, 100);
+    Handle(ProgressBridge) progress = new ProgressBridge(status, L"reading", 0, 100, deadline);
     if (!reader.Perform(TCollection_AsciiString(path.c_str()), progress->Start())) {
         error = "cannot read " + path + ": the " + what + " reader failed";
         return false;
@@ -461,6 +440,12 @@ bool hasGeometry(const ModelData& model) {
     return false;
 }
 
+std::string seconds(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", value);
+    return text;
+}
+
 std::mutex& readMutex() {
     static std::mutex m;
     return m;
@@ -468,7 +453,8 @@ std::mutex& readMutex() {
 
 // The part of a read where Open CASCADE may fail: signals and exceptions become messages.
 bool protectedRead(Kind kind, const std::string& path, const ModelReader::Options& options,
-                   ModelData& model, std::string& error, qrn::IStatusManager* status) {
+                   ProgressBridge::Deadline deadline, ModelData& model, std::string& error,
+                   qrn::IStatusManager* status) {
     bool ok = false;
     try {
         OCC_CATCH_SIGNALS
@@ -480,29 +466,29 @@ bool protectedRead(Kind kind, const std::string& path, const ModelReader::Option
         }
         switch (kind) {
         case Kind::STEP:
-            ok = readStep(path, document, options, status, error, fileUnit);
+            ok = readStep(path, document, options, status, deadline, error, fileUnit);
             break;
         case Kind::IGES:
-            ok = readIges(path, document.doc, status, error);
+            ok = readIges(path, document.doc, status, deadline, error);
             break;
         case Kind::BREP:
-            ok = readBrep(path, document.doc, status, error);
+            ok = readBrep(path, document.doc, status, deadline, error);
             break;
         case Kind::GLTF: {
             RWGltf_CafReader reader;
             reader.SetParallel(true);
             // glTF is Y-up in metres; the viewer works Z-up, as the CAD formats do.
             reader.SetSystemCoordinateSystem(RWMesh_CoordinateSystem_Zup);
-            ok = readMesh(reader, "glTF", path, document.doc, status, error);
+            ok = readMesh(reader, "glTF", path, document.doc, status, deadline, error);
             break;
         }
         case Kind::OBJ: {
             RWObj_CafReader reader;
-            ok = readMesh(reader, "OBJ", path, document.doc, status, error);
+            ok = readMesh(reader, "OBJ", path, document.doc, status, deadline, error);
             break;
         }
         case Kind::STL:
-            ok = readStl(path, document.doc, status, error);
+            ok = readStl(path, document.doc, status, deadline, error);
             break;
         case Kind::UNKNOWN:
             break;
@@ -512,7 +498,7 @@ bool protectedRead(Kind kind, const std::string& path, const ModelReader::Option
         if (!ok)
             return false;
         std::string importError;
-        if (!XcafImporter::import(document.doc, options, model, importError, status)) {
+        if (!XcafImporter::import(document.doc, options, model, importError, status, deadline)) {
             error = "cannot read " + path + ": " + importError;
             return false;
         }
@@ -565,13 +551,22 @@ bool ModelReader::read(const std::string& path, const Options& options, ModelDat
     if (!sample(path, head, error) || !checkContent(kind, path, head, error))
         return false;
 
-    // Open CASCADE's readers share global state; one read at a time.
+    // Open CASCADE's readers share global state; one read at a time. The time limit counts
+    // from here.
     std::lock_guard<std::mutex> lock(readMutex());
+    const ProgressBridge::Deadline deadline = ProgressBridge::deadlineAfter(options.timeLimit);
     bool ok = false;
     {
         MessengerGuard messages(status, path);
         SignalGuard signals;
-        ok = protectedRead(kind, path, options, model, error, status);
+        ok = protectedRead(kind, path, options, deadline, model, error, status);
+    }
+    // A reader that was stopped may have failed or handed back part of the file; either way
+    // the user learns why, and never sees half a model.
+    if (ProgressBridge::passed(deadline)) {
+        ok = false;
+        error = "cannot read " + path + ": stopped after the import's time limit of " +
+                seconds(options.timeLimit) + " s";
     }
     if (!ok) {
         model = ModelData();

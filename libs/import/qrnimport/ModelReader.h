@@ -24,6 +24,9 @@ public:
         // Threads that mesh independent parts at once; 0: one per core. With 1, parts are
         // meshed one after another, each on one thread.
         unsigned int meshThreads = 0;
+        // Seconds a read may take, meshing included; past them it stops at the reader's next
+        // step and fails with a message. 0: no limit.
+        double timeLimit = 600.0;
         // Runs inside the STEP transfer that reads PMI, where a fault stands for one of the
         // reader's own: tests throw or raise a signal from it, or return false for a
         // transfer that fails without a word.

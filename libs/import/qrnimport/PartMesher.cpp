@@ -26,7 +26,8 @@ using qrnmath::Vec3;
 std::vector<PartMesher::Failure> PartMesher::mesh(const std::vector<TopoDS_Shape>& shapes,
                                                   double deflection, double angularDeflection,
                                                   unsigned int threadsAsked,
-                                                  const std::function<void(int)>& progress) {
+                                                  const std::function<void(int)>& progress,
+                                                  ProgressBridge::Deadline deadline) {
     std::vector<std::size_t> together, after;
     std::unordered_set<const void*> seen;
     for (std::size_t s = 0; s < shapes.size(); ++s) {
@@ -57,11 +58,18 @@ std::vector<PartMesher::Failure> PartMesher::mesh(const std::vector<TopoDS_Shape
     std::mutex failuresLock;
     // One part alone may spread over the cores itself; with one thread asked, never.
     const bool inParallel = threadsAsked != 1 && threads <= 1;
+    IMeshTools_Parameters parameters;
+    parameters.Deflection = deflection;
+    parameters.Angle = angularDeflection;
+    parameters.Relative = Standard_False;
+    parameters.InParallel = inParallel ? Standard_True : Standard_False;
     auto meshOne = [&](std::size_t s) {
         try {
-            BRepMesh_IncrementalMesh mesher(shapes[s], deflection, Standard_False,
-                                            angularDeflection,
-                                            inParallel ? Standard_True : Standard_False);
+            if (!ProgressBridge::passed(deadline)) {
+                Handle(ProgressBridge) watch =
+                    new ProgressBridge(nullptr, std::wstring(), 0, 100, deadline);
+                BRepMesh_IncrementalMesh mesher(shapes[s], parameters, watch->Start());
+            }
         } catch (const Standard_Failure& e) {
             std::lock_guard<std::mutex> lock(failuresLock);
             failures.push_back({s, qrnplatform::Text::fromUtf8(e.GetMessageString())});

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "qrnimport/ProgressBridge.h"
 #include "qrnsg/Mesh.h"
 
 #include <TopoDS_Face.hxx>
@@ -23,10 +24,12 @@ public:
     // Meshes each shape with the deflections. Shapes that share no face or edge are meshed at
     // once, each by one thread (`threads`, 0: one per core); one that shares one with a shape
     // before it waits for the rest, since meshes are stored there. `progress` hears the
-    // percentage done, on the calling thread only.
-    static std::vector<Failure> mesh(const std::vector<TopoDS_Shape>& shapes, double deflection,
-                                     double angularDeflection, unsigned int threads,
-                                     const std::function<void(int)>& progress);
+    // percentage done, on the calling thread only. Past the deadline the meshers stop at their
+    // next step and the parts not started are left out.
+    static std::vector<Failure>
+    mesh(const std::vector<TopoDS_Shape>& shapes, double deflection, double angularDeflection,
+         unsigned int threads, const std::function<void(int)>& progress,
+         ProgressBridge::Deadline deadline = ProgressBridge::Deadline::max());
     // Appends a face's triangles to the mesh; returns the triangles per face entity appended:
     // one for a face with a surface, one per smooth region for bare triangles, which have no
     // faces of their own to tell them apart.

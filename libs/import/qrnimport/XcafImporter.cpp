@@ -40,6 +40,7 @@
 #include <cmath>
 #include <exception>
 #include <map>
+#include <stdexcept>
 #include <utility>
 
 namespace qrnimport {
@@ -114,8 +115,9 @@ struct PendingNode {
 class Importer {
 public:
     Importer(const Handle(TDocStd_Document) & document, const ModelReader::Options& options,
-             ModelData& model, qrn::IStatusManager* status)
-        : m_document(document), m_options(options), m_model(model), m_status(status) {
+             ModelData& model, qrn::IStatusManager* status, ProgressBridge::Deadline deadline)
+        : m_document(document), m_options(options), m_model(model), m_status(status),
+          m_deadline(deadline) {
         const TDF_Label main = document->Main();
         m_shapes = XCAFDoc_DocumentTool::ShapeTool(main);
         m_colours = XCAFDoc_DocumentTool::ColorTool(main);
@@ -290,9 +292,11 @@ private:
             }
         if (shapes.empty())
             return;
-        const auto failures =
-            PartMesher::mesh(shapes, m_deflection, angularDeflection(), m_options.meshThreads,
-                             [this](int percent) { progress(L"meshing", percent); });
+        const auto failures = PartMesher::mesh(
+            shapes, m_deflection, angularDeflection(), m_options.meshThreads,
+            [this](int percent) { progress(L"meshing", percent); }, m_deadline);
+        if (ProgressBridge::passed(m_deadline))
+            throw std::runtime_error("meshing stopped at the time limit");
         progress(L"meshing", 100);
         for (const auto& failure : failures)
             warn(L"could not mesh " + displayName(*infos[failure.shape]) + L": " + failure.message);
@@ -465,6 +469,7 @@ private:
     const ModelReader::Options& m_options;
     ModelData& m_model;
     qrn::IStatusManager* m_status;
+    ProgressBridge::Deadline m_deadline;
     Handle(XCAFDoc_ShapeTool) m_shapes;
     Handle(XCAFDoc_ColorTool) m_colours;
     Handle(XCAFDoc_VisMaterialTool) m_visMaterials;
@@ -491,14 +496,14 @@ std::wstring unitName(double metres) {
 
 bool XcafImporter::import(const Handle(TDocStd_Document) & document,
                           const ModelReader::Options& options, ModelData& model, std::string& error,
-                          qrn::IStatusManager* status) {
+                          qrn::IStatusManager* status, ProgressBridge::Deadline deadline) {
     model = ModelData();
     if (document.IsNull() || !XCAFDoc_DocumentTool::IsXCAFDocument(document)) {
         error = "not an XCAF document";
         return false;
     }
     try {
-        Importer importer(document, options, model, status);
+        Importer importer(document, options, model, status, deadline);
         importer.run();
     } catch (const Standard_Failure& e) {
         error = std::string("the model could not be converted: ") + e.GetMessageString();

@@ -3,6 +3,7 @@
 #include "qrn/IStatusManager.h"
 #include "qrnimport/ModelData.h"
 #include "qrnimport/ModelReader.h"
+#include "qrnimport/ProgressBridge.h"
 
 #include <TDocStd_Document.hxx>
 
@@ -14,12 +15,13 @@ namespace qrnimport {
 // shared part once (meshed once, instanced by its placements), colours and transparency as
 // materials per part and per face, faces as meshes with normals, B-rep edges as polylines,
 // and (through PmiImporter) PMI and saved views. Faces that already hold a triangulation (mesh
-// formats) are used as they are.
+// formats) are used as they are. Past the deadline meshing stops and the import fails.
 class XcafImporter {
 public:
     static bool import(const Handle(TDocStd_Document) & document,
                        const ModelReader::Options& options, ModelData& model, std::string& error,
-                       qrn::IStatusManager* status = nullptr);
+                       qrn::IStatusManager* status = nullptr,
+                       ProgressBridge::Deadline deadline = ProgressBridge::Deadline::max());
 };
 
 } // namespace qrnimport

@@ -39,6 +39,12 @@ public:
     // False when there was no such value.
     bool removeValue(const std::wstring& name);
 
+    // What is wrong with the application's settings file, for a warning: a file that is there
+    // and cannot be read, or its first line that is neither a section, a value nor a comment.
+    // Values are still read where they can be, so what is lost falls back to its default.
+    // Empty when nothing is wrong, and always on Windows, whose registry has no such file.
+    static std::wstring damage(const std::wstring& appName = Environment::executableBaseName());
+
 private:
     std::wstring m_subKey;
     std::wstring m_appName;

@@ -70,6 +70,13 @@ TEST(QrnviewProcessTest, DrawsThroughThePluginsBesideItOrInTheConfiguredFolder) 
     const ProcessResult configured = runCommand(command);
     EXPECT_EQ(configured.exitCode, 0) << configured.output;
     EXPECT_TRUE(fs::exists(dir.file("x.png")));
+    // A damaged line costs a warning, not the settings that still read; the picture is
+    // replaced whole, with nothing left beside it.
+    std::ofstream(dir.file("config/qrnview/settings.ini"), std::ios::app) << "\x01 garbage\n";
+    const ProcessResult damaged = runCommand(command);
+    EXPECT_EQ(damaged.exitCode, 0) << damaged.output;
+    EXPECT_THAT(damaged.output, HasSubstr("settings.ini line 3 is not text; defaults stand in"));
+    EXPECT_FALSE(fs::exists(dir.file("x.png.new")));
 }
 
 // Bad arguments: exit code 2 with a message and the usage; bad input files: exit code 1 with a
@@ -85,6 +92,8 @@ TEST(QrnviewProcessTest, RefusesBadCommandLinesAndBadInput) {
                              "--transparent",
                              "--frame-budget -1",
                              "--frame-budget 33ms",
+                             "--time-limit -1",
+                             "--time-limit soon",
                              "--pick 5",
                              "--pick 5,x",
                              "--size 320x240 --pick 400,10",

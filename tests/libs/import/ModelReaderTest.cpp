@@ -26,8 +26,14 @@
 #include <algorithm>
 #include <cmath>
 #include <csignal>
+#ifndef _WIN32
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+#include <chrono>
 #include <set>
 #include <sstream>
+#include <thread>
 
 namespace {
 
@@ -439,6 +445,66 @@ TEST(ModelReaderTest, BadFilesAreRefusedByName) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_THAT(status.messages, Contains(HasSubstr(L"vertex")));
 }
+
+TEST(ModelReaderTest, ASlowReadStopsAtItsTimeLimit) {
+    TempDir dir;
+    ASSERT_TRUE(writeStep(makeAssembly(), dir.file("a.step")));
+    ASSERT_TRUE(RWStl::WriteBinary(cubeMesh(), OSD_Path(dir.file("cube.stl").c_str())));
+    // Past the limit every kind of read stops with a message; a transfer kept busy past it
+    // stops at its next step, with no second read without PMI.
+    for (const char* file : {"a.step", "cube.stl"}) {
+        ModelReader::Options options;
+        options.timeLimit = 1e-9;
+        ModelData model;
+        std::string error;
+        EXPECT_FALSE(ModelReader::read(dir.file(file), options, model, error)) << file;
+        EXPECT_THAT(error, AllOf(HasSubstr(dir.file(file)), HasSubstr("time limit of 1e-09 s")));
+        EXPECT_TRUE(model.parts.empty());
+    }
+    ModelReader::Options slow;
+    slow.timeLimit = 0.2;
+    int transfers = 0;
+    slow.pmiTransferHook = [&] {
+        ++transfers;
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        return true;
+    };
+    ModelData model;
+    std::string error;
+    EXPECT_FALSE(ModelReader::read(dir.file("a.step"), slow, model, error));
+    EXPECT_THAT(error, HasSubstr("stopped after the import's time limit of 0.2 s"));
+    EXPECT_EQ(transfers, 1);
+    slow.timeLimit = 0.0; // none
+    EXPECT_TRUE(ModelReader::read(dir.file("a.step"), slow, model, error)) << error;
+}
+
+#ifndef _WIN32
+TEST(ModelReaderTest, AFileWithoutReadPermissionIsRefusedByName) {
+    TempDir dir;
+    ASSERT_TRUE(RWStl::WriteBinary(cubeMesh(), OSD_Path(dir.file("locked.stl").c_str())));
+    fs::permissions(dir.path, fs::perms::all);
+    fs::permissions(dir.file("locked.stl"), fs::perms::none);
+    // Root reads every file: the read is tried as nobody, in a child process.
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
+            _exit(3);
+        ModelData model;
+        std::string error;
+        const bool read = ModelReader::read(dir.file("locked.stl"), model, error);
+        std::fprintf(stderr, "%s\n", error.c_str());
+        _exit(read ? 1
+              : error == "cannot open " + dir.file("locked.stl") +
+                             ": it cannot be read (Permission denied)"
+                  ? 0
+                  : 2);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "child status " << status;
+}
+#endif
 
 TEST(ImportSharedModelsTest, LoadWithTheirFigures) {
     SKIP_WITHOUT_SHARED_MODELS();

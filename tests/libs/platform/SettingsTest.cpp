@@ -261,3 +261,31 @@ TEST_F(SettingsTest, RefusesWhatItCannotHoldAndFallsBackToHome) {
 }
 
 #endif
+
+#ifndef _WIN32
+TEST_F(SettingsTest, ADamagedFileIsNamedAndWhatItStillHoldsIsRead) {
+    using namespace std::string_literals;
+    EXPECT_EQ(Settings::damage(m_app), L"") << "no file is no damage";
+    const struct {
+        std::string text;
+        std::wstring said; // after the path; empty: nothing wrong
+    } cases[] = {
+        {"; fine\n[Settings\\Tools]\nOperation=2\n\n# end\n", L""},
+        {"[Settings\\Tools]\nOperation=2\ngarbage here\n", L" line 3 is no setting"},
+        {"[Settings\\Tools]\nOperation=2\n=5\n", L" line 3 is no setting"},
+        {"[Settings\\Tools]\nOperation=2\nX=\x01\x02\n", L" line 3 is not text"},
+        {"[Settings\\Tools]\nOperation=2\n\xff\xfe=1\n", L" line 3 is not text"},
+        {"[Settings\\Tools]\nOperation=2\nA=\0\n"s, L" line 3 is not text"},
+    };
+    const std::wstring path = qrnplatform::Text::fromUtf8(file().u8string());
+    for (const auto& c : cases) {
+        writeFile(c.text);
+        EXPECT_EQ(Settings::damage(m_app), c.said.empty() ? L"" : path + c.said) << c.text;
+        EXPECT_EQ(read(settings(L"Settings\\Tools"), L"Operation"), 2u) << c.text;
+    }
+    std::filesystem::remove(file());
+    std::filesystem::create_directories(file());
+    EXPECT_EQ(Settings::damage(m_app), path + L" cannot be read: not a file");
+    EXPECT_FALSE(read(settings(L"Settings\\Tools"), L"Operation"));
+}
+#endif

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -198,6 +199,14 @@ bool writeLines(const std::string& path, const Lines& lines) {
     return ok;
 }
 
+// UTF-8 without control characters: what a person or this class writes.
+bool isText(const std::string& s) {
+    for (char c : s)
+        if (static_cast<unsigned char>(c) < 0x20 && c != '\t')
+            return false;
+    return Text::toUtf8(Text::fromUtf8(s)) == s;
+}
+
 // Reads the settings file and finds the key's section in it; false when either is missing.
 bool readSection(const std::wstring& appName, const std::wstring& subKey, Lines& lines,
                  std::size_t& first, std::size_t& last) {
@@ -207,6 +216,29 @@ bool readSection(const std::wstring& appName, const std::wstring& subKey, Lines&
 }
 
 } // namespace
+
+std::wstring Settings::damage(const std::wstring& appName) {
+    const std::string path = settingsFile(appName);
+    if (path.empty())
+        return {};
+    struct stat info {};
+    if (::stat(path.c_str(), &info) != 0)
+        return {};
+    Lines lines;
+    if (!S_ISREG(info.st_mode) || !readLines(path, lines))
+        return Text::fromUtf8(path) + L" cannot be read: " +
+               Text::fromUtf8(S_ISREG(info.st_mode) ? std::strerror(errno) : "not a file");
+    std::string name, value;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const std::string t = trim(lines[i]);
+        const bool text = isText(t);
+        if (!text || !(t.empty() || t[0] == ';' || t[0] == '#' || sectionHeader(t, name) ||
+                       (entry(t, name, value) && !name.empty())))
+            return Text::fromUtf8(path) + L" line " + std::to_wstring(i + 1) +
+                   (text ? L" is no setting" : L" is not text");
+    }
+    return {};
+}
 
 std::wstring Settings::location() const {
     return Text::fromUtf8(settingsFile(m_appName)) + L" [" + m_subKey + L"]";

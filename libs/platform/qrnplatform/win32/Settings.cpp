@@ -45,6 +45,10 @@ bool queryDword(HKEY key, const std::wstring& name, unsigned int& value) {
 
 } // namespace
 
+std::wstring Settings::damage(const std::wstring&) {
+    return {};
+}
+
 std::wstring Settings::location() const {
     return L"HKEY_CURRENT_USER\\" + keyPath();
 }
