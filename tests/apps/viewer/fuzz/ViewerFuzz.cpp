@@ -5,14 +5,23 @@
 // events up to it as an event log that replays it.
 //
 // qrnview_fuzz [MODEL] [--events N] [--seed S] [--frame-every K] [--log-failure FILE]
+//              [--minimise SECONDS] [--fail-in-mode M]
+//
+// A failing log is shrunk before it is written: chunks of events are left out as long as a
+// fresh document fed the rest still fails the same way (for at most SECONDS, 0: not at all).
+// --fail-in-mode makes every frame drawn in render mode M a failure, to try the shrinking.
 #include "qrngl/CameraHelper.h"
 #include "qrngl/GL.h"
+#include "qrngl/ICanvas.h"
+#include "qrngl/ICanvasFactory.h"
+#include "qrngl/IPickCanvas.h"
 #include "qrngl/SCRenderer.h"
 #include "qrnimport/DemoAssembly.h"
 #include "qrnimport/DocumentBuilder.h"
 #include "qrnimport/ModelReader.h"
 #include "qrnimport/StandardView.h"
 #include "qrnmath/MatrixUtils.h"
+#include "qrnplatform/Input.h"
 #include "qrnsg/SCSceneRT.h"
 #include "qrnviewer/EventLog.h"
 #include "qrnviewer/EventRouter.h"
@@ -20,11 +29,14 @@
 #include "qrnviewer/Replay.h"
 #include "qrnviewer/Snapshot.h"
 
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -129,6 +141,8 @@ struct Options {
     std::uint64_t seed = 1;
     int frameEvery = 50;
     std::string failureLog = "qrnview_fuzz_failure.log";
+    int failInMode = -1; // a frame drawn in this render mode counts as a failure
+    int minimise = 300;  // fresh replays the shrinking of a failing log may take
 };
 
 bool parse(int argc, char** argv, Options& o) {
@@ -143,6 +157,10 @@ bool parse(int argc, char** argv, Options& o) {
             o.frameEvery = std::max(1, std::atoi(argv[++i]));
         else if (arg == "--log-failure" && hasValue)
             o.failureLog = argv[++i];
+        else if (arg == "--fail-in-mode" && hasValue)
+            o.failInMode = std::atoi(argv[++i]);
+        else if (arg == "--minimise" && hasValue)
+            o.minimise = std::max(0.0, std::atof(argv[++i]));
         else if (!arg.empty() && arg[0] != '-' && o.model.empty())
             o.model = arg;
         else
@@ -153,7 +171,9 @@ bool parse(int argc, char** argv, Options& o) {
 
 // What a frame must be: a reason when it is not.
 std::string checkFrame(const qrngl::SCRenderer& renderer, const qrnsg::SCSceneRT& rt,
-                       const qrnsg::BBox& box, long long& looked) {
+                       const qrnsg::BBox& box, int failInMode, long long& looked) {
+    if (renderer.renderMode == failInMode)
+        return "a frame in render mode " + std::to_string(failInMode);
     const GLenum error = glGetError();
     if (error != GL_NO_ERROR)
         return "OpenGL error " + std::to_string(error);
@@ -194,13 +214,145 @@ std::string checkFrame(const qrngl::SCRenderer& renderer, const qrnsg::SCSceneRT
     return drawn > 0 ? std::string() : "the picture is empty while the camera looks at the model";
 }
 
+// A document of the model with its canvases and the viewer's router, fed events in batches
+// with a frame drawn and checked after each.
+class Rig {
+public:
+    Rig(std::shared_ptr<qrn::Document> document, const qrnsg::BBox& box,
+        const std::shared_ptr<qrngl::IRenderContext>& context, qrngl::ICanvasFactory& factory,
+        const Options& options, const std::string& state, bool closes)
+        : m_document(std::move(document)), m_closes(closes), m_box(box), m_context(context),
+          m_options(options),
+          m_renderer(m_document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER)),
+          m_rt(m_document->get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT)),
+          m_canvas(factory.createCanvas(context, m_document)),
+          m_picks(factory.createPickCanvas(context, m_document)) {
+        qrngl::CameraHelper::setViewport(kWidth, kHeight, m_renderer->camera);
+        qrnimport::StandardView::apply("iso", box, m_renderer->camera);
+        // Every run starts with no saved state and no key held, as a replayed log does.
+        std::error_code ignored;
+        std::filesystem::remove(state, ignored);
+        for (int key = 0; key < 256; ++key)
+            qrnplatform::Input::setKeyDown(key, false);
+        if (!m_canvas || !m_picks || !m_picks->OnCreate())
+            return;
+        m_canvas->OnCreate();
+        m_canvas->OnSize(0, 0, kWidth, kHeight);
+        m_picks->OnSize(0, 0, kWidth, kHeight);
+        m_renderer->pickCanvas = m_picks;
+        m_router = std::make_unique<qrnviewer::EventRouter>(m_document, nullptr, nullptr);
+        m_router->setStateFiles(state, state);
+    }
+    ~Rig() {
+        m_router.reset();
+        m_context->activate();
+        if (m_picks)
+            m_picks->OnDestroy();
+        m_renderer->pickCanvas.reset();
+        if (m_canvas)
+            m_canvas->OnDestroy();
+        if (m_closes)
+            m_document->close();
+    }
+    Rig(const Rig&) = delete;
+    Rig& operator=(const Rig&) = delete;
+
+    // Replays the batch, draws a frame and checks it: the reason it fails, or empty.
+    std::string frame(std::vector<InputEvent> batch) {
+        if (!m_router)
+            return "the plug-in made no canvas";
+        // Times run from the batch's first event, as a log's do.
+        const std::uint64_t start = batch.empty() ? 0 : batch.front().time;
+        for (auto& e : batch)
+            e.time -= start;
+        qrnviewer::Replay::run(*m_router, batch);
+        m_context->activate();
+        m_canvas->Invalidate();
+        m_canvas->OnDraw();
+        m_context->activate();
+        ++frames;
+        return checkFrame(*m_renderer, *m_rt, m_box, m_options.failInMode, looked);
+    }
+
+    long long frames = 0, looked = 0;
+
+private:
+    std::shared_ptr<qrn::Document> m_document;
+    bool m_closes; // the document is the rig's own
+    qrnsg::BBox m_box;
+    std::shared_ptr<qrngl::IRenderContext> m_context;
+    const Options& m_options;
+    std::shared_ptr<qrngl::SCRenderer> m_renderer;
+    std::shared_ptr<qrnsg::SCSceneRT> m_rt;
+    std::shared_ptr<qrngl::ICanvas> m_canvas;
+    std::shared_ptr<qrngl::IPickCanvas> m_picks;
+    std::unique_ptr<qrnviewer::EventRouter> m_router;
+};
+
+// Shrinks a failing list of events (delta debugging): chunks are left out, halving their size
+// when none can go, as long as a fresh document fed the rest fails with the same reason.
+class Shrinker {
+public:
+    using Trial = std::function<std::string(const std::vector<InputEvent>&)>;
+    Shrinker(Trial trial, double seconds)
+        : m_trial(std::move(trial)),
+          m_end(std::chrono::steady_clock::now() +
+                std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+                    std::chrono::duration<double>(seconds))) {}
+
+    std::vector<InputEvent> shrink(std::vector<InputEvent> events, const std::string& reason) {
+        const auto fails = [&](const std::vector<InputEvent>& candidate) {
+            ++trials;
+            return m_trial(candidate) == reason;
+        };
+        std::size_t parts = 2;
+        while (events.size() >= 2 && !late()) {
+            const std::size_t chunk = (events.size() + parts - 1) / parts;
+            bool shrunk = false;
+            // A chunk alone, then everything but a chunk (the same at two parts).
+            for (int pass = parts > 2 ? 0 : 1; pass < 2 && !shrunk; ++pass)
+                for (std::size_t from = 0; from < events.size() && !shrunk && !late();
+                     from += chunk) {
+                    const auto first = events.begin() + static_cast<std::ptrdiff_t>(from);
+                    const auto last = events.begin() + static_cast<std::ptrdiff_t>(
+                                                           std::min(events.size(), from + chunk));
+                    std::vector<InputEvent> candidate(first, last);
+                    if (pass == 1) {
+                        candidate.assign(events.begin(), first);
+                        candidate.insert(candidate.end(), last, events.end());
+                    }
+                    if (fails(candidate)) {
+                        events = std::move(candidate);
+                        parts = pass == 0 ? 2 : std::max<std::size_t>(parts - 1, 2);
+                        shrunk = true;
+                    }
+                }
+            if (shrunk)
+                continue;
+            if (parts >= events.size())
+                break;
+            parts = std::min(parts * 2, events.size());
+        }
+        return events;
+    }
+
+    int trials = 0;
+
+private:
+    bool late() const { return std::chrono::steady_clock::now() > m_end; }
+
+    Trial m_trial;
+    std::chrono::steady_clock::time_point m_end;
+};
+
 } // namespace
 
 int main(int argc, char** argv) {
     Options options;
     if (!parse(argc, argv, options)) {
         std::fprintf(stderr, "usage: qrnview_fuzz [MODEL] [--events N] [--seed S] "
-                             "[--frame-every K] [--log-failure FILE]\n");
+                             "[--frame-every K] [--log-failure FILE] [--minimise SECONDS] "
+                             "[--fail-in-mode M]\n");
         return 2;
     }
     qrnimport::ModelData model;
@@ -214,77 +366,72 @@ int main(int argc, char** argv) {
     }
     const qrnviewer::RendererPlugins plugins;
     auto document = qrnimport::DocumentBuilder::build(model);
-    auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
-    auto rt = document->get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
-    qrngl::CameraHelper::setViewport(kWidth, kHeight, renderer->camera);
-    qrnimport::StandardView::apply("iso", model.extent(), renderer->camera);
     const qrnsg::BBox box = model.extent();
     const std::string state = (std::filesystem::temp_directory_path() /
                                ("qrnview_fuzz_" + std::to_string(options.seed) + ".state"))
                                   .string();
 
     std::string failure;
-    long long failedAt = -1, frames = 0, looked = 0;
-    std::vector<InputEvent> all;
+    long long frames = 0, looked = 0;
+    std::vector<InputEvent> all, shrunk;
+    int trials = 0;
+    bool reproduced = false;
     qrnviewer::Snapshot::Settings picture;
     picture.width = kWidth;
     picture.height = kHeight;
     picture.beforeFrame = [&](const std::shared_ptr<qrngl::IRenderContext>& context,
                               qrngl::ICanvasFactory& factory) {
-        auto canvas = factory.createCanvas(context, document);
-        auto picks = factory.createPickCanvas(context, document);
-        if (!canvas || !picks || !picks->OnCreate()) {
-            failure = "the plug-in made no canvas";
-            return;
-        }
-        canvas->OnCreate();
-        canvas->OnSize(0, 0, kWidth, kHeight);
-        picks->OnSize(0, 0, kWidth, kHeight);
-        renderer->pickCanvas = picks;
         {
-            qrnviewer::EventRouter router(document, nullptr, nullptr);
-            router.setStateFiles(state, state);
+            Rig rig(document, box, context, factory, options, state, false);
             Generator generator(options.seed);
             std::vector<InputEvent> batch;
             for (long long n = 0; n < options.events && failure.empty(); ++n) {
                 batch.push_back(generator.next());
-                all.push_back(batch.back());
                 if (static_cast<long long>(batch.size()) < options.frameEvery &&
                     n + 1 < options.events)
                     continue;
                 // Every fourth frame after a fit and its animation: the model in view.
-                if (frames % 4 == 3)
-                    for (InputEvent fit : generator.fit()) {
+                if (rig.frames % 4 == 3)
+                    for (const InputEvent& fit : generator.fit())
                         batch.push_back(fit);
-                        all.push_back(fit);
-                    }
-                // Times run from the batch's first event, as a log's do.
-                const std::uint64_t start = batch.front().time;
-                for (auto& e : batch)
-                    e.time -= start;
-                qrnviewer::Replay::run(router, batch);
+                all.insert(all.end(), batch.begin(), batch.end());
+                failure = rig.frame(std::move(batch));
                 batch.clear();
-                context->activate();
-                canvas->Invalidate();
-                canvas->OnDraw();
-                context->activate();
-                failure = checkFrame(*renderer, *rt, box, looked);
-                ++frames;
-                if (!failure.empty())
-                    failedAt = n;
             }
+            frames = rig.frames;
+            looked = rig.looked;
         }
-        context->activate();
-        picks->OnDestroy();
-        renderer->pickCanvas.reset();
-        canvas->OnDestroy();
+        if (failure.empty() || options.minimise <= 0)
+            return;
+        // A fresh document each time, fed the events as a log replays them.
+        const auto trial = [&](const std::vector<InputEvent>& events) {
+            Rig rig(qrnimport::DocumentBuilder::build(model), box, context, factory, options, state,
+                    true);
+            for (std::size_t at = 0; at < events.size();) {
+                const std::size_t end =
+                    std::min(events.size(), at + static_cast<std::size_t>(options.frameEvery));
+                const std::string reason = rig.frame({events.begin() + static_cast<long>(at),
+                                                      events.begin() + static_cast<long>(end)});
+                if (!reason.empty())
+                    return reason;
+                at = end;
+            }
+            return std::string();
+        };
+        reproduced = trial(all) == failure;
+        if (!reproduced)
+            return;
+        Shrinker shrinker(trial, options.minimise);
+        shrunk = shrinker.shrink(all, failure);
+        trials = shrinker.trials + 1;
     };
-    if (!qrnviewer::Snapshot::write(document, picture, plugins, "", error)) {
+    const bool drawn = qrnviewer::Snapshot::write(document, picture, plugins, "", error);
+    document->close();
+    std::filesystem::remove(state);
+    if (!drawn) {
         std::fprintf(stderr, "qrnview_fuzz: %s\n", error.c_str());
         return 1;
     }
-    std::filesystem::remove(state);
-    document->close();
     const char* name = options.model.empty() ? "the demo" : options.model.c_str();
     if (failure.empty()) {
         std::printf("qrnview_fuzz: %lld events on %s, seed %llu: no failure (%lld frames, the "
@@ -293,13 +440,21 @@ int main(int argc, char** argv) {
                     looked);
         return 0;
     }
+    const std::vector<InputEvent>& written = reproduced ? shrunk : all;
     std::ofstream log(options.failureLog);
     log << qrnviewer::EventLog::header();
-    for (std::size_t i = 0; i <= static_cast<std::size_t>(failedAt) && i < all.size(); ++i)
-        log << qrnviewer::EventLog::format(all[i]) << "\n";
-    std::printf("qrnview_fuzz: %s, seed %llu: %s after event %lld; replay %s with qrnview "
+    for (const InputEvent& e : written)
+        log << qrnviewer::EventLog::format(e) << "\n";
+    std::printf("qrnview_fuzz: %s, seed %llu: %s after event %zu; replay %s with qrnview "
                 "--replay\n",
-                name, static_cast<unsigned long long>(options.seed), failure.c_str(), failedAt + 1,
+                name, static_cast<unsigned long long>(options.seed), failure.c_str(), all.size(),
                 options.failureLog.c_str());
+    if (reproduced)
+        std::printf("qrnview_fuzz: shrunk to %zu events in %d fresh replays\n", written.size(),
+                    trials);
+    else if (options.minimise > 0)
+        std::printf("qrnview_fuzz: a fresh replay does not fail the same way: all %zu events "
+                    "written\n",
+                    written.size());
     return 1;
 }
