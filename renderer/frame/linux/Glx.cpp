@@ -302,11 +302,13 @@ void systemDeleteContext(Display* display, GLXContext context) {
 bool systemMakeCurrent(Display* display, Window window, GLXContext context) {
     if (!display)
         return false;
+    // A release refused by the server (the thread's current context is another API's, such
+    // as EGL's) fails that step only.
+    ErrorTrap trap(display);
     if (!context) {
         glXMakeCurrent(display, None, nullptr);
         return false;
     }
-    ErrorTrap trap(display);
     const Bool made = glXMakeCurrent(display, window, context);
     return !trap.failed() && made;
 }
