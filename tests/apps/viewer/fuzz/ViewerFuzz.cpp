@@ -15,6 +15,7 @@
 #include "qrngl/ICanvas.h"
 #include "qrngl/ICanvasFactory.h"
 #include "qrngl/IPickCanvas.h"
+#include "qrngl/SCClipping.h"
 #include "qrngl/SCRenderer.h"
 #include "qrnimport/DemoAssembly.h"
 #include "qrnimport/DocumentBuilder.h"
@@ -22,7 +23,9 @@
 #include "qrnimport/StandardView.h"
 #include "qrnmath/MatrixUtils.h"
 #include "qrnplatform/Input.h"
+#include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
+#include "qrnsgutils/InstanceWalker.h"
 #include "qrnviewer/EventLog.h"
 #include "qrnviewer/EventRouter.h"
 #include "qrnviewer/RendererPlugins.h"
@@ -171,7 +174,8 @@ bool parse(int argc, char** argv, Options& o) {
 
 // What a frame must be: a reason when it is not.
 std::string checkFrame(const qrngl::SCRenderer& renderer, const qrnsg::SCSceneRT& rt,
-                       const qrnsg::BBox& box, int failInMode, long long& looked) {
+                       const qrnsg::SCScene& scene, const qrngl::SCClipping* clipping,
+                       int failInMode, long long& looked) {
     if (renderer.renderMode == failInMode)
         return "a frame in render mode " + std::to_string(failInMode);
     const GLenum error = glGetError();
@@ -187,17 +191,32 @@ std::string checkFrame(const qrngl::SCRenderer& renderer, const qrnsg::SCSceneRT
         if (std::fabs(axis.length() - 1.0f) > 1e-3f)
             return "the camera's rotation is not orthonormal";
     }
-    // The model's centre in the view (not behind the eye, inside the window): some of it
-    // shows, unless the camera is zoomed in so far that it sits inside a part, or something
-    // hides everything.
-    const qrnmath::Vec3 at = qrnmath::MatrixUtils::transformPoint(
-        qrngl::CameraHelper::getModelToScreen(camera), box.center());
-    bool shown = false;
-    for (const auto& flags : rt.meshes.flags)
-        shown = shown || (flags.second & qrnsg::RTState::VISIBLE) != 0;
-    const bool looking = shown && at[2] > 0.0f && at[2] < 1.0f && at[0] >= 0 && at[0] < kWidth &&
-                         at[1] >= 0 && at[1] < kHeight && camera->zoomFactor() > 0.05f &&
-                         camera->zoomFactor() < 20.0f;
+    // A shown part's centre in the view (not behind the eye, inside the window, on the kept
+    // side of a cut): some of it shows, unless the camera is zoomed in so far that it sits
+    // inside a part. Parts, not the model: exploded parts leave the model's centre empty.
+    const qrnmath::Mat4 toScreen = qrngl::CameraHelper::getModelToScreen(camera);
+    const bool cut = clipping && clipping->hasPlane();
+    bool partInView = false;
+    qrnsgutils::InstanceWalker::walk(
+        rt.meshes, scene.meshes.size(),
+        [&](const qrnsgutils::InstanceWalker::Instance& instance) {
+            const qrnmath::Vec3 local =
+                scene.meshes[static_cast<std::size_t>(instance.drawable)].bbox().center();
+            const qrnmath::Vec3 centre =
+                instance.transform
+                    ? qrnmath::MatrixUtils::transformPoint(*instance.transform, local)
+                    : local;
+            if (cut) {
+                const qrnmath::Vec4& p = clipping->planes.front();
+                if (p[0] * centre[0] + p[1] * centre[1] + p[2] * centre[2] + p[3] < 0.0f)
+                    return;
+            }
+            const qrnmath::Vec3 at = qrnmath::MatrixUtils::transformPoint(toScreen, centre);
+            partInView = partInView || (at[2] > 0.0f && at[2] < 1.0f && at[0] >= 0 &&
+                                        at[0] < kWidth && at[1] >= 0 && at[1] < kHeight);
+        },
+        true);
+    const bool looking = partInView && camera->zoomFactor() > 0.05f && camera->zoomFactor() < 20.0f;
     if (!looking)
         return std::string();
     ++looked;
@@ -221,10 +240,10 @@ public:
     Rig(std::shared_ptr<qrn::Document> document, const qrnsg::BBox& box,
         const std::shared_ptr<qrngl::IRenderContext>& context, qrngl::ICanvasFactory& factory,
         const Options& options, const std::string& state, bool closes)
-        : m_document(std::move(document)), m_closes(closes), m_box(box), m_context(context),
-          m_options(options),
+        : m_document(std::move(document)), m_closes(closes), m_context(context), m_options(options),
           m_renderer(m_document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER)),
           m_rt(m_document->get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT)),
+          m_scene(m_document->get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE)),
           m_canvas(factory.createCanvas(context, m_document)),
           m_picks(factory.createPickCanvas(context, m_document)) {
         qrngl::CameraHelper::setViewport(kWidth, kHeight, m_renderer->camera);
@@ -271,7 +290,9 @@ public:
         m_canvas->OnDraw();
         m_context->activate();
         ++frames;
-        return checkFrame(*m_renderer, *m_rt, m_box, m_options.failInMode, looked);
+        return checkFrame(*m_renderer, *m_rt, *m_scene,
+                          m_document->get<qrngl::SCClipping>(qrnsg::SCHEMA_CLIPPING).get(),
+                          m_options.failInMode, looked);
     }
 
     long long frames = 0, looked = 0;
@@ -279,11 +300,11 @@ public:
 private:
     std::shared_ptr<qrn::Document> m_document;
     bool m_closes; // the document is the rig's own
-    qrnsg::BBox m_box;
     std::shared_ptr<qrngl::IRenderContext> m_context;
     const Options& m_options;
     std::shared_ptr<qrngl::SCRenderer> m_renderer;
     std::shared_ptr<qrnsg::SCSceneRT> m_rt;
+    std::shared_ptr<qrnsg::SCScene> m_scene;
     std::shared_ptr<qrngl::ICanvas> m_canvas;
     std::shared_ptr<qrngl::IPickCanvas> m_picks;
     std::unique_ptr<qrnviewer::EventRouter> m_router;
@@ -293,15 +314,16 @@ private:
 // when none can go, as long as a fresh document fed the rest fails with the same reason.
 class Shrinker {
 public:
-    using Trial = std::function<std::string(const std::vector<InputEvent>&)>;
+    using Events = std::vector<std::size_t>; // indices into the failing run's events
+    using Trial = std::function<std::string(const Events&)>;
     Shrinker(Trial trial, double seconds)
         : m_trial(std::move(trial)),
           m_end(std::chrono::steady_clock::now() +
                 std::chrono::duration_cast<std::chrono::steady_clock::duration>(
                     std::chrono::duration<double>(seconds))) {}
 
-    std::vector<InputEvent> shrink(std::vector<InputEvent> events, const std::string& reason) {
-        const auto fails = [&](const std::vector<InputEvent>& candidate) {
+    Events shrink(Events events, const std::string& reason) {
+        const auto fails = [&](const Events& candidate) {
             ++trials;
             return m_trial(candidate) == reason;
         };
@@ -316,7 +338,7 @@ public:
                     const auto first = events.begin() + static_cast<std::ptrdiff_t>(from);
                     const auto last = events.begin() + static_cast<std::ptrdiff_t>(
                                                            std::min(events.size(), from + chunk));
-                    std::vector<InputEvent> candidate(first, last);
+                    Events candidate(first, last);
                     if (pass == 1) {
                         candidate.assign(events.begin(), first);
                         candidate.insert(candidate.end(), last, events.end());
@@ -373,7 +395,9 @@ int main(int argc, char** argv) {
 
     std::string failure;
     long long frames = 0, looked = 0;
-    std::vector<InputEvent> all, shrunk;
+    std::vector<InputEvent> all;
+    std::vector<long long> frameOf; // the frame after which each event was drawn
+    Shrinker::Events shrunk;
     int trials = 0;
     bool reproduced = false;
     qrnviewer::Snapshot::Settings picture;
@@ -395,6 +419,7 @@ int main(int argc, char** argv) {
                     for (const InputEvent& fit : generator.fit())
                         batch.push_back(fit);
                 all.insert(all.end(), batch.begin(), batch.end());
+                frameOf.resize(all.size(), rig.frames);
                 failure = rig.frame(std::move(batch));
                 batch.clear();
             }
@@ -403,26 +428,30 @@ int main(int argc, char** argv) {
         }
         if (failure.empty() || options.minimise <= 0)
             return;
-        // A fresh document each time, fed the events as a log replays them.
-        const auto trial = [&](const std::vector<InputEvent>& events) {
+        // A fresh document each time, fed the events with frames where the run drew them.
+        const auto trial = [&](const Shrinker::Events& events) {
             Rig rig(qrnimport::DocumentBuilder::build(model), box, context, factory, options, state,
                     true);
-            for (std::size_t at = 0; at < events.size();) {
-                const std::size_t end =
-                    std::min(events.size(), at + static_cast<std::size_t>(options.frameEvery));
-                const std::string reason = rig.frame({events.begin() + static_cast<long>(at),
-                                                      events.begin() + static_cast<long>(end)});
+            std::vector<InputEvent> batch;
+            for (std::size_t i = 0; i < events.size(); ++i) {
+                batch.push_back(all[events[i]]);
+                if (i + 1 < events.size() && frameOf[events[i + 1]] == frameOf[events[i]])
+                    continue;
+                const std::string reason = rig.frame(std::move(batch));
                 if (!reason.empty())
                     return reason;
-                at = end;
+                batch.clear();
             }
             return std::string();
         };
-        reproduced = trial(all) == failure;
+        Shrinker::Events everything(all.size());
+        for (std::size_t i = 0; i < everything.size(); ++i)
+            everything[i] = i;
+        reproduced = trial(everything) == failure;
         if (!reproduced)
             return;
         Shrinker shrinker(trial, options.minimise);
-        shrunk = shrinker.shrink(all, failure);
+        shrunk = shrinker.shrink(everything, failure);
         trials = shrinker.trials + 1;
     };
     const bool drawn = qrnviewer::Snapshot::write(document, picture, plugins, "", error);
@@ -440,7 +469,12 @@ int main(int argc, char** argv) {
                     looked);
         return 0;
     }
-    const std::vector<InputEvent>& written = reproduced ? shrunk : all;
+    std::vector<InputEvent> written = all;
+    if (reproduced) {
+        written.clear();
+        for (std::size_t i : shrunk)
+            written.push_back(all[i]);
+    }
     std::ofstream log(options.failureLog);
     log << qrnviewer::EventLog::header();
     for (const InputEvent& e : written)
