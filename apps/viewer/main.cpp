@@ -91,13 +91,16 @@ int main(int argc, char** argv) {
     const qrnviewer::RendererPlugins plugins;
     // Meshes put in drawing order and simplified, on all cores.
     status.setProgress(L"preparing", 0);
-    auto document = qrnimport::DocumentBuilder::build(model);
+    // The document takes the model's geometry: counted and measured first.
+    const std::size_t triangles = model.triangleCount(), instances = model.instanceCount();
+    const qrnsg::BBox extent = model.extent();
+    auto document = qrnimport::DocumentBuilder::build(std::move(model));
     status.setProgress(L"preparing", 100);
     status.endProgress();
     if (!document) {
         std::fprintf(stderr, "qrnview: not enough memory to prepare %s (%zu triangles)\n",
                      options.model.empty() ? "the demo assembly" : options.model.c_str(),
-                     model.triangleCount());
+                     triangles);
         return 1;
     }
     // The components hold tools and canvases that hold the document: closing it at every way
@@ -112,7 +115,7 @@ int main(int argc, char** argv) {
     // A standard orientation fitted to the model and its PMI, or a saved view of the file with
     // its own PMI.
     int savedView = -1;
-    if (!qrnimport::StandardView::apply(options.view, model.extent(), renderer->camera)) {
+    if (!qrnimport::StandardView::apply(options.view, extent, renderer->camera)) {
         auto views = document->get<qrnsg::SCView>(qrnsg::SCHEMA_VIEW);
         savedView = views ? views->find(qrnplatform::Text::fromUtf8(options.view)) : -1;
         if (savedView < 0 ||
@@ -250,7 +253,7 @@ int main(int argc, char** argv) {
     if (options.snapshot.empty())
         return 0;
     std::printf("qrnview: wrote %s (%ux%u, %zu triangles in %zu instances; %s)\n",
-                options.snapshot.c_str(), options.width, options.height, model.triangleCount(),
-                model.instanceCount(), how.c_str());
+                options.snapshot.c_str(), options.width, options.height, triangles, instances,
+                how.c_str());
     return 0;
 }

@@ -185,14 +185,24 @@ std::shared_ptr<qrnsg::IFactory> DocumentBuilder::factoryChain() {
 std::shared_ptr<qrn::Document> DocumentBuilder::build(const ModelData& model,
                                                       const Options& meshes) {
     try {
-        return fill(model, meshes);
+        return fill(model, meshes, nullptr);
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
 }
 
-std::shared_ptr<qrn::Document> DocumentBuilder::fill(const ModelData& model,
-                                                     const Options& meshes) {
+std::shared_ptr<qrn::Document> DocumentBuilder::build(ModelData&& model, const Options& meshes) {
+    try {
+        return fill(model, meshes, &model);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+std::shared_ptr<qrn::Document> DocumentBuilder::fill(const ModelData& model, const Options& meshes,
+                                                     ModelData* taken) {
+    // Measured before any geometry is taken out of the model.
+    const qrnsg::BBox extent = model.extent();
     auto document = std::make_shared<qrn::Document>(factoryChain());
     document->addSchema(qrnsg::SCHEMA_SCENE);
     document->addSchema(qrnsg::SCHEMA_SCENE_RT);
@@ -238,14 +248,6 @@ std::shared_ptr<qrn::Document> DocumentBuilder::fill(const ModelData& model,
         const auto& part = model.parts[p];
         auto& entry = parts[p];
         entry.name = part.name;
-        for (const auto& mesh : part.meshes) {
-            entry.meshes.push_back(static_cast<int>(scene->meshes.size()));
-            scene->meshes.push_back(mesh);
-        }
-        if (part.edges.stripCount() > 0) {
-            entry.polyline = static_cast<int>(scene->polylines.size());
-            scene->polylines.push_back(part.edges);
-        }
         entry.entities = part.entities;
         if (entry.entities.faces.empty()) {
             // A part read without entities still picks: each mesh is one face.
@@ -255,6 +257,20 @@ std::shared_ptr<qrn::Document> DocumentBuilder::fill(const ModelData& model,
                 face.triangleCount = static_cast<unsigned int>(part.meshes[m].triangleCount());
                 entry.entities.faces.push_back(face);
             }
+        }
+        for (std::size_t m = 0; m < part.meshes.size(); ++m) {
+            entry.meshes.push_back(static_cast<int>(scene->meshes.size()));
+            if (taken)
+                scene->meshes.push_back(std::move(taken->parts[p].meshes[m]));
+            else
+                scene->meshes.push_back(part.meshes[m]);
+        }
+        if (part.edges.stripCount() > 0) {
+            entry.polyline = static_cast<int>(scene->polylines.size());
+            if (taken)
+                scene->polylines.push_back(std::move(taken->parts[p].edges));
+            else
+                scene->polylines.push_back(part.edges);
         }
         if (!entry.entities.vertices.empty()) {
             entry.points = static_cast<int>(scene->points.size());
@@ -319,7 +335,7 @@ std::shared_ptr<qrn::Document> DocumentBuilder::fill(const ModelData& model,
                                              qrngl::FontRenderer::fallbackFaceName());
 
     // Camera, view and lights.
-    StandardView::apply("iso", model.extent(), renderer->camera);
+    StandardView::apply("iso", extent, renderer->camera);
     renderer->viewRenderer = std::make_shared<qrnglutils::ViewRenderer>(renderer->camera);
     renderer->sceneSetupRenderer = std::make_shared<qrnglutils::LightRenderer>();
     renderer->setReady(true);

@@ -35,11 +35,17 @@ public:
     // Null only when memory runs out; the model is left as it was.
     static std::shared_ptr<qrn::Document> build(const ModelData& model,
                                                 const Options& options = Options());
+    // The same, taking the model's meshes and edges instead of copying them, so that their
+    // vertices are held once; the model keeps everything else (its parts without geometry).
+    static std::shared_ptr<qrn::Document> build(ModelData&& model,
+                                                const Options& options = Options());
     // The factory chain of such a document.
     static std::shared_ptr<qrnsg::IFactory> factoryChain();
 
 private:
-    static std::shared_ptr<qrn::Document> fill(const ModelData& model, const Options& options);
+    // With `taken` (the model itself), geometry is moved out of it.
+    static std::shared_ptr<qrn::Document> fill(const ModelData& model, const Options& options,
+                                               ModelData* taken);
 };
 
 } // namespace qrnimport
