@@ -12,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qrnbench {
@@ -37,6 +38,16 @@ struct BenchScene {
     // Frees the GPU objects in their own context and the context.
     void release();
 };
+
+// Registers a benchmark timed in real milliseconds over at least a second: the large
+// models' frames are slow, and a handful of runs is too few.
+template <class Fn>
+void addTimed(const std::string& label, Fn&& fn) {
+    benchmark::RegisterBenchmark(label.c_str(), std::forward<Fn>(fn))
+        ->Unit(benchmark::kMillisecond)
+        ->MinTime(1.0)
+        ->UseRealTime();
+}
 
 // The frame benchmark: Invalidate and a full draw, presented into the memory image.
 void frameTime(benchmark::State& state, BenchScene* scene);

@@ -100,24 +100,19 @@ void explodedFrame(benchmark::State& state, bool exploded) {
 int main(int argc, char** argv) {
     qrnbench::TimeReporter reporter(argc, argv);
     benchmark::Initialize(&argc, argv);
-    auto add = [](const std::string& label, auto&& fn) {
-        benchmark::RegisterBenchmark(label.c_str(), fn)
-            ->Unit(benchmark::kMillisecond)
-            ->MinTime(1.0)
-            ->UseRealTime();
-    };
-    add("explode/1000-nodes", [](benchmark::State& s) { layout(s, false); });
-    add("explode/1000-nodes-refreshing", [](benchmark::State& s) { layout(s, true); });
+    qrnbench::addTimed("explode/1000-nodes", [](benchmark::State& s) { layout(s, false); });
+    qrnbench::addTimed("explode/1000-nodes-refreshing",
+                       [](benchmark::State& s) { layout(s, true); });
     const std::string path = qrnbench::BenchModels::sharedModel("pm2_tess_fine.glb");
     if (!path.empty()) {
         g_glb = std::make_unique<qrnbench::BenchScene>();
         g_glb->name = "pm2_tess_fine.glb";
         g_glb->model = qrnbench::BenchModels::read(path);
         if (g_glb->model.triangleCount() > 0 && g_glb->prepare(false)) {
-            add("frame/assembled/pm2_tess_fine.glb",
-                [](benchmark::State& s) { explodedFrame(s, false); });
-            add("frame/exploded/pm2_tess_fine.glb",
-                [](benchmark::State& s) { explodedFrame(s, true); });
+            qrnbench::addTimed("frame/assembled/pm2_tess_fine.glb",
+                               [](benchmark::State& s) { explodedFrame(s, false); });
+            qrnbench::addTimed("frame/exploded/pm2_tess_fine.glb",
+                               [](benchmark::State& s) { explodedFrame(s, true); });
         } else {
             g_glb.reset();
         }

@@ -117,21 +117,19 @@ void addCase(const std::string& name, qrnimport::ModelData model) {
         return;
     choose(*c);
     MeasureCase* raw = c.get();
-    auto add = [](const std::string& label, auto&& fn) {
-        benchmark::RegisterBenchmark(label.c_str(), fn)
-            ->Unit(benchmark::kMillisecond)
-            ->MinTime(1.0)
-            ->UseRealTime();
-    };
-    add("frame/" + name, [raw](benchmark::State& s) { qrnbench::frameTime(s, &raw->scene); });
+    qrnbench::addTimed("frame/" + name,
+                       [raw](benchmark::State& s) { qrnbench::frameTime(s, &raw->scene); });
     if (raw->faces[0])
-        add("face-face/" + name,
-            [raw](benchmark::State& s) { measure(s, raw, raw->faces[0], raw->faces[1]); });
+        qrnbench::addTimed("face-face/" + name, [raw](benchmark::State& s) {
+            measure(s, raw, raw->faces[0], raw->faces[1]);
+        });
     if (raw->edges[0])
-        add("edge-edge/" + name,
-            [raw](benchmark::State& s) { measure(s, raw, raw->edges[0], raw->edges[1]); });
+        qrnbench::addTimed("edge-edge/" + name, [raw](benchmark::State& s) {
+            measure(s, raw, raw->edges[0], raw->edges[1]);
+        });
     if (raw->hole)
-        add("radius/" + name, [raw](benchmark::State& s) { measure(s, raw, raw->hole, 0); });
+        qrnbench::addTimed("radius/" + name,
+                           [raw](benchmark::State& s) { measure(s, raw, raw->hole, 0); });
     g_cases.push_back(std::move(c));
 }
 

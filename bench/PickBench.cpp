@@ -160,19 +160,15 @@ void addCase(const std::string& name, qrnimport::ModelData model) {
     c->scene.context->deactivate();
 
     PickCase* raw = c.get();
-    auto add = [](const std::string& label, auto&& fn) {
-        benchmark::RegisterBenchmark(label.c_str(), fn)
-            ->Unit(benchmark::kMillisecond)
-            ->MinTime(1.0) // the large model's frames are slow: a handful of runs is too few
-            ->UseRealTime();
-    };
-    add("frame/" + name, [raw](benchmark::State& s) { qrnbench::frameTime(s, &raw->scene); });
+    qrnbench::addTimed("frame/" + name,
+                       [raw](benchmark::State& s) { qrnbench::frameTime(s, &raw->scene); });
     for (Kind kind : {PBO, RBO, SELECTION})
-        add(pointName(kind, name),
-            [raw, kind](benchmark::State& s) { pickAfterTurn(s, raw, kind); });
-    add(hoverName(name), [raw](benchmark::State& s) { hover(s, raw); });
+        qrnbench::addTimed(pointName(kind, name),
+                           [raw, kind](benchmark::State& s) { pickAfterTurn(s, raw, kind); });
+    qrnbench::addTimed(hoverName(name), [raw](benchmark::State& s) { hover(s, raw); });
     for (Kind kind : {PBO, RBO})
-        add(boxName(kind, name), [raw, kind](benchmark::State& s) { boxAfterTurn(s, raw, kind); });
+        qrnbench::addTimed(boxName(kind, name),
+                           [raw, kind](benchmark::State& s) { boxAfterTurn(s, raw, kind); });
     g_cases.push_back(std::move(c));
 }
 

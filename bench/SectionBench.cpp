@@ -81,23 +81,19 @@ void addCase(const std::string& name, qrnimport::ModelData model) {
     c->section = std::make_unique<qrnviewer::Sectioning>(c->scene.document, nullptr);
     c->clipping = c->scene.document->get<SCClipping>(qrnsg::SCHEMA_CLIPPING);
     SectionCase* raw = c.get();
-    auto add = [](const std::string& label, auto&& fn) {
-        benchmark::RegisterBenchmark(label.c_str(), fn)
-            ->Unit(benchmark::kMillisecond)
-            ->MinTime(1.0)
-            ->UseRealTime();
-    };
     using qrnviewer::Sectioning;
-    add("frame/" + name,
-        [raw](benchmark::State& s) { cutFrame(s, raw, false, Sectioning::PART_COLOURS); });
-    add("capped-parts/" + name,
-        [raw](benchmark::State& s) { cutFrame(s, raw, true, Sectioning::PART_COLOURS); });
-    add("capped-single/" + name,
-        [raw](benchmark::State& s) { cutFrame(s, raw, true, Sectioning::SINGLE); });
-    add("cut-uncapped/" + name,
-        [raw](benchmark::State& s) { cutFrame(s, raw, true, Sectioning::OFF); });
-    add("moving-plane/" + name, [raw](benchmark::State& s) { movingFrame(s, raw); });
-    add("profile/" + name, [raw](benchmark::State& s) { profile(s, raw); });
+    qrnbench::addTimed("frame/" + name, [raw](benchmark::State& s) {
+        cutFrame(s, raw, false, Sectioning::PART_COLOURS);
+    });
+    qrnbench::addTimed("capped-parts/" + name, [raw](benchmark::State& s) {
+        cutFrame(s, raw, true, Sectioning::PART_COLOURS);
+    });
+    qrnbench::addTimed("capped-single/" + name,
+                       [raw](benchmark::State& s) { cutFrame(s, raw, true, Sectioning::SINGLE); });
+    qrnbench::addTimed("cut-uncapped/" + name,
+                       [raw](benchmark::State& s) { cutFrame(s, raw, true, Sectioning::OFF); });
+    qrnbench::addTimed("moving-plane/" + name, [raw](benchmark::State& s) { movingFrame(s, raw); });
+    qrnbench::addTimed("profile/" + name, [raw](benchmark::State& s) { profile(s, raw); });
     g_cases.push_back(std::move(c));
 }
 
