@@ -9,7 +9,6 @@
 #include <cstring>
 #include <map>
 #include <mutex>
-#include <string>
 #include <thread>
 
 namespace qrngl {
@@ -23,7 +22,6 @@ struct Watcher {
     std::mutex mutex;                           // the map, between the callers and the thread
     std::map<xcb_window_t, xcb_window_t> hosts; // child to host
     xcb_connection_t* connection = nullptr;
-    std::string server;
     std::thread thread;
     int wake[2] = {-1, -1};
 
@@ -119,8 +117,7 @@ bool ExposeForwarder::add(Display* display, Window child, Window host) {
     std::lock_guard<std::mutex> serial(w.calls);
     std::unique_lock<std::mutex> lock(w.mutex);
     if (!w.connection) {
-        w.server = DisplayString(display);
-        xcb_connection_t* connection = xcb_connect(w.server.c_str(), nullptr);
+        xcb_connection_t* connection = xcb_connect(DisplayString(display), nullptr);
         if (xcb_connection_has_error(connection) || ::pipe(w.wake) != 0) {
             xcb_disconnect(connection);
             return false;
