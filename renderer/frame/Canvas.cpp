@@ -2,13 +2,16 @@
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/GL.h"
+#include "qrngl/IOverlay.h"
 #include "qrngl/MMaterialRenderer.h"
 #include "qrngl/PLMaterialRenderer.h"
 #include "qrngl/SCClipping.h"
 #include "qrngl/SCRenderer.h"
 #include "qrngl/SCStripRenderer.h"
 #include "qrngl/frame/FrameSetup.h"
+#include "qrngl/frame/ModelImage.h"
 #include "qrngl/frame/MotionGovernor.h"
+#include "qrnglutils/ClipplaneUtils.h"
 #include "qrnglutils/ScopedTransform.h"
 #include "qrnmath/MatrixUtils.h"
 #include "qrnsg/SCPmi.h"
@@ -57,15 +60,6 @@ void renderLinePass(const qrnsg::SCScene& scene, const RTState& state,
     });
 }
 
-bool clipPlaneOn() {
-    GLint planes = 0;
-    glGetIntegerv(GL_MAX_CLIP_PLANES, &planes);
-    for (GLint i = 0; i < planes; ++i)
-        if (glIsEnabled(static_cast<GLenum>(GL_CLIP_PLANE0 + i)))
-            return true;
-    return false;
-}
-
 // The frame of a text lying in its plane, as a matrix.
 qrnmath::Mat4 textPlane(const qrnsg::Text& text) {
     qrnmath::Vec3 x, y, z;
@@ -79,20 +73,48 @@ qrnmath::Mat4 textPlane(const qrnsg::Text& text) {
     return m;
 }
 
-bool mirrors(const qrnmath::Mat4* m) {
-    if (!m)
-        return false;
-    const float* a = m->data();
-    return a[0] * (a[5] * a[10] - a[9] * a[6]) - a[4] * (a[1] * a[10] - a[9] * a[2]) +
-               a[8] * (a[1] * a[6] - a[5] * a[2]) <
-           0.0f;
+// What the model's image is drawn from, as far as the canvas can tell: the matrices and
+// viewport the view renderer left, the render settings, the cut, and the objects drawn.
+ModelImage::Source modelSource(const SCRenderer& renderer, std::vector<const void*> objects,
+                               const SCClipping* clipping) {
+    ModelImage::Source source;
+    auto& n = source.numbers;
+    n.resize(36);
+    glGetFloatv(GL_PROJECTION_MATRIX, n.data());
+    glGetFloatv(GL_MODELVIEW_MATRIX, n.data() + 16);
+    GLint viewport[4] = {};
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    for (std::size_t i = 0; i < 4; ++i)
+        n[32 + i] = static_cast<float>(viewport[i]);
+    n.insert(n.end(),
+             {static_cast<float>(renderer.renderMode), static_cast<float>(renderer.displayMode),
+              renderer.suppressLinesAndTexts ? 1.0f : 0.0f, renderer.background[0],
+              renderer.background[1], renderer.background[2]});
+    if (clipping) {
+        n.insert(n.end(), {clipping->capped ? 1.0f : 0.0f, clipping->showProfile ? 1.0f : 0.0f,
+                           static_cast<float>(clipping->planes.size())});
+        if (clipping->hasPlane())
+            n.insert(n.end(), clipping->planes.front().data(), clipping->planes.front().data() + 4);
+    }
+    source.objects = std::move(objects);
+    source.objects.push_back(renderer.camera.get());
+    for (const auto& pre : renderer.preRenderers)
+        source.objects.push_back(pre.get());
+    // Overlays come and go without touching the model.
+    for (const auto& post : renderer.postRenderers)
+        if (!dynamic_cast<const IOverlay*>(post.get()))
+            source.objects.push_back(post.get());
+    for (const auto& entry : renderer.renderers)
+        if (!dynamic_cast<const IOverlay*>(entry.second.get()))
+            source.objects.push_back(entry.second.get());
+    return source;
 }
 
 } // namespace
 
 Canvas::Canvas(std::shared_ptr<IRenderContext> context, std::shared_ptr<qrn::IDocument> document)
     : CanvasBase(std::move(context), std::move(document)),
-      m_governor(std::make_unique<MotionGovernor>()) {}
+      m_governor(std::make_unique<MotionGovernor>()), m_image(std::make_unique<ModelImage>()) {}
 
 Canvas::~Canvas() = default;
 
@@ -112,13 +134,15 @@ void Canvas::OnDraw() const {
     m_context->activate();
     if (scene && pmi && rt && strips) {
         m_trianglesDrawn = 0;
-        render(scene, pmi, rt, renderer, strips);
+        const bool modelDrawn = render(scene, pmi, rt, renderer, strips);
         // The budget is for the finished frame, not for the calls that asked for it.
         if (renderer->frameBudget > 0.0)
             glFinish();
         const std::chrono::duration<double, std::milli> took =
             std::chrono::steady_clock::now() - start;
-        m_governor->record(took.count(), m_trianglesDrawn, renderer->lastFrame);
+        // Overlays alone tell nothing of what the model costs.
+        if (modelDrawn)
+            m_governor->record(took.count(), m_trianglesDrawn, renderer->lastFrame);
         m_context->deactivate();
         m_invalidated = false;
     }
@@ -126,7 +150,7 @@ void Canvas::OnDraw() const {
     m_flag = 0;
 }
 
-void Canvas::render(const Scene& scene, const Pmi& pmi, const SceneRT& rt, const Renderer& renderer,
+bool Canvas::render(const Scene& scene, const Pmi& pmi, const SceneRT& rt, const Renderer& renderer,
                     const Strips& strips) const {
     glShadeModel(GL_SMOOTH);
     FrameSetup::clearAndEnable(*renderer);
@@ -140,17 +164,55 @@ void Canvas::render(const Scene& scene, const Pmi& pmi, const SceneRT& rt, const
         renderer->viewRenderer->render();
     if (renderer->sceneSetupRenderer)
         renderer->sceneSetupRenderer->render();
+
+    // Only overlays changed: the model's image comes back as it was drawn.
+    GLint viewport[4] = {};
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    auto clipping = component<SCClipping>(qrnsg::SCHEMA_CLIPPING);
+    ModelImage::Source source =
+        modelSource(*renderer, {scene.get(), rt.get(), strips.get()}, clipping.get());
+    const bool modelDrawn = m_modelChanged || !m_image->restore(source, viewport);
+    if (modelDrawn) {
+        // Copies cost; they are made once overlays change alone, and none while the camera
+        // moves (that frame is not looked at again).
+        const bool wanted = (m_image->held() || !m_modelChanged) && !renderer->motion;
+        renderModel(scene, pmi, rt, renderer, strips,
+                    !(clipping && clipping->hasPlane() && clipping->capped));
+        if (!wanted || !m_image->keep(std::move(source), viewport))
+            m_image->drop();
+    }
+    m_modelChanged = false;
+
+    for (const auto& post : renderer->postRenderers)
+        if (dynamic_cast<const IOverlay*>(post.get()))
+            post->render();
+    for (const auto& entry : renderer->renderers)
+        if (dynamic_cast<const IOverlay*>(entry.second.get()))
+            entry.second->render();
+    if (renderer->closingRenderer)
+        renderer->closingRenderer->render();
+    glDisable(GL_MULTISAMPLE);
+    return modelDrawn;
+}
+
+void Canvas::renderModel(const Scene& scene, const Pmi& pmi, const SceneRT& rt,
+                         const Renderer& renderer, const Strips& strips, bool leaveOut) const {
     // Planned before the pre-renderers, for the frame they set up. Caps are counted from every
     // cut part: while they show, no part is left out, or its cap would float alone.
-    auto clipping = component<SCClipping>(qrnsg::SCHEMA_CLIPPING);
-    m_governor->plan(*scene, *rt, *strips, *renderer,
-                     !(clipping && clipping->hasPlane() && clipping->capped));
+    m_governor->plan(*scene, *rt, *strips, *renderer, leaveOut);
     for (const auto& pre : renderer->preRenderers)
         pre->render();
     // Smooth edges cost a multisampled window most of its frame on a software rasteriser; a
     // frame in motion that must save does without them.
     if (m_governor->active())
         glDisable(GL_MULTISAMPLE);
+    // The overlays find the state the pre-renderers left, whether the model was drawn or not.
+    glPushAttrib(GL_ALL_ATTRIB_BITS);
+    glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
+    glMatrixMode(GL_PROJECTION);
+    glPushMatrix();
+    glMatrixMode(GL_MODELVIEW);
+    glPushMatrix();
 
     const SCRenderer::RENDERMODE mode = renderer->renderMode;
     const bool meshesShown = qrnsgutils::DataUtils::updateRenderState(
@@ -173,15 +235,37 @@ void Canvas::render(const Scene& scene, const Pmi& pmi, const SceneRT& rt, const
     // Meshes after lines and texts.
     if (meshesShown && (mode == SCRenderer::SHADED_WITH_EDGES || mode == SCRenderer::SHADED))
         renderMeshes(scene, pmi, rt, renderer, strips);
-
+    // Renderers that are not overlays belong to the model's image.
     for (const auto& post : renderer->postRenderers)
-        post->render();
+        if (!dynamic_cast<const IOverlay*>(post.get()))
+            post->render();
     for (const auto& entry : renderer->renderers)
-        if (entry.second)
+        if (entry.second && !dynamic_cast<const IOverlay*>(entry.second.get()))
             entry.second->render();
-    if (renderer->closingRenderer)
-        renderer->closingRenderer->render();
-    glDisable(GL_MULTISAMPLE);
+
+    glMatrixMode(GL_PROJECTION);
+    glPopMatrix();
+    glMatrixMode(GL_MODELVIEW);
+    glPopMatrix();
+    glPopClientAttrib();
+    glPopAttrib();
+}
+
+void Canvas::OnDestroy() {
+    m_image->release();
+}
+
+void Canvas::Invalidate() {
+    // Anything but a change marked as showing in overlays alone redraws the model.
+    auto renderer = component<SCRenderer>(qrnsg::SCHEMA_RENDERER);
+    if (!renderer || !renderer->takeOverlayChange())
+        m_modelChanged = true;
+    CanvasBase::Invalidate();
+}
+
+void Canvas::OnSize(unsigned int x, unsigned int y, unsigned int width, unsigned int height) {
+    m_modelChanged = true;
+    CanvasBase::OnSize(x, y, width, height);
 }
 
 void Canvas::renderMeshes(const Scene& scene, const Pmi&, const SceneRT& rt,
@@ -192,7 +276,8 @@ void Canvas::renderMeshes(const Scene& scene, const Pmi&, const SceneRT& rt,
     bool blending = false;
     // The back faces of a closed solid are never seen unless a clip plane cuts it open; a
     // frame that culls already is left as it is.
-    const bool mayCull = !glIsEnabled(GL_CULL_FACE) && !clipPlaneOn();
+    const bool mayCull =
+        !glIsEnabled(GL_CULL_FACE) && !qrnglutils::ClipplaneUtils::anyClipPlaneOn();
     GLint twoSided = GL_TRUE, frontFace = GL_CCW;
     glGetIntegerv(GL_LIGHT_MODEL_TWO_SIDE, &twoSided);
     glGetIntegerv(GL_FRONT_FACE, &frontFace);
@@ -242,7 +327,7 @@ void Canvas::renderMeshes(const Scene& scene, const Pmi&, const SceneRT& rt,
                 }
             }
             // A mirroring placement turns the winding of what it places.
-            const bool mirror = cull && mirrors(instance.transform);
+            const bool mirror = cull && qrnglutils::ScopedTransform::mirrors(instance.transform);
             if (mirror != mirrored) {
                 mirrored = mirror;
                 glFrontFace(mirror ? mirroredFace : static_cast<GLenum>(frontFace));

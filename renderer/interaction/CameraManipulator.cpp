@@ -226,6 +226,7 @@ FrameStatus CameraManipulator::mouseMotion(unsigned int flags, int x, int y) {
         removeCrossHair();
         updateRubberBand(x, y);
         m_changed = true;
+        r->markOverlayChange();
         return CHANGED;
     case IEventInterpreter::NORMALVIEW:
         doSizeCulling();

@@ -2,6 +2,7 @@
 
 #include "qrn/IDocument.h"
 #include "qrngl/Font.h"
+#include "qrngl/IOverlay.h"
 #include "qrngl/IPicker.h"
 #include "qrngl/IPostRenderer.h"
 #include "qrngl/IRendererFactory.h"
@@ -20,7 +21,7 @@ namespace qrngl {
 // with their points and the lines between them: the quick measurements of the temporary
 // graphics and the measurement records. A clip plane never cuts them. Labels of records can
 // be picked (as tool drawables): a pick chooses the record.
-class QRNGL_EXPORT MeasureRenderer : public IPostRenderer, public IPicker {
+class QRNGL_EXPORT MeasureRenderer : public IPostRenderer, public IPicker, public IOverlay {
 public:
     enum : short { ORDER = 300 };
     MeasureRenderer(std::shared_ptr<qrn::IDocument> document,

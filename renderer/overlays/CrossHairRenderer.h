@@ -1,5 +1,6 @@
 #pragma once
 
+#include "qrngl/IOverlay.h"
 #include "qrngl/IPicker.h"
 #include "qrngl/IPostRenderer.h"
 #include "qrngl/qrngl_export.h"
@@ -12,7 +13,7 @@ namespace qrngl {
 // Draws a cross-hair figure over the finished frame, in pixels of the current viewport with
 // the origin at its lower-left corner. The figure is made elsewhere (CrossHairUtils) and
 // handed over; this overlay supplies the projection, blending and a black line material.
-class QRNGL_EXPORT CrossHairRenderer : public IPostRenderer, public IPicker {
+class QRNGL_EXPORT CrossHairRenderer : public IPostRenderer, public IPicker, public IOverlay {
 public:
     enum : short { ORDER = 580 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "qrngl/IOverlay.h"
 #include "qrngl/IPicker.h"
 #include "qrngl/IPostRenderer.h"
 #include "qrngl/qrngl_export.h"
@@ -14,7 +15,7 @@ namespace qrngl {
 // current viewport with the origin at its lower-left corner: a translucent dark fill and an
 // outline. The geometry is made elsewhere (ZoomboxUtils) and handed over; this overlay
 // supplies the projection, blending and materials. Its order is IPostRenderer's default.
-class QRNGL_EXPORT ZoomboxRenderer : public IPostRenderer, public IPicker {
+class QRNGL_EXPORT ZoomboxRenderer : public IPostRenderer, public IPicker, public IOverlay {
 public:
     ZoomboxRenderer();
     ZoomboxRenderer(const ZoomboxRenderer& other);

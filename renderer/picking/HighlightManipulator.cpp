@@ -1,5 +1,7 @@
 #include "qrngl/picking/HighlightManipulator.h"
 
+#include "qrngl/SCRenderer.h"
+
 namespace qrngl {
 
 HighlightManipulator::HighlightManipulator(std::shared_ptr<SelectManipulator> select,
@@ -17,7 +19,10 @@ FrameStatus HighlightManipulator::mouseMotion(unsigned int flags, int x, int y) 
         return UNCHANGED;
     const bool dragging = (flags & (KEY_LBUTTON | KEY_MBUTTON | KEY_RBUTTON)) != 0;
     const unsigned int name = dragging ? 0u : m_select->pickAt(x, y);
-    return m_set->setHovered(name) ? CHANGED : UNCHANGED;
+    if (!m_set->setHovered(name))
+        return UNCHANGED;
+    SCRenderer::markOverlayChange(m_select->document());
+    return CHANGED;
 }
 
 } // namespace qrngl

@@ -100,11 +100,13 @@ bool SelectManipulator::selectBox(int x0, int y0, int x1, int y1, unsigned int f
 bool SelectManipulator::apply(const std::vector<unsigned int>& names, unsigned int flags,
                               bool box) {
     const bool adding = (flags & (KEY_SHIFT | KEY_CONTROL)) != 0;
-    if (!adding)
-        return m_set->replace(names);
-    if (box)
-        return m_set->add(names);
-    return !names.empty() && m_set->toggle(names.front());
+    const bool changed = !adding ? m_set->replace(names)
+                         : box   ? m_set->add(names)
+                                 : !names.empty() && m_set->toggle(names.front());
+    // The selection shows in its overlay alone.
+    if (changed)
+        SCRenderer::markOverlayChange(m_document);
+    return changed;
 }
 
 } // namespace qrngl

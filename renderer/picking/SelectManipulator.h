@@ -35,6 +35,7 @@ public:
     bool selectAt(int x, int y, unsigned int flags);
     // Selects what a window rectangle shows (what it covers, with select-through).
     bool selectBox(int x0, int y0, int x1, int y1, unsigned int flags);
+    const std::shared_ptr<qrn::IDocument>& document() const { return m_document; }
     // The selection-mode canvas a select-through box pick uses.
     void setSelectThroughCanvas(std::shared_ptr<IPickCanvas> canvas) {
         m_throughCanvas = std::move(canvas);

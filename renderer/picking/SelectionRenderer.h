@@ -1,6 +1,7 @@
 #pragma once
 
 #include "qrn/IDocument.h"
+#include "qrngl/IOverlay.h"
 #include "qrngl/IPostRenderer.h"
 #include "qrngl/picking/SelectionSet.h"
 #include "qrngl/qrngl_export.h"
@@ -12,7 +13,7 @@ namespace qrngl {
 // Draws the selected entities highlighted over the frame (faces tinted in the selection
 // colour, edges thicker, vertices as larger dots) and the hovered one in the pre-highlight
 // colour. Hidden parts show no highlight.
-class QRNGL_EXPORT SelectionRenderer : public IPostRenderer {
+class QRNGL_EXPORT SelectionRenderer : public IPostRenderer, public IOverlay {
 public:
     enum : short { ORDER = 10 };
 

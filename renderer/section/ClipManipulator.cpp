@@ -337,7 +337,11 @@ bool ClipManipulator::hover(int x, int y) {
         renderer->pickCanvas,
         std::make_shared<EntityFilter>(1 | PickingHelper::TOOL_TYPE, EntityFilter::NEAREST),
         nullptr, 0, x, y, 4);
-    return renderer->planePicked != before;
+    if (renderer->planePicked == before)
+        return false;
+    // The plane's colour is an overlay's.
+    renderer->markOverlayChange();
+    return true;
 }
 
 FrameStatus ClipManipulator::mouseMotion(unsigned int flags, int x, int y) {

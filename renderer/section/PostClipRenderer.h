@@ -1,6 +1,7 @@
 #pragma once
 
 #include "qrn/IDocument.h"
+#include "qrngl/IOverlay.h"
 #include "qrngl/IPicker.h"
 #include "qrngl/IPostRenderer.h"
 #include "qrngl/qrngl_export.h"
@@ -18,7 +19,7 @@ class SCRenderer;
 // colour while the pointer rests on it. Leaves the clip plane off, so that overlays drawn
 // later are not cut. In a pick pass it draws the plane and each profile segment under names
 // of their own, and choose() says which was picked.
-class QRNGL_EXPORT PostClipRenderer : public IPostRenderer, public IPicker {
+class QRNGL_EXPORT PostClipRenderer : public IPostRenderer, public IPicker, public IOverlay {
 public:
     enum : short { ORDER = 600 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "qrn/Document.h"
+#include "qrngl/IOverlay.h"
 #include "qrngl/IPostRenderer.h"
 #include "qrngl/IPreRenderer.h"
 #include "qrngl/IStripEntry.h"
@@ -92,6 +93,17 @@ private:
 template <class Base = qrngl::IRenderer>
 std::shared_ptr<Base> calling(std::function<void()> f, short order = 0) {
     return std::make_shared<FunctionRenderer<Base>>(std::move(f), order);
+}
+
+// The same as an overlay: drawn after the model and every renderer that is not one.
+template <class Base = qrngl::IPostRenderer>
+class OverlayFunctionRenderer : public FunctionRenderer<Base>, public qrngl::IOverlay {
+    using FunctionRenderer<Base>::FunctionRenderer;
+};
+
+template <class Base = qrngl::IPostRenderer>
+std::shared_ptr<Base> overlayCalling(std::function<void()> f, short order = 0) {
+    return std::make_shared<OverlayFunctionRenderer<Base>>(std::move(f), order);
 }
 
 // Renderers that log their names, the pre- and post-renderers filling the viewport too.

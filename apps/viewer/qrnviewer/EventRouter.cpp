@@ -219,6 +219,7 @@ void EventRouter::route(const InputEvent& e) {
     }
     if (e.kind == InputEvent::WAIT)
         return;
+    const Repaint repaint(*this);
     // A pan moves from where the one before it ended, or where it begins.
     if (e.kind == InputEvent::PAN && (!m_panning || (e.flags & InputEvent::GESTURE_BEGIN))) {
         m_panX = e.x;
@@ -531,6 +532,7 @@ void EventRouter::recordFinishedAnimation() {
 }
 
 void EventRouter::pump() {
+    const Repaint repaint(*this);
     for (const auto& t : WindowTimer::takeDueTicks())
         if (t.window == m_window)
             tick(t.id);
@@ -554,10 +556,17 @@ void EventRouter::tick(unsigned int id) {
     }
 }
 
-bool EventRouter::takeRepaint() {
-    const bool repaint = m_repaint;
-    m_repaint = false;
-    return repaint;
+EventRouter::Repaint::Repaint(EventRouter& router)
+    : m_router(router), m_asked(router.m_repaint), m_renderer(router.renderer()),
+      m_marks(m_renderer ? m_renderer->overlayMarks() : 0) {
+    router.m_repaint = false;
+}
+
+EventRouter::Repaint::~Repaint() {
+    // What this event changed without a mark must not pass for an overlay's change.
+    if (m_router.m_repaint && m_renderer && m_renderer->overlayMarks() == m_marks)
+        m_renderer->markModelChange();
+    m_router.m_repaint = m_router.m_repaint || m_asked;
 }
 
 void EventRouter::say(const std::string& text) const {

@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qrngl {
@@ -54,7 +55,7 @@ public:
     // Runs the timer ticks that are due and collects repaint requests.
     void pump();
     // True once after anything asked for a frame since the last call.
-    bool takeRepaint();
+    bool takeRepaint() { return std::exchange(m_repaint, false); }
     bool quitRequested() const { return m_quit; }
 
     int mouseStyle() const;
@@ -89,6 +90,21 @@ public:
     static const char* keyHelp();
 
 private:
+    // Around one event or pump: a repaint it asks for without an overlay mark is the model's.
+    class Repaint {
+    public:
+        explicit Repaint(EventRouter& router);
+        ~Repaint();
+        Repaint(const Repaint&) = delete;
+        Repaint& operator=(const Repaint&) = delete;
+
+    private:
+        EventRouter& m_router;
+        bool m_asked;
+        std::shared_ptr<qrngl::SCRenderer> m_renderer;
+        unsigned long m_marks;
+    };
+
     std::shared_ptr<qrngl::SCRenderer> renderer() const;
     qrngl::FrameStatus routeToChain(const InputEvent& event, bool repeat) const;
     void command(unsigned int key, bool repeat);

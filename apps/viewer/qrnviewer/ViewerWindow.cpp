@@ -292,18 +292,20 @@ void ViewerWindow::close() {
     // The tools leave the document before the canvas and the context go.
     m_router.reset();
     if (m_canvas) {
-        if (auto renderer = std::dynamic_pointer_cast<qrngl::SCRenderer>(
-                m_document->getSchema(qrnsg::SCHEMA_RENDERER))) {
+        auto renderer = std::dynamic_pointer_cast<qrngl::SCRenderer>(
+            m_document->getSchema(qrnsg::SCHEMA_RENDERER));
+        if (renderer)
             renderer->canvases.clear();
-            if (renderer->pickCanvas && m_context) {
-                // Its buffers belong to the window's context.
-                m_context->activate();
-                renderer->pickCanvas->OnDestroy();
-                m_context->deactivate();
-            }
-            renderer->pickCanvas.reset();
-        }
+        // The canvases' buffers belong to the window's context.
+        if (m_context)
+            m_context->activate();
+        if (renderer && renderer->pickCanvas)
+            renderer->pickCanvas->OnDestroy();
         m_canvas->OnDestroy();
+        if (m_context)
+            m_context->deactivate();
+        if (renderer)
+            renderer->pickCanvas.reset();
         m_canvas.reset();
     }
     if (m_context) {

@@ -1,5 +1,7 @@
 #include "qrngl/SCRenderer.h"
 
+#include "qrn/IDocument.h"
+
 #include <algorithm>
 
 namespace qrngl {
@@ -16,6 +18,11 @@ std::shared_ptr<qrnsg::Schema> SCRenderer::clone() const {
 
 void SCRenderer::clear() {
     *this = SCRenderer();
+}
+
+void SCRenderer::markOverlayChange(const std::shared_ptr<qrn::IDocument>& document) {
+    if (auto renderer = qrn::component<SCRenderer>(document, qrnsg::SCHEMA_RENDERER))
+        renderer->markOverlayChange();
 }
 
 void SCRenderer::setReady(bool ready) {

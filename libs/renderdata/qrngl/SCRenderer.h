@@ -19,6 +19,10 @@
 #include <set>
 #include <vector>
 
+namespace qrn {
+class IDocument;
+}
+
 namespace qrngl {
 
 // The renderer's own state in the document: camera, readiness, the single renderers of the
@@ -53,6 +57,28 @@ public:
     bool removeManipulator(const std::shared_ptr<IManipulator>& m);
     // Tells the host that the view changed (it invalidates its canvases).
     void update() const;
+    // Said by a tool whose change shows only in overlays (a highlight, a rubber band, a
+    // label), before the host invalidates: the next frame then puts the model's image back and
+    // draws the overlays over it. Invalidate takes the mark; any other change redraws all. A
+    // host that handles several events before it invalidates says markModelChange for those
+    // that changed the view without a mark, so that a later mark does not hide them.
+    void markOverlayChange() {
+        ++m_overlayMarks;
+        m_overlayChange = !m_modelChange;
+    }
+    void markModelChange() {
+        m_modelChange = true;
+        m_overlayChange = false;
+    }
+    // How many marks were ever made: a host compares it around an event.
+    unsigned long overlayMarks() const { return m_overlayMarks; }
+    // The same for the document's renderer component, where it has one.
+    static void markOverlayChange(const std::shared_ptr<qrn::IDocument>& document);
+    bool takeOverlayChange() {
+        const bool marked = m_overlayChange;
+        m_overlayChange = m_modelChange = false;
+        return marked;
+    }
 
     std::shared_ptr<Camera> camera;
     unsigned char flags = 0;
@@ -114,6 +140,11 @@ public:
     ClipSettings clip;
     // Called by update().
     std::function<void()> updateNotifier;
+
+private:
+    bool m_overlayChange = false;
+    bool m_modelChange = false;
+    unsigned long m_overlayMarks = 0;
 };
 
 } // namespace qrngl

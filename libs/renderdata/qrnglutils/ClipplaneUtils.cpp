@@ -121,6 +121,15 @@ bool ClipplaneUtils::getOffsetDist(const std::shared_ptr<qrngl::SCClipping>& cli
     return true;
 }
 
+bool ClipplaneUtils::anyClipPlaneOn() {
+    GLint planes = 0;
+    glGetIntegerv(GL_MAX_CLIP_PLANES, &planes);
+    for (GLint i = 0; i < planes; ++i)
+        if (glIsEnabled(static_cast<GLenum>(GL_CLIP_PLANE0 + i)))
+            return true;
+    return false;
+}
+
 bool ClipplaneUtils::toggleClipPlaneState(bool on) {
     const bool was = glIsEnabled(GL_CLIP_PLANE0) == GL_TRUE;
     if (on)

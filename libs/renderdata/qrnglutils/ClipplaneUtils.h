@@ -36,6 +36,8 @@ public:
     static float getOffset(const qrngl::SCClipping& clipping);
     // Enables or disables the first OpenGL clip plane; returns whether it was enabled.
     static bool toggleClipPlaneState(bool on);
+    // Whether any OpenGL clip plane is enabled.
+    static bool anyClipPlaneOn();
 };
 
 } // namespace qrnglutils

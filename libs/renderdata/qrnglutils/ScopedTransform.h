@@ -13,6 +13,8 @@ public:
     ~ScopedTransform();
     ScopedTransform(const ScopedTransform&) = delete;
     ScopedTransform& operator=(const ScopedTransform&) = delete;
+    // Whether a transform mirrors what it places (turning its triangles' winding).
+    static bool mirrors(const qrnmath::Mat4* transform);
 
 private:
     bool m_pushed;

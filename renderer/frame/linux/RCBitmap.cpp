@@ -4,7 +4,7 @@
 #include "qrngl/frame/RCBitmap.h"
 
 #include "qrngl/GL.h"
-#include "qrngl/frame/linux/FrameBufferObject.h"
+#include "qrngl/frame/FrameBufferObject.h"
 
 #include <EGL/egl.h>
 #include <EGL/eglext.h>

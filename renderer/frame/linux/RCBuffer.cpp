@@ -9,7 +9,7 @@
 // m_pbuffer holds the GLXPbuffer id, as the header says.
 #include "qrngl/frame/RCBuffer.h"
 
-#include "qrngl/frame/linux/FrameBufferObject.h"
+#include "qrngl/frame/FrameBufferObject.h"
 #include "qrngl/frame/linux/Glx.h"
 
 #include <cstdint>

@@ -132,7 +132,7 @@ TEST_F(OverlaysGLTest, ZoomboxCoversExactlyTheDraggedPixelsWithBothRenderers) {
 
     // The fill is lit: under a full white ambient light it shows its material's ambient colour
     // (0.2 grey) at 30 % over the grey frame; unlit it would be plain black at 30 %.
-    postRenderers({calling<qrngl::IPostRenderer>(
+    postRenderers({overlayCalling<qrngl::IPostRenderer>(
                        [] {
                            const float white[4] = {1.0f, 1.0f, 1.0f, 1.0f};
                            glLightModelfv(GL_LIGHT_MODEL_AMBIENT, white);
@@ -214,7 +214,7 @@ TEST_F(OverlaysGLTest, OverlaysDrawOverTheSceneInTheirOrder) {
 
 TEST_F(OverlaysGLTest, OverlaysLeaveDepthOnBlendOffAndTheModelViewSelected) {
     GLStateSeen before, after;
-    auto messUp = calling<qrngl::IPostRenderer>(
+    auto messUp = overlayCalling<qrngl::IPostRenderer>(
         [&before] {
             glDisable(GL_DEPTH_TEST);
             glEnable(GL_BLEND);
@@ -226,7 +226,7 @@ TEST_F(OverlaysGLTest, OverlaysLeaveDepthOnBlendOffAndTheModelViewSelected) {
             before.take(); // the projection stack is left selected
         },
         -2);
-    auto look = calling<qrngl::IPostRenderer>([&after] { after.take(); }, 600);
+    auto look = overlayCalling<qrngl::IPostRenderer>([&after] { after.take(); }, 600);
     crossHair->set(crossHairAt(30, 20));
     drag(10, 10, 40, 30);
     // The cross-hair, the zoom box, then the cross-hair without a figure, which touches nothing.

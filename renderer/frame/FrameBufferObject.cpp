@@ -1,4 +1,4 @@
-#include "qrngl/frame/linux/FrameBufferObject.h"
+#include "qrngl/frame/FrameBufferObject.h"
 
 namespace qrngl {
 
@@ -17,7 +17,8 @@ GLuint renderbuffer(GLenum format, GLsizei width, GLsizei height, int samples) {
 
 } // namespace
 
-bool FrameBufferObject::create(unsigned int width, unsigned int height, int samples, bool bind) {
+bool FrameBufferObject::create(unsigned int width, unsigned int height, int samples, bool bind,
+                               GLenum colourFormat, GLenum depthFormat) {
     if (!glGenFramebuffers || (samples > 0 && !glRenderbufferStorageMultisample))
         return false;
     if (samples > 0) {
@@ -30,11 +31,13 @@ bool FrameBufferObject::create(unsigned int width, unsigned int height, int samp
     const auto h = static_cast<GLsizei>(height);
     glGenFramebuffers(1, &framebuffer);
     glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
-    color = renderbuffer(GL_RGBA8, w, h, samples);
+    color = renderbuffer(colourFormat, w, h, samples);
     glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, color);
-    depthStencil = renderbuffer(GL_DEPTH24_STENCIL8, w, h, samples);
-    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER,
-                              depthStencil);
+    depthStencil = renderbuffer(depthFormat, w, h, samples);
+    const bool stencil = depthFormat == GL_DEPTH24_STENCIL8 || depthFormat == GL_DEPTH32F_STENCIL8;
+    glFramebufferRenderbuffer(GL_FRAMEBUFFER,
+                              stencil ? GL_DEPTH_STENCIL_ATTACHMENT : GL_DEPTH_ATTACHMENT,
+                              GL_RENDERBUFFER, depthStencil);
     glBindRenderbuffer(GL_RENDERBUFFER, 0);
     const bool complete = glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
     if (!complete || !bind)

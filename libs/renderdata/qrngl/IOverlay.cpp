@@ -1,0 +1,7 @@
+#include "qrngl/IOverlay.h"
+
+namespace qrngl {
+
+IOverlay::~IOverlay() = default;
+
+} // namespace qrngl
