@@ -2,7 +2,9 @@
 
 #include "qrngl/GL.h"
 #include "qrngl/SCStripRenderer.h"
+#include "qrnglutils/ClipplaneUtils.h"
 #include "qrnglutils/ScopedTransform.h"
+#include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
 #include "qrnsg/SCSceneTopo.h"
 #include "qrnsgutils/InstanceWalker.h"
@@ -21,6 +23,9 @@ struct SelectionRenderer::Components {
     std::shared_ptr<qrnsg::SCSceneTopo> topology;
     std::shared_ptr<qrnsg::SCSceneRT> rt;
     std::shared_ptr<SCStripRenderer> strips;
+    std::shared_ptr<qrnsg::SCScene> scene;
+    bool cullClosed = false;
+    GLenum frontFace = GL_CCW;
 };
 
 SelectionRenderer::SelectionRenderer(std::shared_ptr<qrn::IDocument> document,
@@ -35,9 +40,14 @@ void SelectionRenderer::render() const {
             m_document->getSchema(qrnsg::SCHEMA_SCENE_TOPO)),
         std::dynamic_pointer_cast<qrnsg::SCSceneRT>(m_document->getSchema(qrnsg::SCHEMA_SCENE_RT)),
         std::dynamic_pointer_cast<SCStripRenderer>(
-            m_document->getSchema(qrnsg::SCHEMA_STRIP_RENDERER))};
+            m_document->getSchema(qrnsg::SCHEMA_STRIP_RENDERER)),
+        std::dynamic_pointer_cast<qrnsg::SCScene>(m_document->getSchema(qrnsg::SCHEMA_SCENE))};
     if (!c.topology || !c.rt || !c.strips)
         return;
+    c.cullClosed = !glIsEnabled(GL_CULL_FACE) && !qrnglutils::ClipplaneUtils::anyClipPlaneOn();
+    GLint frontFace = GL_CCW;
+    glGetIntegerv(GL_FRONT_FACE, &frontFace);
+    c.frontFace = static_cast<GLenum>(frontFace);
     glPushAttrib(GL_ENABLE_BIT | GL_CURRENT_BIT | GL_LINE_BIT | GL_POINT_BIT | GL_POLYGON_BIT |
                  GL_DEPTH_BUFFER_BIT | GL_COLOR_BUFFER_BIT);
     glDisable(GL_LIGHTING);
@@ -79,9 +89,24 @@ void SelectionRenderer::draw(const Components& c, unsigned int name, const float
         glColor4f(colour[0], colour[1], colour[2], 0.45f);
         for (std::size_t m = 0; m < node.meshIds.size(); ++m)
             if (shown(rt->meshes, node.meshIds, m, strips->meshes.size())) {
+                // The tint lies on the faces seen: a closed solid's back faces are not, unless
+                // cut open. Large parts highlight in half the time.
+                const auto drawable = static_cast<std::size_t>(instance.drawable);
+                if (c.cullClosed && c.scene && drawable < c.scene->meshes.size() &&
+                    c.scene->meshes[drawable].closed) {
+                    glEnable(GL_CULL_FACE);
+                    glCullFace(GL_BACK);
+                    glFrontFace(qrnglutils::ScopedTransform::mirrors(instance.transform)
+                                    ? c.frontFace == GL_CCW ? GL_CW : GL_CCW
+                                    : c.frontFace);
+                } else {
+                    glDisable(GL_CULL_FACE);
+                }
                 qrnglutils::ScopedTransform place(instance);
-                strips->meshes[static_cast<std::size_t>(instance.drawable)]->render();
+                strips->meshes[drawable]->render();
             }
+        glDisable(GL_CULL_FACE);
+        glFrontFace(c.frontFace);
         glColor4f(colour[0], colour[1], colour[2], 1.0f);
         if (shown(rt->polylines, node.polylineIds, 0, strips->polylines.size())) {
             qrnglutils::ScopedTransform place(instance);
