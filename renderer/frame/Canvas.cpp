@@ -11,12 +11,14 @@
 #include "qrngl/frame/FrameSetup.h"
 #include "qrngl/frame/ModelImage.h"
 #include "qrngl/frame/MotionGovernor.h"
+#include "qrngl/frame/PartStencil.h"
 #include "qrnglutils/ClipplaneUtils.h"
 #include "qrnglutils/ScopedTransform.h"
 #include "qrnmath/MatrixUtils.h"
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
+#include "qrnsg/SCSceneTopo.h"
 #include "qrnsgutils/DataUtils.h"
 #include "qrnsgutils/InstanceWalker.h"
 
@@ -214,6 +216,13 @@ void Canvas::renderModel(const Scene& scene, const Pmi& pmi, const SceneRT& rt,
     glMatrixMode(GL_MODELVIEW);
     glPushMatrix();
 
+    auto topology = component<qrnsg::SCSceneTopo>(qrnsg::SCHEMA_SCENE_TOPO);
+    if (topology &&
+        (topology.get() != m_stencilTopology || topology->nodes.size() != m_stencilNodes)) {
+        strips->partStencil = PartStencil::assign(*topology, *scene, rt->meshes);
+        m_stencilTopology = topology.get();
+        m_stencilNodes = topology->nodes.size();
+    }
     const SCRenderer::RENDERMODE mode = renderer->renderMode;
     const bool meshesShown = qrnsgutils::DataUtils::updateRenderState(
         rt->meshes.transforms, rt->meshes.functor, rt->meshes.flags);
@@ -235,6 +244,8 @@ void Canvas::renderModel(const Scene& scene, const Pmi& pmi, const SceneRT& rt,
     // Meshes after lines and texts.
     if (meshesShown && (mode == SCRenderer::SHADED_WITH_EDGES || mode == SCRenderer::SHADED))
         renderMeshes(scene, pmi, rt, renderer, strips);
+    else
+        strips->stencilHoldsParts = false;
     // Renderers that are not overlays belong to the model's image.
     for (const auto& post : renderer->postRenderers)
         if (!dynamic_cast<const IOverlay*>(post.get()))
@@ -284,6 +295,19 @@ void Canvas::renderMeshes(const Scene& scene, const Pmi&, const SceneRT& rt,
     const GLenum mirroredFace = frontFace == GL_CCW ? GL_CW : GL_CCW;
     bool culling = false, mirrored = false, transparent = false;
     const bool coarse = m_governor->coarse();
+    // Each instance marks the stencil with its part's value where it is the nearest surface
+    // (a cut's caps have the stencil to themselves; a frame in motion is not highlighted).
+    GLint stencilBits = 0;
+    glGetIntegerv(GL_STENCIL_BITS, &stencilBits);
+    const bool marking = stencilBits >= 8 && mayCull && !m_governor->active();
+    const auto& values = strips->partStencil;
+    int marked = -1;
+    if (marking) {
+        glPushAttrib(GL_STENCIL_BUFFER_BIT);
+        glEnable(GL_STENCIL_TEST);
+        glStencilMask(0xFF);
+        glStencilOp(GL_KEEP, GL_KEEP, GL_REPLACE);
+    }
     InstanceWalker::walk(
         rt->meshes, strips->meshes.size(), [&](const InstanceWalker::Instance& instance) {
             if (m_governor->culledMesh(instance.drawable, instance.transform))
@@ -332,6 +356,15 @@ void Canvas::renderMeshes(const Scene& scene, const Pmi&, const SceneRT& rt,
                 mirrored = mirror;
                 glFrontFace(mirror ? mirroredFace : static_cast<GLenum>(frontFace));
             }
+            if (marking) {
+                const int value = static_cast<std::size_t>(instance.id) < values.size()
+                                      ? values[static_cast<std::size_t>(instance.id)]
+                                      : 0;
+                if (value != marked) {
+                    marked = value;
+                    glStencilFunc(GL_ALWAYS, value, 0xFF);
+                }
+            }
             qrnglutils::ScopedTransform place(instance);
             if (coarse && drawable < strips->coarseMeshes.size() &&
                 strips->coarseMeshes[drawable]) {
@@ -351,6 +384,9 @@ void Canvas::renderMeshes(const Scene& scene, const Pmi&, const SceneRT& rt,
     if (blending)
         glDisable(GL_BLEND);
     glBindTexture(GL_TEXTURE_2D, 0);
+    if (marking)
+        glPopAttrib();
+    strips->stencilHoldsParts = marking;
 }
 
 void Canvas::renderPolylines(const Scene& scene, const Pmi& pmi, const SceneRT& rt,

@@ -61,6 +61,9 @@ private:
     std::unique_ptr<MotionGovernor> m_governor;
     std::unique_ptr<ModelImage> m_image;
     mutable bool m_modelChanged = true;
+    // The topology the parts' stencil values were assigned for.
+    mutable const void* m_stencilTopology = nullptr;
+    mutable std::size_t m_stencilNodes = 0;
     mutable std::size_t m_trianglesDrawn = 0;
 };
 

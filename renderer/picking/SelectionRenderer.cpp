@@ -2,6 +2,8 @@
 
 #include "qrngl/GL.h"
 #include "qrngl/SCStripRenderer.h"
+#include "qrngl/frame/PartStencil.h"
+#include "qrngl/overlays/PixelSpace.h"
 #include "qrnglutils/ClipplaneUtils.h"
 #include "qrnglutils/ScopedTransform.h"
 #include "qrnsg/SCScene.h"
@@ -25,6 +27,8 @@ struct SelectionRenderer::Components {
     std::shared_ptr<SCStripRenderer> strips;
     std::shared_ptr<qrnsg::SCScene> scene;
     bool cullClosed = false;
+    bool stencil = false; // the frame buffer has eight stencil bits
+
     GLenum frontFace = GL_CCW;
 };
 
@@ -45,8 +49,10 @@ void SelectionRenderer::render() const {
     if (!c.topology || !c.rt || !c.strips)
         return;
     c.cullClosed = !glIsEnabled(GL_CULL_FACE) && !qrnglutils::ClipplaneUtils::anyClipPlaneOn();
-    GLint frontFace = GL_CCW;
+    GLint frontFace = GL_CCW, stencilBits = 0;
     glGetIntegerv(GL_FRONT_FACE, &frontFace);
+    glGetIntegerv(GL_STENCIL_BITS, &stencilBits);
+    c.stencil = stencilBits >= 8;
     c.frontFace = static_cast<GLenum>(frontFace);
     glPushAttrib(GL_ENABLE_BIT | GL_CURRENT_BIT | GL_LINE_BIT | GL_POINT_BIT | GL_POLYGON_BIT |
                  GL_DEPTH_BUFFER_BIT | GL_COLOR_BUFFER_BIT);
@@ -69,6 +75,35 @@ void SelectionRenderer::render() const {
     glPopAttrib();
 }
 
+bool SelectionRenderer::tintMarked(const Components& c, const std::vector<int>& meshIds) const {
+    // The samples where the part is the nearest surface, when the frame marked them as its
+    // alone: one rectangle in place of all its triangles.
+    const auto& values = c.strips->partStencil;
+    int value = -1;
+    for (int id : meshIds) {
+        if (id < 0 || static_cast<std::size_t>(id) >= values.size() ||
+            (value >= 0 && values[static_cast<std::size_t>(id)] != value))
+            return false;
+        value = values[static_cast<std::size_t>(id)];
+    }
+    if (!c.stencil || !c.strips->stencilHoldsParts || value <= PartStencil::NONE ||
+        value >= PartStencil::SHARED)
+        return false;
+    GLint viewport[4] = {};
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    glPushAttrib(GL_STENCIL_BUFFER_BIT);
+    glEnable(GL_STENCIL_TEST);
+    glStencilFunc(GL_EQUAL, value, 0xFF);
+    glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
+    {
+        PixelSpace pixels;
+        glRecti(0, 0, viewport[2], viewport[3]);
+    }
+    glPopAttrib();
+    glEnable(GL_BLEND);
+    return true;
+}
+
 void SelectionRenderer::draw(const Components& c, unsigned int name, const float colour[3]) const {
     const auto& topology = c.topology;
     const auto& rt = c.rt;
@@ -85,9 +120,10 @@ void SelectionRenderer::draw(const Components& c, unsigned int name, const float
     };
     using Range = IStripEntry::Range;
     switch (entity.kind) {
-    case EntityNames::PART:
+    case EntityNames::PART: {
         glColor4f(colour[0], colour[1], colour[2], 0.45f);
-        for (std::size_t m = 0; m < node.meshIds.size(); ++m)
+        const bool tinted = tintMarked(c, node.meshIds);
+        for (std::size_t m = 0; m < node.meshIds.size() && !tinted; ++m)
             if (shown(rt->meshes, node.meshIds, m, strips->meshes.size())) {
                 // The tint lies on the faces seen: a closed solid's back faces are not, unless
                 // cut open. Large parts highlight in half the time.
@@ -113,6 +149,7 @@ void SelectionRenderer::draw(const Components& c, unsigned int name, const float
             strips->polylines[static_cast<std::size_t>(instance.drawable)]->render();
         }
         break;
+    }
     case EntityNames::FACE: {
         const auto& face = part->entities.faces[static_cast<std::size_t>(entity.index)];
         if (!shown(rt->meshes, node.meshIds, static_cast<std::size_t>(face.mesh),

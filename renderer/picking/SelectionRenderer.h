@@ -7,6 +7,7 @@
 #include "qrngl/qrngl_export.h"
 
 #include <memory>
+#include <vector>
 
 namespace qrngl {
 
@@ -24,6 +25,7 @@ public:
 private:
     struct Components;
     void draw(const Components& c, unsigned int name, const float colour[3]) const;
+    bool tintMarked(const Components& c, const std::vector<int>& meshIds) const;
 
     std::shared_ptr<qrn::IDocument> m_document;
     std::shared_ptr<SelectionSet> m_set;

@@ -14,6 +14,8 @@ void SCStripRenderer::clear() {
     polylines.clear();
     points.clear();
     texts.clear();
+    partStencil.clear();
+    stencilHoldsParts = false;
 }
 
 void SCStripRenderer::close() {

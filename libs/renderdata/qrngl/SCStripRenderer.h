@@ -26,6 +26,12 @@ public:
     std::vector<std::shared_ptr<IStripEntry>> polylines;
     std::vector<std::shared_ptr<IStripEntry>> points;
     std::vector<std::shared_ptr<IStripEntry>> texts;
+    // How the last model drawn marked its parts in the stencil buffer, by mesh primitive id:
+    // the value its samples hold where that part is the nearest surface. A value from 1 to 254
+    // is one part's alone (a highlight then tints those samples instead of drawing the part
+    // again), 255 is shared. Only while stencilHoldsParts says so.
+    std::vector<unsigned char> partStencil;
+    bool stencilHoldsParts = false;
 };
 
 } // namespace qrngl

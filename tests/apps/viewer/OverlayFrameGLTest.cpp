@@ -7,6 +7,7 @@
 #include "qrngl/CameraHelper.h"
 #include "qrngl/GL.h"
 #include "qrngl/SCRenderer.h"
+#include "qrngl/SCStripRenderer.h"
 #include "qrngl/frame/RCBuffer.h"
 #include "qrnimport/DemoAssembly.h"
 #include "qrnimport/DocumentBuilder.h"
@@ -14,6 +15,7 @@
 #include "qrnviewer/EventRouter.h"
 #include "qrnviewer/RendererPlugins.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <functional>
 #include <vector>
@@ -78,18 +80,47 @@ protected:
             const char* what;
             std::vector<InputEvent> events;
             Expect expect;
-            std::function<void()> before;
+            std::function<void()> before = {};
+            std::function<void(const std::vector<unsigned char>&)> after = {};
+        };
+        auto strips = document->get<qrngl::SCStripRenderer>(qrnsg::SCHEMA_STRIP_RENDERER);
+        std::vector<unsigned char> unselected;
+        // A part's tint from its stencil value against the tint of its triangles drawn again.
+        auto tintsAlike = [&](const std::vector<unsigned char>& stencilTint) {
+            EXPECT_TRUE(strips->stencilHoldsParts);
+            const auto values = strips->partStencil;
+            strips->partStencil.assign(values.size(), 255);
+            canvas->OnSize(0, 0, kWidth, kHeight);
+            const auto drawnAgain = frame(on, *canvas);
+            strips->partStencil = values;
+            std::size_t tinted = 0, unlike = 0;
+            for (std::size_t i = 0; i + 3 < drawnAgain.size(); i += 4) {
+                int tint = 0, apart = 0;
+                for (std::size_t k = i; k < i + 3; ++k) {
+                    tint = std::max(tint, std::abs(drawnAgain[k] - unselected[k]));
+                    apart = std::max(apart, std::abs(drawnAgain[k] - stencilTint[k]));
+                }
+                tinted += tint > 8;
+                unlike += apart > 24;
+            }
+            EXPECT_GT(tinted, 500u);
+            EXPECT_LT(unlike, tinted / 50) << "of " << tinted << " tinted pixels";
         };
         const std::vector<Step> steps = {
             {"first frame", {}, MODEL, {}},
             // Copies are kept once overlays change alone: the first such frame draws all.
             {"first mark", {}, MODEL, [&] { renderer->markOverlayChange(); }},
             {"hover a part", {event(InputEvent::MOTION, 160, 120)}, OVERLAY, {}},
-            {"hover nothing", {event(InputEvent::MOTION, 4, 4)}, OVERLAY, {}},
+            {"hover nothing",
+             {event(InputEvent::MOTION, 4, 4)},
+             OVERLAY,
+             {},
+             [&](const auto& drawn) { unselected = drawn; }},
             {"click a part",
              {event(InputEvent::BUTTON_DOWN, 160, 120, L), event(InputEvent::BUTTON_UP, 160, 120)},
              OVERLAY,
-             {}},
+             {},
+             tintsAlike},
             {"box select tool", {key('X')}, EITHER, {}},
             {"rubber band",
              {event(InputEvent::BUTTON_DOWN, 60, 50, L), event(InputEvent::MOTION, 230, 190, L)},
@@ -139,6 +170,8 @@ protected:
                 EXPECT_TRUE(drawn != last) << "the overlay does not show";
             }
             last = drawn;
+            if (step.after)
+                step.after(drawn);
         }
         EXPECT_NO_GL_ERROR();
         router.reset();
