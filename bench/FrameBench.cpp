@@ -325,14 +325,17 @@ int main(int argc, char** argv) {
     }
     if (windows)
         std::printf("\noverlay frames over the kept model, drawn as the window draws them (4 "
-                    "samples; goal at most 0.1 frames):\n");
+                    "samples; goal on the glb at most 0.1 frames):\n");
     for (const auto& c : g_windows) {
         const double still = reporter.time("window/" + c->name);
         for (const char* overlay : {"hover", "rubber-band"}) {
             const double t = reporter.time(std::string(overlay) + "-frame/" + c->name);
             if (still > 0 && t > 0)
                 std::printf("  %-22s %-12s %8.3f ms  %6.3f frames  %s\n", c->name.c_str(), overlay,
-                            t, t / still, t / still <= 0.1 ? "met" : "NOT MET");
+                            t, t / still,
+                            c->name != "pm2_tess_fine.glb" ? ""
+                            : t / still <= 0.1             ? "met"
+                                                           : "NOT MET");
         }
     }
     // GPU objects go with their own context.
