@@ -8,6 +8,7 @@
 #include "qrngl/SCClipping.h"
 #include "qrngl/SCRenderer.h"
 #include "qrngl/SCStripRenderer.h"
+#include "qrngl/frame/ClusterCuller.h"
 #include "qrngl/frame/FrameSetup.h"
 #include "qrngl/frame/ModelImage.h"
 #include "qrngl/frame/MotionGovernor.h"
@@ -116,7 +117,8 @@ ModelImage::Source modelSource(const SCRenderer& renderer, std::vector<const voi
 
 Canvas::Canvas(std::shared_ptr<IRenderContext> context, std::shared_ptr<qrn::IDocument> document)
     : CanvasBase(std::move(context), std::move(document)),
-      m_governor(std::make_unique<MotionGovernor>()), m_image(std::make_unique<ModelImage>()) {}
+      m_governor(std::make_unique<MotionGovernor>()), m_image(std::make_unique<ModelImage>()),
+      m_culler(std::make_unique<ClusterCuller>()) {}
 
 Canvas::~Canvas() = default;
 
@@ -295,6 +297,10 @@ void Canvas::renderMeshes(const Scene& scene, const Pmi&, const SceneRT& rt,
     const GLenum mirroredFace = frontFace == GL_CCW ? GL_CW : GL_CCW;
     bool culling = false, mirrored = false, transparent = false;
     const bool coarse = m_governor->coarse();
+    const bool clusters = renderer->clusterCulling;
+    std::vector<IStripEntry::Range> ranges;
+    if (clusters)
+        m_culler->begin();
     // Each instance marks the stencil with its part's value where it is the nearest surface
     // (a cut's caps have the stencil to themselves; a frame in motion is not highlighted).
     GLint stencilBits = 0;
@@ -370,6 +376,10 @@ void Canvas::renderMeshes(const Scene& scene, const Pmi&, const SceneRT& rt,
                 strips->coarseMeshes[drawable]) {
                 strips->coarseMeshes[drawable]->render();
                 m_trianglesDrawn += known ? scene->meshes[drawable].coarseIndices.size() / 3 : 0;
+            } else if (cull && clusters && !scene->meshes[drawable].clusters.empty()) {
+                m_trianglesDrawn +=
+                    m_culler->ranges(scene->meshes[drawable], instance.transform, ranges);
+                strips->meshes[drawable]->renderRanges(ranges, nullptr);
             } else {
                 strips->meshes[drawable]->render();
                 m_trianglesDrawn += known ? scene->meshes[drawable].triangleCount() : 0;

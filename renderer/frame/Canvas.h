@@ -17,6 +17,7 @@ class SCRenderer;
 class SCStripRenderer;
 class MotionGovernor;
 class ModelImage;
+class ClusterCuller;
 
 // Draws the document's scene with the renderer component's pre- and post-renderers, at most
 // one frame per Invalidate(). Closed solids are drawn front faces only while no clip plane is
@@ -60,6 +61,7 @@ private:
 
     std::unique_ptr<MotionGovernor> m_governor;
     std::unique_ptr<ModelImage> m_image;
+    std::unique_ptr<ClusterCuller> m_culler;
     mutable bool m_modelChanged = true;
     // The topology the parts' stencil values were assigned for.
     mutable const void* m_stencilTopology = nullptr;

@@ -22,6 +22,11 @@ struct MeshPreparation {
     std::size_t coarseFrom = 1024; // triangles; smaller meshes cost little already
     float coarseRatio = 0.1f;      // the triangles a coarse mesh aims at, of the full mesh
     float coarseError = 0.01f;     // the deviation it may have, of the mesh's extent
+    // Clusters that still frames of closed solids leave out when they face away or lie
+    // outside the view; faces of this many triangles are reordered into clusters of their own.
+    bool clusters = true;
+    std::size_t clustersFrom = 4096; // triangles of the mesh
+    std::size_t clusterFaceFrom = 64;
 };
 
 // Fills a new document from model data: scene geometry (each part once), run-time state (one

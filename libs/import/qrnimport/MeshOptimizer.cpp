@@ -19,6 +19,53 @@ void cacheOrder(std::vector<unsigned int>& indices, std::size_t first, std::size
     meshopt_optimizeVertexCache(range, range, (end - first) * 3, vertexCount);
 }
 
+enum : std::size_t { kClusterVertices = 128, kClusterTriangles = 256 };
+
+// Reorders the triangles of [first, end) into clusters of neighbours whose normals agree
+// (meshlets), and appends the triangle count of each to `sizes`.
+void clusterOrder(qrnsg::Mesh& mesh, std::size_t first, std::size_t end,
+                  std::vector<std::size_t>& sizes) {
+    const std::size_t indexCount = (end - first) * 3;
+    const std::size_t bound =
+        meshopt_buildMeshletsBound(indexCount, kClusterVertices, kClusterTriangles);
+    std::vector<meshopt_Meshlet> meshlets(bound);
+    std::vector<unsigned int> vertices(bound * kClusterVertices);
+    std::vector<unsigned char> triangles(bound * kClusterTriangles * 3);
+    const std::size_t n = meshopt_buildMeshlets(
+        meshlets.data(), vertices.data(), triangles.data(), mesh.indices.data() + first * 3,
+        indexCount, mesh.vertices[0].data(), mesh.vertices.size(), sizeof(qrnmath::Vec3),
+        kClusterVertices, kClusterTriangles, 0.5f);
+    unsigned int* out = mesh.indices.data() + first * 3;
+    for (std::size_t m = 0; m < n; ++m) {
+        const meshopt_Meshlet& meshlet = meshlets[m];
+        for (std::size_t k = 0; k < meshlet.triangle_count * 3; ++k)
+            *out++ = vertices[meshlet.vertex_offset + triangles[meshlet.triangle_offset + k]];
+        sizes.push_back(meshlet.triangle_count);
+    }
+}
+
+// The clusters' bounds, from their sizes in triangle order.
+void clusterBounds(qrnsg::Mesh& mesh, const std::vector<std::size_t>& sizes) {
+    mesh.clusters.clear();
+    mesh.clusters.reserve(sizes.size());
+    std::size_t first = 0;
+    for (std::size_t size : sizes) {
+        const meshopt_Bounds b = meshopt_computeClusterBounds(
+            mesh.indices.data() + first * 3, size * 3, mesh.vertices[0].data(),
+            mesh.vertices.size(), sizeof(qrnmath::Vec3));
+        qrnsg::Mesh::Cluster c;
+        c.firstTriangle = static_cast<unsigned int>(first);
+        c.triangleCount = static_cast<unsigned int>(size);
+        c.centre = qrnmath::Vec3(b.center[0], b.center[1], b.center[2]);
+        c.radius = b.radius;
+        c.coneApex = qrnmath::Vec3(b.cone_apex[0], b.cone_apex[1], b.cone_apex[2]);
+        c.coneAxis = qrnmath::Vec3(b.cone_axis[0], b.cone_axis[1], b.cone_axis[2]);
+        c.coneCutoff = b.cone_cutoff;
+        mesh.clusters.push_back(c);
+        first += size;
+    }
+}
+
 template <class T>
 void remap(std::vector<T>& values, const std::vector<unsigned int>& table, std::size_t count) {
     if (values.size() != table.size())
@@ -62,7 +109,9 @@ MeshOptimizer::Stats MeshOptimizer::optimize(qrnsg::Mesh& mesh, const std::vecto
                     [&](unsigned int i) { return i >= vertexCount; }))
         return stats;
 
-    if (options.cacheOrder && triangles >= options.cacheOrderFrom) {
+    const bool clustered = options.clusters && triangles >= options.clustersFrom;
+    mesh.clusters.clear();
+    if ((options.cacheOrder && triangles >= options.cacheOrderFrom) || clustered) {
         // Each face in turn, and whatever lies between faces as ranges of its own.
         std::vector<std::pair<std::size_t, std::size_t>> ranges;
         for (const Face& face : faces) {
@@ -71,15 +120,38 @@ MeshOptimizer::Stats MeshOptimizer::optimize(qrnsg::Mesh& mesh, const std::vecto
                                 std::min<std::size_t>(first + face.triangleCount, triangles));
         }
         std::sort(ranges.begin(), ranges.end());
+        std::vector<std::pair<std::size_t, std::size_t>> runs;
         std::size_t at = 0;
         for (const auto& [first, end] : ranges) {
             if (first < at)
                 return stats; // overlapping faces: leave the order as the reader made it
-            cacheOrder(mesh.indices, at, first, vertexCount);
-            cacheOrder(mesh.indices, first, end, vertexCount);
+            if (first > at)
+                runs.emplace_back(at, first);
+            runs.emplace_back(first, end);
             at = end;
         }
-        cacheOrder(mesh.indices, at, triangles, vertexCount);
+        if (at < triangles)
+            runs.emplace_back(at, triangles);
+        // Large faces become clusters of their own; small ones are drawn in the cache's order
+        // and gathered whole into clusters of their neighbours.
+        std::vector<std::size_t> sizes;
+        std::size_t gathered = 0;
+        for (const auto& [first, end] : runs) {
+            const std::size_t size = end - first;
+            if (clustered && size >= options.clusterFaceFrom) {
+                if (gathered)
+                    sizes.push_back(gathered);
+                gathered = 0;
+                clusterOrder(mesh, first, end, sizes);
+                continue;
+            }
+            cacheOrder(mesh.indices, first, end, vertexCount);
+            if (gathered && gathered + size > kClusterTriangles)
+                sizes.push_back(gathered), gathered = 0;
+            gathered += size;
+        }
+        if (gathered)
+            sizes.push_back(gathered);
 
         std::vector<unsigned int> table(vertexCount);
         const std::size_t used = meshopt_optimizeVertexFetchRemap(table.data(), mesh.indices.data(),
@@ -89,6 +161,8 @@ MeshOptimizer::Stats MeshOptimizer::optimize(qrnsg::Mesh& mesh, const std::vecto
         remap(mesh.vertices, table, used);
         remap(mesh.normals, table, used);
         remap(mesh.texCoords, table, used);
+        if (clustered)
+            clusterBounds(mesh, sizes);
     }
 
     mesh.coarseIndices.clear();

@@ -108,6 +108,9 @@ public:
     // Set by the camera while it moves under a drag: frames may then leave out the parts
     // that look smallest and draw coarse meshes, to keep within the frame budget.
     bool sizeCulling = false;
+    // Set: frames leave out the clusters of closed solids that face away from the eye or lie
+    // outside the view (never with a clip plane on, never for open or transparent meshes).
+    bool clusterCulling = true;
     // The time a frame in motion may take, in milliseconds; 0 draws every frame in full.
     double frameBudget = 33.0;
     // What the last frame drew and how long it took (the frame's own measure).

@@ -166,6 +166,27 @@ void MeshStripEntry::renderRanges(const std::vector<Range>& ranges,
     }
     bind();
     const std::size_t triangles = m_indexCount / 3;
+    if (!before && ranges.size() > 1 && glMultiDrawElements) {
+        // One call for them all: a software rasteriser spends more on a call than on a
+        // cluster's triangles.
+        const std::size_t indexBytes =
+            m_shortIndices ? sizeof(std::uint16_t) : sizeof(std::uint32_t);
+        std::vector<GLsizei> counts;
+        std::vector<const void*> offsets;
+        counts.reserve(ranges.size());
+        offsets.reserve(ranges.size());
+        for (const Range& range : ranges)
+            if (range.first < triangles) {
+                counts.push_back(static_cast<GLsizei>(
+                    std::min<std::size_t>(range.count, triangles - range.first) * 3));
+                offsets.push_back(offset(std::size_t{range.first} * 3 * indexBytes));
+            }
+        glMultiDrawElements(GL_TRIANGLES, counts.data(),
+                            m_shortIndices ? GL_UNSIGNED_SHORT : GL_UNSIGNED_INT, offsets.data(),
+                            static_cast<GLsizei>(counts.size()));
+        unbind();
+        return;
+    }
     for (std::size_t i = 0; i < ranges.size(); ++i) {
         const std::size_t first = ranges[i].first;
         if (first >= triangles)

@@ -143,9 +143,12 @@ TEST(SnapshotGLTest, MeshesInCacheOrderKeepTheirFacesAndPicks) {
     Options asRead;
     asRead.cacheOrder = false;
     asRead.coarse = false;
+    asRead.clusters = false;
     Options everything;
     everything.coarseFrom = 0;
     everything.cacheOrderFrom = 0;
+    everything.clustersFrom = 0;
+    everything.clusterFaceFrom = 16;
     const auto read = qrnimport::DocumentBuilder::build(model, asRead);
     const auto prepared = qrnimport::DocumentBuilder::build(model, everything);
 
@@ -164,6 +167,30 @@ TEST(SnapshotGLTest, MeshesInCacheOrderKeepTheirFacesAndPicks) {
     }
     EXPECT_GT(reordered, 1u);
     EXPECT_GT(coarse, 0u);
+    // Clusters follow one another over every triangle, each inside a face or made of whole
+    // faces.
+    auto topology = prepared->get<qrnsg::SCSceneTopo>(qrnsg::SCHEMA_SCENE_TOPO);
+    std::size_t clusters = 0;
+    for (const auto& part : topology->parts)
+        for (std::size_t pm = 0; pm < part.meshes.size(); ++pm) {
+            const auto& mesh = after[static_cast<std::size_t>(part.meshes[pm])];
+            unsigned int next = 0;
+            for (const auto& c : mesh.clusters) {
+                ASSERT_EQ(c.firstTriangle, next);
+                next += c.triangleCount;
+                for (const auto& f : part.entities.faces) {
+                    const unsigned int end = f.firstTriangle + f.triangleCount;
+                    if (f.mesh != static_cast<int>(pm) || end <= c.firstTriangle ||
+                        f.firstTriangle >= next)
+                        continue;
+                    EXPECT_TRUE((f.firstTriangle >= c.firstTriangle && end <= next) ||
+                                (c.firstTriangle >= f.firstTriangle && next <= end));
+                }
+            }
+            EXPECT_EQ(next, mesh.clusters.empty() ? 0u : mesh.triangleCount());
+            clusters += mesh.clusters.size();
+        }
+    EXPECT_GT(clusters, after.size());
     EXPECT_NE(after.back().indices, before.back().indices);
 
     const auto picked = pickedFaces(read);
