@@ -25,6 +25,7 @@
 #include "qrnviewer/EntityText.h"
 
 #include "qrnglutils/ViewActivator.h"
+#include "qrnplatform/Environment.h"
 #include "qrnplatform/Settings.h"
 #include "qrnplatform/Text.h"
 #include "qrnsg/EntityNames.h"
@@ -89,12 +90,17 @@ int main(int argc, char** argv) {
     }
     // Released after the document and every canvas: both may hold objects a plug-in made.
     const qrnviewer::RendererPlugins plugins;
-    // Meshes put in drawing order and simplified, on all cores.
+    // Meshes put in drawing order, cut into clusters and simplified, on as many threads as
+    // meshed them.
     status.setProgress(L"preparing", 0);
+    qrnimport::DocumentBuilder::Options preparation;
+    preparation.threads = options.meshThreads;
     // The document takes the model's geometry: counted and measured first.
     const std::size_t triangles = model.triangleCount(), instances = model.instanceCount();
     const qrnsg::BBox extent = model.extent();
-    auto document = qrnimport::DocumentBuilder::build(std::move(model));
+    auto document = qrnimport::DocumentBuilder::build(std::move(model), preparation);
+    // The reader's and the mesher's heap, freed, is not the frame's to keep.
+    qrnplatform::Environment::releaseFreedMemory();
     status.setProgress(L"preparing", 100);
     status.endProgress();
     if (!document) {

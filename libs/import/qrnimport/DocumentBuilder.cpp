@@ -58,8 +58,9 @@ void optimizeMeshes(qrnsg::SCScene& scene, const std::vector<qrnsg::SCSceneTopo:
                 scene.meshes[static_cast<std::size_t>(parts[p].meshes[m])] = std::move(meshes[m]);
         }
     };
-    const std::size_t threads =
-        std::min<std::size_t>(std::max(1u, std::thread::hardware_concurrency()), parts.size());
+    const unsigned int wanted =
+        options.threads ? options.threads : std::max(1u, std::thread::hardware_concurrency());
+    const std::size_t threads = std::min<std::size_t>(wanted, parts.size());
     std::vector<std::thread> pool;
     for (std::size_t t = 1; t < threads; ++t)
         pool.emplace_back(work);
@@ -333,6 +334,10 @@ std::shared_ptr<qrn::Document> DocumentBuilder::fill(const ModelData& model, con
     rt->sortMeshDrawOrder();
     qrnglutils::SceneBuilder::buildDrawables(*scene, *strips, qrngl::FontRenderer::faceName(),
                                              qrngl::FontRenderer::fallbackFaceName());
+    // The drawables hold the normals the frame reads; the scene keeps the positions and
+    // triangles that picks, measures and cuts read.
+    for (qrnsg::Mesh& mesh : scene->meshes)
+        std::vector<qrnmath::Vec3>().swap(mesh.normals);
 
     // Camera, view and lights.
     StandardView::apply("iso", extent, renderer->camera);

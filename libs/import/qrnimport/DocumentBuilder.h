@@ -27,6 +27,7 @@ struct MeshPreparation {
     bool clusters = true;
     std::size_t clustersFrom = 4096; // triangles of the mesh
     std::size_t clusterFaceFrom = 64;
+    unsigned int threads = 0; // parts prepared at once; 0: one per core
 };
 
 // Fills a new document from model data: scene geometry (each part once), run-time state (one

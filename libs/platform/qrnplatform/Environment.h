@@ -20,6 +20,9 @@ public:
     static std::wstring getVariable(const std::wstring& name);
     static bool setVariable(const std::wstring& name, const std::wstring& value);
     static bool unsetVariable(const std::wstring& name);
+    // Hands what the process freed back to the system, which the heap would keep for later
+    // otherwise: after a large load, before drawing needs memory of its own.
+    static void releaseFreedMemory();
 };
 
 } // namespace qrnplatform

@@ -123,6 +123,10 @@ void MeshStripEntry::render() const {
         glCallList(m_list);
         return;
     }
+    if (m_indexCount / 3 > BATCH_TRIANGLES) {
+        renderRanges({Range{0, static_cast<unsigned int>(m_indexCount / 3)}}, nullptr);
+        return;
+    }
     bind();
     drawElements(0, m_indexCount);
     unbind();
@@ -166,24 +170,43 @@ void MeshStripEntry::renderRanges(const std::vector<Range>& ranges,
     }
     bind();
     const std::size_t triangles = m_indexCount / 3;
-    if (!before && ranges.size() > 1 && glMultiDrawElements) {
-        // One call for them all: a software rasteriser spends more on a call than on a
-        // cluster's triangles.
+    if (!before && glMultiDrawElements) {
+        // One call a batch of triangles, the frame flushed between batches: a software
+        // rasteriser spends more on a call than on a cluster's triangles, starts on a batch
+        // while the next is bound, and holds one batch of the frame at a time, not all.
         const std::size_t indexBytes =
             m_shortIndices ? sizeof(std::uint16_t) : sizeof(std::uint32_t);
         std::vector<GLsizei> counts;
         std::vector<const void*> offsets;
-        counts.reserve(ranges.size());
-        offsets.reserve(ranges.size());
-        for (const Range& range : ranges)
-            if (range.first < triangles) {
-                counts.push_back(static_cast<GLsizei>(
-                    std::min<std::size_t>(range.count, triangles - range.first) * 3));
-                offsets.push_back(offset(std::size_t{range.first} * 3 * indexBytes));
+        std::size_t batch = 0;
+        auto submit = [&] {
+            if (counts.empty())
+                return;
+            glMultiDrawElements(GL_TRIANGLES, counts.data(),
+                                m_shortIndices ? GL_UNSIGNED_SHORT : GL_UNSIGNED_INT,
+                                offsets.data(), static_cast<GLsizei>(counts.size()));
+            counts.clear();
+            offsets.clear();
+            batch = 0;
+        };
+        for (const Range& range : ranges) {
+            std::size_t first = range.first;
+            std::size_t left =
+                first < triangles ? std::min<std::size_t>(range.count, triangles - first) : 0;
+            while (left > 0) {
+                const std::size_t take = std::min(left, BATCH_TRIANGLES - batch);
+                counts.push_back(static_cast<GLsizei>(take * 3));
+                offsets.push_back(offset(first * 3 * indexBytes));
+                first += take;
+                left -= take;
+                batch += take;
+                if (batch == BATCH_TRIANGLES) {
+                    submit();
+                    glFlush();
+                }
             }
-        glMultiDrawElements(GL_TRIANGLES, counts.data(),
-                            m_shortIndices ? GL_UNSIGNED_SHORT : GL_UNSIGNED_INT, offsets.data(),
-                            static_cast<GLsizei>(counts.size()));
+        }
+        submit();
         unbind();
         return;
     }

@@ -20,6 +20,9 @@ public:
     MeshStripEntry(const MeshStripEntry&) = delete;
     MeshStripEntry& operator=(const MeshStripEntry&) = delete;
 
+    // Meshes of more triangles than this are drawn in batches of as many, flushed between.
+    static constexpr std::size_t BATCH_TRIANGLES = 8192;
+
     void render() const override;
     // Ranges of triangles.
     void renderRanges(const std::vector<Range>& ranges,

@@ -306,6 +306,41 @@ TEST_F(CanvasGLTest, MeshesDrawUnderTheirOwnTransforms) {
     EXPECT_EQ(countPixels(kRed), 0u);
 }
 
+// A mesh of many batches: every triangle is drawn, whole or by ranges, across batch ends.
+TEST_F(CanvasGLTest, ALargeMeshDrawsEveryTriangleAcrossItsBatches) {
+    int red = doc.addMeshMaterial(qrnsg::MMaterial::fromColor(1, 0, 0), false);
+    // Thin strips side by side, each its own two triangles: 3.5 batches.
+    const std::size_t strips = qrnglutils::MeshStripEntry::BATCH_TRIANGLES * 7 / 4;
+    qrnsg::Mesh grid;
+    for (std::size_t i = 0; i < strips; ++i) {
+        const float x0 = -0.5f + static_cast<float>(i) / static_cast<float>(strips);
+        const float x1 = -0.5f + static_cast<float>(i + 1) / static_cast<float>(strips);
+        const qrnsg::Mesh strip = rectangle(x0, -0.5f, x1, 0.5f);
+        const auto base = static_cast<unsigned int>(grid.vertices.size());
+        grid.vertices.insert(grid.vertices.end(), strip.vertices.begin(), strip.vertices.end());
+        grid.normals.insert(grid.normals.end(), strip.normals.begin(), strip.normals.end());
+        for (unsigned int index : strip.indices)
+            grid.indices.push_back(base + index);
+    }
+    doc.addMesh(grid, red);
+    paint();
+    EXPECT_EQ(countPixels(kRed), 32u * 32u) << "the square of half the viewport's side, whole";
+    // Half the strips in ranges that cross the batch ends.
+    context->activate();
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    glColor3f(1, 0, 0);
+    glDisable(GL_LIGHTING);
+    std::vector<qrngl::IStripEntry::Range> ranges;
+    for (unsigned int t = 0; t < grid.triangleCount(); t += 4000)
+        ranges.push_back({t, 2000});
+    doc.strips->meshes[0]->renderRanges(ranges, nullptr);
+    // Each range is a band 1,000 strips wide, give or take a column at each side.
+    const double bands = static_cast<double>(ranges.size());
+    EXPECT_NEAR(static_cast<double>(countPixels(kRed)),
+                bands * 1000.0 / static_cast<double>(strips) * 32.0 * 32.0, bands * 32.0);
+    EXPECT_NO_GL_ERROR();
+}
+
 // A rectangle whose triangles wind the other way: it faces -z.
 qrnsg::Mesh backwards(qrnsg::Mesh mesh) {
     for (std::size_t i = 0; i + 2 < mesh.indices.size(); i += 3)

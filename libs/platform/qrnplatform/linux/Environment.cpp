@@ -2,6 +2,7 @@
 #include "qrnplatform/Text.h"
 
 #include <cstdlib>
+#include <malloc.h>
 #include <unistd.h>
 #include <vector>
 
@@ -31,6 +32,10 @@ bool Environment::setVariable(const std::wstring& name, const std::wstring& valu
 
 bool Environment::unsetVariable(const std::wstring& name) {
     return ::unsetenv(Text::toUtf8(name).c_str()) == 0;
+}
+
+void Environment::releaseFreedMemory() {
+    malloc_trim(0);
 }
 
 } // namespace qrnplatform

@@ -1,6 +1,7 @@
 #include "qrnplatform/Environment.h"
 
 #include <cstdlib>
+#include <malloc.h>
 #include <vector>
 #include <windows.h>
 
@@ -48,6 +49,10 @@ bool Environment::unsetVariable(const std::wstring& name) {
     const bool ok = ::SetEnvironmentVariableW(name.c_str(), nullptr) != 0 ||
                     ::GetLastError() == ERROR_ENVVAR_NOT_FOUND;
     return ::_wputenv(assignment.c_str()) == 0 && ok;
+}
+
+void Environment::releaseFreedMemory() {
+    _heapmin();
 }
 
 } // namespace qrnplatform
