@@ -6,10 +6,14 @@
 #include "qrngl/overlays/PixelSpace.h"
 #include "qrnglutils/ClipplaneUtils.h"
 #include "qrnglutils/ScopedTransform.h"
+#include "qrnmath/MatrixUtils.h"
 #include "qrnsg/SCScene.h"
+
 #include "qrnsg/SCSceneRT.h"
 #include "qrnsg/SCSceneTopo.h"
 #include "qrnsgutils/InstanceWalker.h"
+#include <algorithm>
+#include <cmath>
 
 namespace qrngl {
 
@@ -75,6 +79,51 @@ void SelectionRenderer::render() const {
     glPopAttrib();
 }
 
+void SelectionRenderer::screenBox(const Components& c, const std::vector<int>& meshIds,
+                                  const GLint viewport[4], GLint rect[4]) const {
+    // The window rectangle around the part's clusters (meshes without them leave the whole
+    // viewport); the whole viewport too where a corner lies behind the eye.
+    qrnmath::Mat4 projection, view;
+    glGetFloatv(GL_PROJECTION_MATRIX, projection.data());
+    glGetFloatv(GL_MODELVIEW_MATRIX, view.data());
+    float x0 = 1e30f, y0 = 1e30f, x1 = -1e30f, y1 = -1e30f;
+    InstanceWalker::Instance instance;
+    for (int id : meshIds) {
+        if (!c.scene ||
+            !InstanceWalker::visible(c.rt->meshes, id, c.scene->meshes.size(), instance))
+            continue;
+        const auto& mesh = c.scene->meshes[static_cast<std::size_t>(instance.drawable)];
+        if (mesh.clusters.empty())
+            return;
+        qrnsg::BBox box;
+        for (const auto& cluster : mesh.clusters)
+            for (int k = 0; k < 8; ++k)
+                box.add(qrnmath::Vec3(cluster.centre[0] + (k & 1 ? 1 : -1) * cluster.radius,
+                                      cluster.centre[1] + (k & 2 ? 1 : -1) * cluster.radius,
+                                      cluster.centre[2] + (k & 4 ? 1 : -1) * cluster.radius));
+        qrnmath::Mat4 place = qrnmath::MatrixUtils::multiply(projection, view);
+        if (instance.transform)
+            place = qrnmath::MatrixUtils::multiply(place, *instance.transform);
+        for (int k = 0; k < 8; ++k) {
+            const qrnmath::Vec4 corner(k & 1 ? box.max()[0] : box.min()[0],
+                                       k & 2 ? box.max()[1] : box.min()[1],
+                                       k & 4 ? box.max()[2] : box.min()[2], 1.0f);
+            const qrnmath::Vec4 clip = qrnmath::MatrixUtils::transform(place, corner);
+            if (clip[3] <= 0.0f)
+                return;
+            const float x = (clip[0] / clip[3] + 1.0f) * 0.5f * static_cast<float>(viewport[2]);
+            const float y = (clip[1] / clip[3] + 1.0f) * 0.5f * static_cast<float>(viewport[3]);
+            x0 = std::min(x0, x), y0 = std::min(y0, y), x1 = std::max(x1, x), y1 = std::max(y1, y);
+        }
+    }
+    if (x0 > x1)
+        return;
+    rect[0] = std::max(0, static_cast<GLint>(std::floor(x0)) - 1);
+    rect[1] = std::max(0, static_cast<GLint>(std::floor(y0)) - 1);
+    rect[2] = std::min(viewport[2], static_cast<GLint>(std::ceil(x1)) + 1);
+    rect[3] = std::min(viewport[3], static_cast<GLint>(std::ceil(y1)) + 1);
+}
+
 bool SelectionRenderer::tintMarked(const Components& c, const std::vector<int>& meshIds) const {
     // The samples where the part is the nearest surface, when the frame marked them as its
     // alone: one rectangle in place of all its triangles.
@@ -91,13 +140,15 @@ bool SelectionRenderer::tintMarked(const Components& c, const std::vector<int>& 
         return false;
     GLint viewport[4] = {};
     glGetIntegerv(GL_VIEWPORT, viewport);
+    GLint rect[4] = {0, 0, viewport[2], viewport[3]};
+    screenBox(c, meshIds, viewport, rect);
     glPushAttrib(GL_STENCIL_BUFFER_BIT);
     glEnable(GL_STENCIL_TEST);
     glStencilFunc(GL_EQUAL, value, 0xFF);
     glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
     {
         PixelSpace pixels;
-        glRecti(0, 0, viewport[2], viewport[3]);
+        glRecti(rect[0], rect[1], rect[2], rect[3]);
     }
     glPopAttrib();
     glEnable(GL_BLEND);

@@ -26,6 +26,8 @@ private:
     struct Components;
     void draw(const Components& c, unsigned int name, const float colour[3]) const;
     bool tintMarked(const Components& c, const std::vector<int>& meshIds) const;
+    void screenBox(const Components& c, const std::vector<int>& meshIds, const int viewport[4],
+                   int rect[4]) const;
 
     std::shared_ptr<qrn::IDocument> m_document;
     std::shared_ptr<SelectionSet> m_set;

@@ -2,6 +2,7 @@
 // the one drawn with every triangle, from every side, zoomed in past the model's edges, cut,
 // and in perspective.
 #include "GLTest.h"
+#include "ViewerCanvases.h"
 
 #include "qrngl/Camera.h"
 #include "qrngl/CameraHelper.h"
@@ -12,7 +13,6 @@
 #include "qrnimport/DocumentBuilder.h"
 #include "qrnimport/StandardView.h"
 #include "qrnsg/SCScene.h"
-#include "qrnviewer/RendererPlugins.h"
 #include "qrnviewer/Sectioning.h"
 
 #include <functional>
@@ -44,15 +44,10 @@ TEST_F(ClusterCullingGLTest, LeftOutClustersChangeNoPixelAndNoPick) {
     for (const auto& mesh : scene->meshes)
         clusters += mesh.closed ? mesh.clusters.size() : 0;
     ASSERT_GT(clusters, 20u);
-    qrngl::CameraHelper::setViewport(kWidth, kHeight, renderer->camera);
-    auto factory = qrnviewer::RendererPlugins::shared().factoryFor(document);
-    auto canvas = factory->createCanvas(context, document);
-    auto picks = factory->createPickCanvas(context, document);
-    ASSERT_TRUE(canvas && picks && picks->OnCreate());
-    canvas->OnCreate();
-    canvas->OnSize(0, 0, kWidth, kHeight);
-    picks->OnSize(0, 0, kWidth, kHeight);
-    renderer->pickCanvas = picks;
+    viewertest::ViewerCanvases canvases(document, context, kWidth, kHeight);
+    ASSERT_TRUE(canvases.made);
+    const auto& canvas = canvases.canvas;
+    const auto& picks = canvases.picks;
     qrnviewer::Sectioning section(document, nullptr);
 
     struct View {
@@ -109,10 +104,6 @@ TEST_F(ClusterCullingGLTest, LeftOutClustersChangeNoPixelAndNoPick) {
         }
     }
     EXPECT_NO_GL_ERROR();
-    picks->OnDestroy();
-    canvas->OnDestroy();
-    renderer->pickCanvas.reset();
-    document->close();
 }
 
 } // namespace

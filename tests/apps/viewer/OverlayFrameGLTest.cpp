@@ -3,6 +3,7 @@
 // change of the model between two marks must still redraw it.
 #include "GLTest.h"
 #include "TestDocument.h"
+#include "ViewerCanvases.h"
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/GL.h"
@@ -13,7 +14,6 @@
 #include "qrnimport/DocumentBuilder.h"
 #include "qrnimport/StandardView.h"
 #include "qrnviewer/EventRouter.h"
-#include "qrnviewer/RendererPlugins.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -57,19 +57,15 @@ protected:
         qrnimport::ModelData model;
         std::string error;
         ASSERT_TRUE(qrnimport::DemoAssembly::model(model, error)) << error;
-        auto document = qrnimport::DocumentBuilder::build(model);
-        auto renderer = document->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
-        qrngl::CameraHelper::setViewport(kWidth, kHeight, renderer->camera);
+        // Clusters bound a tinted part on screen: the demo's small meshes get them too.
+        qrnimport::DocumentBuilder::Options options;
+        options.clustersFrom = 64;
+        auto document = qrnimport::DocumentBuilder::build(model, options);
+        viewertest::ViewerCanvases canvases(document, on, kWidth, kHeight);
+        ASSERT_TRUE(canvases.made);
+        const auto& renderer = canvases.renderer;
+        const auto& canvas = canvases.canvas;
         qrnimport::StandardView::apply("iso", model.extent(), renderer->camera);
-        auto factory = qrnviewer::RendererPlugins::shared().factoryFor(document);
-        ASSERT_TRUE(factory);
-        auto canvas = factory->createCanvas(on, document);
-        auto picks = factory->createPickCanvas(on, document);
-        ASSERT_TRUE(canvas && picks && picks->OnCreate());
-        canvas->OnCreate();
-        canvas->OnSize(0, 0, kWidth, kHeight);
-        picks->OnSize(0, 0, kWidth, kHeight);
-        renderer->pickCanvas = picks;
         // The model's own renderers run only when the model is drawn.
         int modelDraws = 0;
         renderer->addPostRenderer(calling<qrngl::IPostRenderer>([&] { ++modelDraws; }, 1));
@@ -175,11 +171,6 @@ protected:
         }
         EXPECT_NO_GL_ERROR();
         router.reset();
-        on->activate();
-        picks->OnDestroy();
-        canvas->OnDestroy();
-        renderer->pickCanvas.reset();
-        document->close();
     }
 };
 
