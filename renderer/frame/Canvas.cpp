@@ -175,14 +175,16 @@ bool Canvas::render(const Scene& scene, const Pmi& pmi, const SceneRT& rt, const
     auto clipping = component<SCClipping>(qrnsg::SCHEMA_CLIPPING);
     ModelImage::Source source =
         modelSource(*renderer, {scene.get(), rt.get(), strips.get()}, clipping.get());
-    const bool modelDrawn = m_modelChanged || !m_image->restore(source, viewport);
+    // A cut is drawn whole each time: its caps and profile are made as the frame goes.
+    const bool cut = clipping && clipping->hasPlane();
+    const bool modelDrawn = m_modelChanged || cut || !m_image->restore(source, viewport);
     if (modelDrawn) {
-        // Copies cost; they are made once overlays change alone, and none while the camera
-        // moves (that frame is not looked at again).
-        const bool wanted = (m_image->held() || !m_modelChanged) && !renderer->motion;
+        // Copies cost; they are made once overlays change alone, and none of a frame that
+        // moving left short (it is not looked at again).
+        const bool wanted = m_image->held() || !m_modelChanged;
         renderModel(scene, pmi, rt, renderer, strips,
                     !(clipping && clipping->hasPlane() && clipping->capped));
-        if (!wanted || !m_image->keep(std::move(source), viewport))
+        if (!wanted || cut || m_governor->active() || !m_image->keep(std::move(source), viewport))
             m_image->drop();
     }
     m_modelChanged = false;

@@ -13,9 +13,12 @@ bool ModelImage::formatOfBound(Format& format) {
     glGetIntegerv(GL_DEPTH_BITS, &depth);
     glGetIntegerv(GL_STENCIL_BITS, &stencil);
     glGetIntegerv(GL_SAMPLES, &format.samples);
-    if (red != 8 || green != 8 || blue != 8 || (alpha != 0 && alpha != 8))
+    if (red == 8 && green == 8 && blue == 8 && (alpha == 0 || alpha == 8))
+        format.colour = alpha ? GL_RGBA8 : GL_RGB8;
+    else if (red == 10 && green == 10 && blue == 10 && alpha == 2)
+        format.colour = GL_RGB10_A2;
+    else
         return false;
-    format.colour = alpha ? GL_RGBA8 : GL_RGB8;
     if (depth == 24 && stencil == 8)
         format.depth = GL_DEPTH24_STENCIL8;
     else if (depth == 24 && stencil == 0)

@@ -1,8 +1,9 @@
 // qrnview_fuzz: seeded random input through the viewer's event router and its whole chain of
 // tools, on the demo or a model file, drawing frames off screen as it goes. After every frame:
-// no OpenGL error, a finite camera with an orthonormal rotation, and a picture that shows the
-// model while the camera looks at it. Prints the seed and the events; on a failure, writes the
-// events up to it as an event log that replays it.
+// no OpenGL error, a finite camera with an orthonormal rotation, a picture that shows the
+// model while the camera looks at it, and, every eighth still frame, the picture the frame
+// gives when drawn again whole (overlay frames keep the model's image). Prints the seed and the
+// events; on a failure, writes the events up to it as an event log that replays it.
 //
 // qrnview_fuzz [MODEL] [--events N] [--seed S] [--frame-every K] [--log-failure FILE]
 //              [--minimise SECONDS] [--fail-in-mode M]
@@ -15,6 +16,7 @@
 #include "qrngl/ICanvas.h"
 #include "qrngl/ICanvasFactory.h"
 #include "qrngl/IPickCanvas.h"
+#include "qrngl/IPostRenderer.h"
 #include "qrngl/SCClipping.h"
 #include "qrngl/SCRenderer.h"
 #include "qrnimport/DemoAssembly.h"
@@ -259,6 +261,7 @@ public:
         m_canvas->OnSize(0, 0, kWidth, kHeight);
         m_picks->OnSize(0, 0, kWidth, kHeight);
         m_renderer->pickCanvas = m_picks;
+        m_renderer->addPostRenderer(m_modelDraws);
         m_router = std::make_unique<qrnviewer::EventRouter>(m_document, nullptr, nullptr);
         m_router->setStateFiles(state, state);
     }
@@ -268,6 +271,7 @@ public:
         if (m_picks)
             m_picks->OnDestroy();
         m_renderer->pickCanvas.reset();
+        m_renderer->removePostRenderer(m_modelDraws);
         if (m_canvas)
             m_canvas->OnDestroy();
         if (m_closes)
@@ -286,18 +290,42 @@ public:
             e.time -= start;
         qrnviewer::Replay::run(*m_router, batch);
         m_context->activate();
+        const long long modelDraws = m_modelDraws->count;
         m_canvas->Invalidate();
         m_canvas->OnDraw();
         m_context->activate();
         ++frames;
+        // A frame that kept the model and drew only overlays, and now and then any other, is
+        // drawn again whole: the two must not be told apart (frames in motion may draw less).
+        const bool overlays = m_modelDraws->count == modelDraws;
+        if (overlays || (frames % 8 == 0 && !m_renderer->motion && !m_renderer->sizeCulling)) {
+            std::vector<unsigned char> drawn(kWidth * kHeight * 4), whole(drawn.size());
+            glReadPixels(0, 0, kWidth, kHeight, GL_RGBA, GL_UNSIGNED_BYTE, drawn.data());
+            m_canvas->OnSize(0, 0, kWidth, kHeight);
+            m_canvas->Invalidate();
+            m_canvas->OnDraw();
+            m_context->activate();
+            glReadPixels(0, 0, kWidth, kHeight, GL_RGBA, GL_UNSIGNED_BYTE, whole.data());
+            ++redrawn;
+            overlayFrames += overlays ? 1 : 0;
+            if (drawn != whole)
+                return std::string(overlays ? "an overlay frame" : "a frame") +
+                       " unlike the same frame drawn whole";
+        }
         return checkFrame(*m_renderer, *m_rt, *m_scene,
                           m_document->get<qrngl::SCClipping>(qrnsg::SCHEMA_CLIPPING).get(),
                           m_options.failInMode, looked);
     }
 
-    long long frames = 0, looked = 0;
+    long long frames = 0, looked = 0, redrawn = 0, overlayFrames = 0;
 
 private:
+    // A renderer of the model's stage, not an overlay: it runs when the model is drawn.
+    struct ModelDraws : qrngl::IPostRenderer {
+        void render() const override { ++count; }
+        mutable long long count = 0;
+    };
+    std::shared_ptr<ModelDraws> m_modelDraws = std::make_shared<ModelDraws>();
     std::shared_ptr<qrn::Document> m_document;
     bool m_closes; // the document is the rig's own
     std::shared_ptr<qrngl::IRenderContext> m_context;
@@ -394,7 +422,7 @@ int main(int argc, char** argv) {
                                   .string();
 
     std::string failure;
-    long long frames = 0, looked = 0;
+    long long frames = 0, looked = 0, redrawn = 0, overlayFrames = 0;
     std::vector<InputEvent> all;
     std::vector<long long> frameOf; // the frame after which each event was drawn
     Shrinker::Events shrunk;
@@ -425,6 +453,8 @@ int main(int argc, char** argv) {
             }
             frames = rig.frames;
             looked = rig.looked;
+            redrawn = rig.redrawn;
+            overlayFrames = rig.overlayFrames;
         }
         if (failure.empty() || options.minimise <= 0)
             return;
@@ -464,9 +494,10 @@ int main(int argc, char** argv) {
     const char* name = options.model.empty() ? "the demo" : options.model.c_str();
     if (failure.empty()) {
         std::printf("qrnview_fuzz: %lld events on %s, seed %llu: no failure (%lld frames, the "
-                    "picture checked in %lld)\n",
+                    "picture checked in %lld, drawn again whole in %lld, %lld of them overlay "
+                    "frames)\n",
                     options.events, name, static_cast<unsigned long long>(options.seed), frames,
-                    looked);
+                    looked, redrawn, overlayFrames);
         return 0;
     }
     std::vector<InputEvent> written = all;
