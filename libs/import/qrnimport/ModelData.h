@@ -11,6 +11,7 @@
 #include "qrnsg/Text.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qrnimport {
@@ -49,6 +50,17 @@ struct QRNIMPORT_EXPORT ModelData {
         bool hasPlane = false;
         bool textPlaced = false;
         qrnsg::Polyline leaders; // from the texts to the target, with the target's mark
+        // Drawn as the file's author drew it: lines and filled areas (texts, arrowheads) in
+        // the file's colour and width, with no texts of the viewer's own.
+        bool presented = false;
+        qrnsg::Mesh fills;
+        qrnmath::Vec4 colour{0.0f, 0.0f, 0.0f, 1.0f};
+        bool coloured = false;
+        float lineWidth = 0.0f; // in the model's unit; 0: the viewer's own
+        // What it says, for those who pick it ("diameter 20 +0.1/-0.05 mm").
+        std::wstring description;
+        // The placed faces it refers to: node and face index.
+        std::vector<std::pair<int, int>> faces;
     };
     // A saved view of the file.
     struct SavedView {

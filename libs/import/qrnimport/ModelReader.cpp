@@ -325,7 +325,7 @@ void setStepModes(STEPCAFControl_Reader& reader, bool pmi) {
 // read again without PMI and saved views.
 bool readStep(const std::string& path, DocumentGuard& document, const ModelReader::Options& options,
               qrn::IStatusManager* status, ProgressBridge::Deadline deadline, std::string& error,
-              std::wstring& fileUnit) {
+              std::wstring& fileUnit, XcafImporter::StepSource& source) {
     std::string failure;
     if (!StepFile::numbersInRange(path, failure)) {
         error = "cannot read " + path + ": " + failure + " (the file is damaged)";
@@ -337,13 +337,19 @@ bool readStep(const std::string& path, DocumentGuard& document, const ModelReade
         if (!readXcafFile(reader, "STEP", path, status, error))
             return false;
         fileUnit = StepFile::lengthUnit(reader.ChangeReader());
-        if (!options.pmi)
-            return transferXcaf(reader, "STEP", path, document.doc, status, deadline, error);
+        if (!options.pmi) {
+            if (!transferXcaf(reader, "STEP", path, document.doc, status, deadline, error))
+                return false;
+            StepFile::readLeftOut(reader.ChangeReader(), path, false, source);
+            return true;
+        }
         try {
             OCC_CATCH_SIGNALS
             if ((!options.pmiTransferHook || options.pmiTransferHook()) &&
-                transferXcaf(reader, "STEP", path, document.doc, status, deadline, error))
+                transferXcaf(reader, "STEP", path, document.doc, status, deadline, error)) {
+                StepFile::readLeftOut(reader.ChangeReader(), path, true, source);
                 return true;
+            }
             // Stopped at the time limit: no second read.
             if (ProgressBridge::passed(deadline))
                 return false;
@@ -371,6 +377,8 @@ bool readStep(const std::string& path, DocumentGuard& document, const ModelReade
         error = "cannot read " + path + ": the reader failed (" + describe(e) + ")";
         return false;
     }
+    StepFile::readLeftOut(reader.ChangeReader(), path, false,
+                          source); // the presentation is left out as well
     // Said only now: a reader that fails without PMI as well failed on something else.
     if (status)
         status->setStatus(qrnplatform::Text::fromUtf8(
@@ -460,13 +468,14 @@ bool protectedRead(Kind kind, const std::string& path, const ModelReader::Option
         OCC_CATCH_SIGNALS
         DocumentGuard document;
         std::wstring fileUnit;
+        XcafImporter::StepSource step;
         if (document.doc.IsNull()) {
             error = "cannot read " + path + ": no document could be made";
             return false;
         }
         switch (kind) {
         case Kind::STEP:
-            ok = readStep(path, document, options, status, deadline, error, fileUnit);
+            ok = readStep(path, document, options, status, deadline, error, fileUnit, step);
             break;
         case Kind::IGES:
             ok = readIges(path, document.doc, status, deadline, error);
@@ -498,7 +507,8 @@ bool protectedRead(Kind kind, const std::string& path, const ModelReader::Option
         if (!ok)
             return false;
         std::string importError;
-        if (!XcafImporter::import(document.doc, options, model, importError, status, deadline)) {
+        if (!XcafImporter::import(document.doc, options, model, importError, status, deadline,
+                                  kind == Kind::STEP ? &step : nullptr)) {
             error = "cannot read " + path + ": " + importError;
             return false;
         }

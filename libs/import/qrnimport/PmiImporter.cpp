@@ -3,6 +3,7 @@
 #include "qrnimport/OcctUtils.h"
 #include "qrnimport/PmiGeometry.h"
 #include "qrnimport/PmiLayout.h"
+#include "qrnimport/PmiPresentation.h"
 #include "qrnimport/PmiText.h"
 #include "qrnimport/SavedViews.h"
 
@@ -15,6 +16,9 @@
 #include <XCAFDoc_DocumentTool.hxx>
 #include <XCAFDoc_GeomTolerance.hxx>
 
+#include <TopExp_Explorer.hxx>
+
+#include <algorithm>
 #include <exception>
 #include <functional>
 #include <map>
@@ -33,14 +37,125 @@ using LabelItems = std::map<std::string, int>;
 using Describe = std::function<bool(int index, const TDF_Label& label, Item& item, Sources& sources,
                                     std::wstring& text)>;
 
+// Pairs the XCAF reader's labels with the annotations the file draws for them. The reader makes
+// its labels in the file's order, named as the file names its items, and leaves out those it
+// cannot place: a label takes the next item of its kind with its name.
+class Links {
+public:
+    explicit Links(const PmiPresentation* presentation) : m_presentation(presentation) {
+        if (presentation)
+            m_used.assign(presentation->annotations.size(), false);
+    }
+    int dimension(const TDF_Label& label) {
+        return m_presentation ? next(label, m_presentation->dimensions, m_dimension) : -1;
+    }
+    int tolerance(const TDF_Label& label) {
+        return m_presentation ? next(label, m_presentation->tolerances, m_tolerance) : -1;
+    }
+    int datum(const std::wstring& letter) const {
+        if (!m_presentation || letter.empty())
+            return -1;
+        const auto& all = m_presentation->annotations;
+        for (std::size_t a = 0; a < all.size(); ++a)
+            if (!m_used[a] && all[a].kind == Item::DATUM && all[a].datum == letter)
+                return static_cast<int>(a);
+        return -1;
+    }
+    // The annotation is the item's, drawn otherwise.
+    void claim(int annotation) {
+        if (annotation >= 0)
+            m_used[static_cast<std::size_t>(annotation)] = true;
+    }
+    // Draws the item as the file does, when the annotation has anything to draw.
+    bool present(int annotation, Item& item) {
+        if (annotation < 0 || m_used[static_cast<std::size_t>(annotation)])
+            return false;
+        const auto& a = m_presentation->annotations[static_cast<std::size_t>(annotation)];
+        if (a.lines.stripCount() == 0 && a.fills.indices.empty())
+            return false;
+        m_used[static_cast<std::size_t>(annotation)] = true;
+        item.presented = true;
+        item.lines = a.lines;
+        item.fills = a.fills;
+        item.colour = a.colour;
+        item.coloured = a.coloured;
+        item.lineWidth = a.width;
+        item.hasPlane = a.hasPlane;
+        item.textPlaced = true;
+        return true;
+    }
+    // The annotations no label took, as items of their own.
+    void addUnused(ModelData& model) {
+        if (!m_presentation)
+            return;
+        for (std::size_t a = 0; a < m_used.size(); ++a) {
+            Item item;
+            const auto& annotation = m_presentation->annotations[a];
+            item.kind = annotation.kind;
+            item.name = annotation.name;
+            item.description = annotation.name;
+            if (!present(static_cast<int>(a), item))
+                continue;
+            if (item.name.empty())
+                item.name = L"Annotation " + std::to_wstring(a + 1);
+            m_items[static_cast<int>(a)] = static_cast<int>(model.pmi.size());
+            model.pmi.push_back(std::move(item));
+        }
+    }
+    void took(int annotation, int item) {
+        if (annotation >= 0)
+            m_items[annotation] = item;
+    }
+    std::map<int, int>& items() { return m_items; }
+
+private:
+    int next(const TDF_Label& label, const std::vector<Handle(Standard_Transient)>& entities,
+             std::size_t& from) const {
+        std::wstring name;
+        OcctUtils::labelName(label, name);
+        for (std::size_t e = from; e < entities.size(); ++e)
+            if (PmiPresentation::semanticName(entities[e]) == name) {
+                from = e + 1;
+                return m_presentation->of(entities[e]);
+            }
+        return -1;
+    }
+
+    const PmiPresentation* m_presentation;
+    std::vector<bool> m_used;
+    std::size_t m_dimension = 0, m_tolerance = 0;
+    std::map<int, int> m_items; // annotation to item
+};
+
 std::wstring numbered(const wchar_t* what, int n) {
     return std::wstring(what) + L" " + std::to_wstring(n);
 }
 
 // Every label of one kind, with its presentation, the geometry it refers to and its text. An
 // item with nothing to show (an empty label, an object OCCT could not fill) is left out.
+// The placed faces of the shapes an item refers to.
+void referredFaces(const TopoDS_Shape& shapes, const PmiImporter::FaceOwners* owners,
+                   const ModelData& model, std::vector<std::pair<int, int>>& faces) {
+    if (!owners || shapes.IsNull())
+        return;
+    for (TopExp_Explorer it(shapes, TopAbs_FACE); it.More(); it.Next()) {
+        const auto found = owners->find(it.Current().TShape().get());
+        if (found == owners->end())
+            continue;
+        for (const auto& owner : found->second)
+            for (std::size_t n = 0; n < model.nodes.size(); ++n)
+                if (model.nodes[n].part == owner.first) {
+                    const std::pair<int, int> face(static_cast<int>(n), owner.second);
+                    if (std::find(faces.begin(), faces.end(), face) == faces.end())
+                        faces.push_back(face);
+                }
+    }
+}
+
 void importItems(const Handle(XCAFDoc_DimTolTool) & tool, const TDF_LabelSequence& labels,
-                 const Describe& describe, ModelData& model, LabelItems& kept) {
+                 const Describe& describe, const std::function<int(const TDF_Label&)>& link,
+                 Links& links, const PmiImporter::FaceOwners* owners, ModelData& model,
+                 LabelItems& kept) {
     for (int i = 1; i <= labels.Length(); ++i) {
         const TDF_Label& label = labels.Value(i);
         try {
@@ -49,11 +164,20 @@ void importItems(const Handle(XCAFDoc_DimTolTool) & tool, const TDF_LabelSequenc
             std::wstring text;
             if (!describe(i, label, item, sources, text))
                 continue;
-            PmiGeometry::addPresentation(sources.presentation, item.lines);
+            // The XCAF reader's own presentation, where it made one, comes with the text
+            // it places; the file's drawing stands in where it made none.
+            const int annotation = link(label);
             PmiGeometry::addReferences(tool, label, sources);
-            PmiGeometry::addText(item, text, sources);
-            if (item.lines.stripCount() > 0 || !item.texts.empty()) {
+            if (!sources.presentation.IsNull())
+                links.claim(annotation);
+            if (!sources.presentation.IsNull() || !links.present(annotation, item)) {
+                PmiGeometry::addPresentation(sources.presentation, item.lines);
+                PmiGeometry::addText(item, text, sources);
+            }
+            referredFaces(sources.referenced, owners, model, item.faces);
+            if (item.lines.stripCount() > 0 || !item.texts.empty() || item.presented) {
                 kept[OcctUtils::entry(label)] = static_cast<int>(model.pmi.size());
+                links.took(annotation, static_cast<int>(model.pmi.size()));
                 model.pmi.push_back(std::move(item));
             }
         } catch (const Standard_Failure&) {
@@ -84,6 +208,7 @@ bool describeDimension(int index, const TDF_Label& label, Item& item, Sources& s
     sources.hasPlane = d->HasPlane() == Standard_True;
     sources.plane = d->GetPlane();
     text = PmiText::dimension(d, lengthUnit);
+    item.description = PmiText::dimensionWords(d, lengthUnit);
     return true;
 }
 
@@ -130,6 +255,7 @@ bool describeTolerance(int index, const TDF_Label& label, Item& item, Sources& s
     sources.hasPlane = t->HasPlane() == Standard_True;
     sources.plane = t->GetPlane();
     text = PmiText::tolerance(t, datums);
+    item.description = PmiText::toleranceWords(t, datums);
     return true;
 }
 
@@ -167,16 +293,19 @@ bool describeDatum(int index, const TDF_Label& label, Item& item, Sources& sourc
         sources.plane = d->GetPlane();
     }
     text = letter;
+    item.description = L"datum " + letter;
     return true;
 }
 
 } // namespace
 
-int PmiImporter::import(const Handle(TDocStd_Document) & document, ModelData& model) {
+int PmiImporter::import(const Handle(TDocStd_Document) & document, ModelData& model,
+                        const PmiPresentation* presentation, const FaceOwners* owners) {
     if (document.IsNull() || !XCAFDoc_DocumentTool::IsXCAFDocument(document))
         return 0;
     const std::size_t before = model.pmi.size();
     LabelItems kept;
+    Links links(presentation);
     try {
         Handle(XCAFDoc_DimTolTool) tool = XCAFDoc_DocumentTool::DimTolTool(document->Main());
         if (!tool.IsNull()) {
@@ -184,25 +313,43 @@ int PmiImporter::import(const Handle(TDocStd_Document) & document, ModelData& mo
             TDF_LabelSequence labels;
             tool->GetDimensionLabels(labels);
             const std::wstring unit = model.lengthUnit;
-            importItems(tool, labels, std::bind(describeDimension, _1, _2, _3, _4, _5, unit), model,
-                        kept);
+            importItems(
+                tool, labels, std::bind(describeDimension, _1, _2, _3, _4, _5, unit),
+                [&](const TDF_Label& l) { return links.dimension(l); }, links, owners, model, kept);
             labels.Clear();
             tool->GetGeomToleranceLabels(labels);
-            importItems(tool, labels, std::bind(describeTolerance, _1, _2, _3, _4, _5, tool), model,
-                        kept);
+            importItems(
+                tool, labels, std::bind(describeTolerance, _1, _2, _3, _4, _5, tool),
+                [&](const TDF_Label& l) { return links.tolerance(l); }, links, owners, model, kept);
             labels.Clear();
             tool->GetDatumLabels(labels);
             std::map<std::pair<std::wstring, const void*>, std::string> seen;
             importItems(
                 tool, labels,
-                std::bind(describeDatum, _1, _2, _3, _4, _5, std::ref(seen), std::ref(kept)), model,
-                kept);
+                std::bind(describeDatum, _1, _2, _3, _4, _5, std::ref(seen), std::ref(kept)),
+                [&](const TDF_Label& l) { return links.datum(datumLetter(l)); }, links, owners,
+                model, kept);
         }
+        links.addUnused(model);
         SavedViews::import(document, model, kept);
     } catch (const Standard_Failure&) {
         // What was read before the failure stays.
     } catch (const std::exception&) {
     }
+    // A view the file lists its annotations for shows those.
+    if (presentation)
+        for (auto& view : model.views) {
+            const auto listed = presentation->views.find(view.name);
+            if (listed == presentation->views.end())
+                continue;
+            view.listsPmi = true;
+            view.pmi.clear();
+            for (int a : listed->second) {
+                const auto item = links.items().find(a);
+                if (item != links.items().end())
+                    view.pmi.push_back(item->second);
+            }
+        }
     qrnsg::BBox bounds;
     try {
         const Bnd_Box box = PmiGeometry::modelBox(document, model);

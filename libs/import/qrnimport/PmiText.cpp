@@ -105,7 +105,72 @@ std::wstring toleranceSymbol(XCAFDimTolObjects_GeomToleranceType type) {
     }
 }
 
+const wchar_t* characteristic(XCAFDimTolObjects_GeomToleranceType type) {
+    switch (type) {
+    case XCAFDimTolObjects_GeomToleranceType_Angularity:
+        return L"angularity";
+    case XCAFDimTolObjects_GeomToleranceType_CircularRunout:
+        return L"circular runout";
+    case XCAFDimTolObjects_GeomToleranceType_CircularityOrRoundness:
+        return L"circularity";
+    case XCAFDimTolObjects_GeomToleranceType_Coaxiality:
+        return L"coaxiality";
+    case XCAFDimTolObjects_GeomToleranceType_Concentricity:
+        return L"concentricity";
+    case XCAFDimTolObjects_GeomToleranceType_Cylindricity:
+        return L"cylindricity";
+    case XCAFDimTolObjects_GeomToleranceType_Flatness:
+        return L"flatness";
+    case XCAFDimTolObjects_GeomToleranceType_Parallelism:
+        return L"parallelism";
+    case XCAFDimTolObjects_GeomToleranceType_Perpendicularity:
+        return L"perpendicularity";
+    case XCAFDimTolObjects_GeomToleranceType_Position:
+        return L"position";
+    case XCAFDimTolObjects_GeomToleranceType_ProfileOfLine:
+        return L"line profile";
+    case XCAFDimTolObjects_GeomToleranceType_ProfileOfSurface:
+        return L"surface profile";
+    case XCAFDimTolObjects_GeomToleranceType_Straightness:
+        return L"straightness";
+    case XCAFDimTolObjects_GeomToleranceType_Symmetry:
+        return L"symmetry";
+    case XCAFDimTolObjects_GeomToleranceType_TotalRunout:
+        return L"total runout";
+    default:
+        return L"geometric";
+    }
+}
+
 } // namespace
+
+std::wstring PmiText::dimensionWords(const Handle(XCAFDimTolObjects_DimensionObject) & d,
+                                     const std::wstring& lengthUnit) {
+    std::wstring name = givenName(d->GetSemanticName());
+    if (name.empty())
+        name = L"dimension";
+    const Handle(TColStd_HArray1OfReal) values = d->GetValues();
+    if (values.IsNull() || values->Length() == 0)
+        return name;
+    std::wstring value = dimension(d, lengthUnit);
+    const std::wstring prefix = dimensionPrefix(d->GetType());
+    if (!prefix.empty() && value.rfind(prefix, 0) == 0)
+        value.erase(0, prefix.size());
+    return name + L" " + value;
+}
+
+std::wstring PmiText::toleranceWords(const Handle(XCAFDimTolObjects_GeomToleranceObject) & t,
+                                     const std::vector<std::wstring>& datums) {
+    std::wstring text = std::wstring(characteristic(t->GetType())) + L" tolerance";
+    if (t->GetValue() > 0.0)
+        text += L" " + number(t->GetValue());
+    if (!datums.empty()) {
+        text += L" to";
+        for (const auto& d : datums)
+            text += L" " + d;
+    }
+    return text;
+}
 
 std::wstring PmiText::givenName(const Handle(TCollection_HAsciiString) & s) {
     std::wstring w = OcctUtils::toWide(s);

@@ -21,6 +21,13 @@ public:
     // the kind's name when the file gives no value.
     static std::wstring dimension(const Handle(XCAFDimTolObjects_DimensionObject) & dimension,
                                   const std::wstring& lengthUnit);
+    // The same in words, for those who pick it: "diameter 20 +0.1/-0.05 mm".
+    static std::wstring dimensionWords(const Handle(XCAFDimTolObjects_DimensionObject) & dimension,
+                                       const std::wstring& lengthUnit);
+    // "position tolerance 0.635 to A B C".
+    static std::wstring toleranceWords(const Handle(XCAFDimTolObjects_GeomToleranceObject) &
+                                           tolerance,
+                                       const std::vector<std::wstring>& datums);
     // The feature control frame, its compartments parted by '|': characteristic, zone with its
     // material condition, datums in order; empty when it says nothing.
     static std::wstring tolerance(const Handle(XCAFDimTolObjects_GeomToleranceObject) & tolerance,

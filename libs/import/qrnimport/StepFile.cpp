@@ -1,5 +1,8 @@
 #include "qrnimport/StepFile.h"
 
+#include "qrnimport/StepTessellation.h"
+
+#include <StepData_GlobalFactors.hxx>
 #include <TColStd_SequenceOfAsciiString.hxx>
 
 #include <cctype>
@@ -56,6 +59,17 @@ std::wstring StepFile::lengthUnit(STEPControl_Reader& reader) {
         if (name.Search(u.first) >= 1)
             return u.second;
     return std::wstring();
+}
+
+void StepFile::readLeftOut(STEPControl_Reader& reader, const std::string& path, bool pmi,
+                           XcafImporter::StepSource& source) {
+    const Handle(StepData_StepModel) step = reader.StepModel();
+    const double factor = StepData_GlobalFactors::Intance().LengthFactor();
+    const double scale = factor > 0.0 ? factor : 1.0;
+    StepTessellation::addParts(step, scale, source.tessellated);
+    source.pmi = pmi;
+    if (pmi)
+        source.presentation = PmiPresentation::read(step, path, scale);
 }
 
 } // namespace qrnimport

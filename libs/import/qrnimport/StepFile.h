@@ -2,6 +2,8 @@
 // Not part of the library's interface: what the import checks and reads of a STEP file
 // beside the reader.
 
+#include "qrnimport/XcafImporter.h"
+
 #include <STEPControl_Reader.hxx>
 
 #include <string>
@@ -17,6 +19,12 @@ public:
     // The short name of the length unit the file declares ("in"); empty when it names none
     // known. After the file is read.
     static std::wstring lengthUnit(STEPControl_Reader& reader);
+
+    // What the reader leaves out of the document (tessellated solids, and with pmi the PMI's
+    // graphical presentation), read from its STEP model after the transfer, while the reader
+    // still holds it.
+    static void readLeftOut(STEPControl_Reader& reader, const std::string& path, bool pmi,
+                            XcafImporter::StepSource& source);
 
     static constexpr double LARGEST = 1e12;
 };

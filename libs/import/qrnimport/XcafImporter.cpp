@@ -9,7 +9,9 @@
 #include "qrnimport/OcctUtils.h"
 #include "qrnimport/PartMesher.h"
 #include "qrnimport/PmiImporter.h"
+#include "qrnimport/PmiPresentation.h"
 #include "qrnimport/SolidCheck.h"
+#include "qrnimport/StepTessellation.h"
 #include "qrnplatform/Text.h"
 
 #include <BRepBndLib.hxx>
@@ -123,6 +125,9 @@ public:
         m_colours = XCAFDoc_DocumentTool::ColorTool(main);
         m_visMaterials = XCAFDoc_DocumentTool::VisMaterialTool(main);
     }
+
+    // The faces made of each B-rep face, for the PMI that refers to them.
+    PmiImporter::FaceOwners& faceOwners() { return m_faceOwners; }
 
     void run() {
         TDF_LabelSequence roots;
@@ -384,6 +389,7 @@ private:
             info.name.empty() ? L"Part " + std::to_wstring(m_model.parts.size() + 1) : info.name;
         std::map<int, std::size_t> meshOf; // material to mesh
         FaceIndex faceIndex;
+        const int partIndex = static_cast<int>(m_model.parts.size());
         for (const FaceInfo& face : info.faces) {
             const int material = materialIndex(face.colour.set ? face.colour : instanceColour);
             auto found = meshOf.find(material);
@@ -402,8 +408,11 @@ private:
             }
             PartEntities::Surface surface;
             if (sizes.size() == 1) {
-                if (!faceIndex.IsBound(face.face))
+                if (!faceIndex.IsBound(face.face)) {
                     faceIndex.Bind(face.face, static_cast<int>(part.entities.faces.size()));
+                    m_faceOwners[face.face.TShape().get()].emplace_back(
+                        partIndex, static_cast<int>(part.entities.faces.size()));
+                }
                 try {
                     surface = BRepEntities::surface(face.face);
                 } catch (const Standard_Failure&) {
@@ -468,6 +477,7 @@ private:
     Handle(TDocStd_Document) m_document;
     const ModelReader::Options& m_options;
     ModelData& m_model;
+    PmiImporter::FaceOwners m_faceOwners;
     qrn::IStatusManager* m_status;
     ProgressBridge::Deadline m_deadline;
     Handle(XCAFDoc_ShapeTool) m_shapes;
@@ -496,15 +506,18 @@ std::wstring unitName(double metres) {
 
 bool XcafImporter::import(const Handle(TDocStd_Document) & document,
                           const ModelReader::Options& options, ModelData& model, std::string& error,
-                          qrn::IStatusManager* status, ProgressBridge::Deadline deadline) {
+                          qrn::IStatusManager* status, ProgressBridge::Deadline deadline,
+                          const StepSource* step) {
     model = ModelData();
     if (document.IsNull() || !XCAFDoc_DocumentTool::IsXCAFDocument(document)) {
         error = "not an XCAF document";
         return false;
     }
+    PmiImporter::FaceOwners owners;
     try {
         Importer importer(document, options, model, status, deadline);
         importer.run();
+        owners = std::move(importer.faceOwners());
     } catch (const Standard_Failure& e) {
         error = std::string("the model could not be converted: ") + e.GetMessageString();
         model = ModelData();
@@ -520,11 +533,34 @@ bool XcafImporter::import(const Handle(TDocStd_Document) & document,
         if (!unit.empty())
             model.lengthUnit = unit;
     }
+    if (step && model.triangleCount() == 0 && !step->tessellated.parts.empty()) {
+        // Parts the reader did not know, with their own materials, in place of the empty
+        // shapes it made of them.
+        if (std::all_of(model.parts.begin(), model.parts.end(), [](const ModelData::Part& p) {
+                return p.meshes.empty() && p.edges.stripCount() == 0;
+            })) {
+            model.parts.clear();
+            model.nodes.clear();
+        }
+        const int materials = static_cast<int>(model.materials.size());
+        for (const auto& m : step->tessellated.materials)
+            model.materials.push_back(m);
+        for (const auto& node : step->tessellated.nodes) {
+            if (node.part < 0)
+                continue;
+            ModelData::Part part = step->tessellated.parts[static_cast<std::size_t>(node.part)];
+            for (int& m : part.meshMaterials)
+                m += materials;
+            model.addNode(node.name, -1, node.local, model.addPart(std::move(part)));
+        }
+    }
     if (options.pmi) {
         try {
             // A crash in the PMI costs the PMI, not the model.
             OCC_CATCH_SIGNALS
-            PmiImporter::import(document, model);
+            const bool presented = step && step->pmi;
+            PmiImporter::import(document, model, presented ? &step->presentation : nullptr,
+                                &owners);
         } catch (const Standard_Failure& e) {
             if (status)
                 status->setStatus(L"PMI left out: " +

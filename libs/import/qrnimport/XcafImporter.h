@@ -3,6 +3,7 @@
 #include "qrn/IStatusManager.h"
 #include "qrnimport/ModelData.h"
 #include "qrnimport/ModelReader.h"
+#include "qrnimport/PmiPresentation.h"
 #include "qrnimport/ProgressBridge.h"
 
 #include <TDocStd_Document.hxx>
@@ -18,10 +19,18 @@ namespace qrnimport {
 // formats) are used as they are. Past the deadline meshing stops and the import fails.
 class XcafImporter {
 public:
+    // What the STEP reader leaves out of the document, read from its STEP model: tessellated
+    // solids (parts placed at the root) and the graphical presentation of PMI.
+    struct StepSource {
+        ModelData tessellated;
+        PmiPresentation presentation;
+        bool pmi = false; // the presentation was read
+    };
     static bool import(const Handle(TDocStd_Document) & document,
                        const ModelReader::Options& options, ModelData& model, std::string& error,
                        qrn::IStatusManager* status = nullptr,
-                       ProgressBridge::Deadline deadline = ProgressBridge::Deadline::max());
+                       ProgressBridge::Deadline deadline = ProgressBridge::Deadline::max(),
+                       const StepSource* step = nullptr);
 };
 
 } // namespace qrnimport
