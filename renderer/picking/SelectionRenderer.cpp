@@ -7,8 +7,8 @@
 #include "qrnglutils/ClipplaneUtils.h"
 #include "qrnglutils/ScopedTransform.h"
 #include "qrnmath/MatrixUtils.h"
+#include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
-
 #include "qrnsg/SCSceneRT.h"
 #include "qrnsg/SCSceneTopo.h"
 #include "qrnsgutils/InstanceWalker.h"
@@ -30,6 +30,7 @@ struct SelectionRenderer::Components {
     std::shared_ptr<qrnsg::SCSceneRT> rt;
     std::shared_ptr<SCStripRenderer> strips;
     std::shared_ptr<qrnsg::SCScene> scene;
+    std::shared_ptr<qrnsg::SCPmi> pmi;
     bool cullClosed = false;
     bool stencil = false; // the frame buffer has eight stencil bits
 
@@ -49,7 +50,8 @@ void SelectionRenderer::render() const {
         std::dynamic_pointer_cast<qrnsg::SCSceneRT>(m_document->getSchema(qrnsg::SCHEMA_SCENE_RT)),
         std::dynamic_pointer_cast<SCStripRenderer>(
             m_document->getSchema(qrnsg::SCHEMA_STRIP_RENDERER)),
-        std::dynamic_pointer_cast<qrnsg::SCScene>(m_document->getSchema(qrnsg::SCHEMA_SCENE))};
+        std::dynamic_pointer_cast<qrnsg::SCScene>(m_document->getSchema(qrnsg::SCHEMA_SCENE)),
+        std::dynamic_pointer_cast<qrnsg::SCPmi>(m_document->getSchema(qrnsg::SCHEMA_PMI))};
     if (!c.topology || !c.rt || !c.strips)
         return;
     c.cullClosed = !glIsEnabled(GL_CULL_FACE) && !qrnglutils::ClipplaneUtils::anyClipPlaneOn();
@@ -155,11 +157,37 @@ bool SelectionRenderer::tintMarked(const Components& c, const std::vector<int>& 
     return true;
 }
 
+void SelectionRenderer::drawPmi(const Components& c, int primitiveId, const float colour[3]) const {
+    // A PMI item whole, wherever it was picked, and the faces it is about.
+    const int item = c.pmi ? c.pmi->itemOf(primitiveId) : -1;
+    if (item < 0)
+        return;
+    const auto& it = c.pmi->items[static_cast<std::size_t>(item)];
+    InstanceWalker::Instance instance;
+    glColor4f(colour[0], colour[1], colour[2], 1.0f);
+    for (int id : it.polylineIds)
+        if (InstanceWalker::visible(c.rt->polylines, id, c.strips->polylines.size(), instance)) {
+            qrnglutils::ScopedTransform place(instance);
+            c.strips->polylines[static_cast<std::size_t>(instance.drawable)]->render();
+        }
+    for (int id : it.meshIds)
+        if (InstanceWalker::visible(c.rt->meshes, id, c.strips->meshes.size(), instance)) {
+            qrnglutils::ScopedTransform place(instance);
+            c.strips->meshes[static_cast<std::size_t>(instance.drawable)]->render();
+        }
+    for (unsigned int face : it.faces)
+        draw(c, face, colour);
+}
+
 void SelectionRenderer::draw(const Components& c, unsigned int name, const float colour[3]) const {
     const auto& topology = c.topology;
     const auto& rt = c.rt;
     const auto& strips = c.strips;
     const EntityNames::Entity entity = topology->resolve(name);
+    if (entity.kind == EntityNames::EDGE_LIKE) {
+        drawPmi(c, entity.index, colour);
+        return;
+    }
     const auto* part = topology->partOf(entity.node);
     if (!part)
         return;

@@ -25,6 +25,7 @@ public:
 private:
     struct Components;
     void draw(const Components& c, unsigned int name, const float colour[3]) const;
+    void drawPmi(const Components& c, int primitiveId, const float colour[3]) const;
     bool tintMarked(const Components& c, const std::vector<int>& meshIds) const;
     void screenBox(const Components& c, const std::vector<int>& meshIds, const int viewport[4],
                    int rect[4]) const;

@@ -13,7 +13,7 @@ unsigned short SelectionSet::mask() const {
     case VERTEX:
         return 4;
     case ANY:
-        return 7;
+        return 7 | 8 | 16; // PMI lines too
     default:
         return 1; // a part is taken by its faces
     }

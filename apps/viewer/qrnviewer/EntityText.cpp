@@ -3,6 +3,7 @@
 #include "qrnmath/MatrixUtils.h"
 #include "qrnplatform/Text.h"
 #include "qrnsg/SCInfo.h"
+#include "qrnsg/SCPmi.h"
 #include "qrnsg/SCSceneRT.h"
 #include "qrnsg/SCSceneTopo.h"
 #include "qrnsgutils/InfoUtils.h"
@@ -72,6 +73,23 @@ std::string curve(const PartEntities::Curve& c, const Unit& unit) {
     }
 }
 
+// A PMI item by its kind and number among those of its kind, and what it says:
+// "dimension 12: diameter 20 +0.1/-0.05 mm".
+std::string pmiItem(const std::shared_ptr<qrn::IDocument>& document, int primitiveId) {
+    auto pmi = std::dynamic_pointer_cast<qrnsg::SCPmi>(document->getSchema(qrnsg::SCHEMA_PMI));
+    const int item = pmi ? pmi->itemOf(primitiveId) : -1;
+    if (item < 0)
+        return "PMI line " + std::to_string(primitiveId);
+    static const char* const kinds[] = {"dimension", "tolerance", "datum", "note", "annotation"};
+    const auto& it = pmi->items[static_cast<std::size_t>(item)];
+    int number = 0;
+    for (int i = 0; i <= item; ++i)
+        number += pmi->items[static_cast<std::size_t>(i)].kind == it.kind ? 1 : 0;
+    const std::wstring& says = it.description.empty() ? it.name : it.description;
+    return std::string(kinds[it.kind]) + " " + std::to_string(number) +
+           (says.empty() ? std::string() : ": " + qrnplatform::Text::toUtf8(says));
+}
+
 } // namespace
 
 std::string EntityText::describe(const std::shared_ptr<qrn::IDocument>& document,
@@ -83,7 +101,7 @@ std::string EntityText::describe(const std::shared_ptr<qrn::IDocument>& document
         return "nothing";
     const EntityNames::Entity e = topology->resolve(name);
     if (e.kind == EntityNames::EDGE_LIKE)
-        return "PMI line " + std::to_string(e.index);
+        return pmiItem(document, e.index);
     const auto* part = topology->partOf(e.node);
     if (!part)
         return "nothing";

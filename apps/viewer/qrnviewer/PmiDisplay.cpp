@@ -86,6 +86,8 @@ void PmiDisplay::apply() const {
             setVisible(rt->polylines, id, visible);
         for (int id : pmi->items[i].textIds)
             setVisible(rt->texts, id, visible);
+        for (int id : pmi->items[i].meshIds)
+            setVisible(rt->meshes, id, visible);
     }
 }
 

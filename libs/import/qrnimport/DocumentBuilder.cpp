@@ -24,6 +24,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
+#include <map>
 #include <new>
 #include <thread>
 #include <utility>
@@ -69,6 +71,51 @@ void optimizeMeshes(qrnsg::SCScene& scene, const std::vector<qrnsg::SCSceneTopo:
         t.join();
 }
 
+// The line materials of presented PMI, one per colour and width the file gives, and the
+// unlit fill material of each.
+class Styles {
+public:
+    int of(const ModelData::PmiItem& item, qrnsg::SCScene& scene, qrnsg::SCSceneRT&) {
+        qrnsg::PLMaterial m;
+        m.color = defaultColour();
+        // Authors draw on dark backgrounds; white or near-white is drawn in the PMI's own
+        // colour on the viewer's light one.
+        const auto& c = item.colour;
+        if (item.coloured && 0.2126f * c[0] + 0.7152f * c[1] + 0.0722f * c[2] < 0.8f)
+            m.color = qrnmath::Vec4(c[0], c[1], c[2], 1.0f);
+        // Widths are lengths on the drawing: a millimetre is about 3.8 pixels at 96 dpi.
+        m.width = item.lineWidth > 0.0f ? std::max(1.0f, std::round(item.lineWidth * 3.78f)) : 1.0f;
+        for (const auto& known : m_lines)
+            if (known.first == std::make_pair(m.color, m.width))
+                return known.second;
+        const int index = static_cast<int>(scene.plMaterials.size());
+        scene.plMaterials.push_back(m);
+        m_lines.emplace_back(std::make_pair(m.color, m.width), index);
+        return index;
+    }
+    int fill(int line, qrnsg::SCScene& scene, qrnsg::SCSceneRT& rt) {
+        const auto known = m_fills.find(line);
+        if (known != m_fills.end())
+            return known->second;
+        const qrnmath::Vec4 c =
+            line >= 0 ? scene.plMaterials[static_cast<std::size_t>(line)].color : defaultColour();
+        qrnsg::MMaterial m;
+        m.ambient = m.diffuse = m.specular = qrnmath::Vec4(0.0f, 0.0f, 0.0f, 1.0f);
+        m.emission = qrnmath::Vec4(c[0], c[1], c[2], 1.0f);
+        const int index = static_cast<int>(scene.materials.size());
+        scene.materials.push_back(m);
+        rt.addMeshMaterial(index, false);
+        m_fills[line] = index;
+        return index;
+    }
+
+    static qrnmath::Vec4 defaultColour() { return qrnmath::Vec4(0.05f, 0.15f, 0.6f, 1.0f); }
+
+private:
+    std::vector<std::pair<std::pair<qrnmath::Vec4, float>, int>> m_lines;
+    std::map<int, int> m_fills;
+};
+
 // PMI and saved views. Each PMI item's lines and leaders are one polyline primitive in model
 // coordinates, its texts text primitives in their annotation planes (facing the viewer when
 // they have none); the PMI component lists them by item.
@@ -80,10 +127,11 @@ void addPmi(const ModelData& model, qrn::Document& document, int& nextId) {
     if (!scene || !rt || !pmi || !views)
         return;
 
+    Styles styles;
     int material = -1;
     if (!model.pmi.empty()) {
         qrnsg::PLMaterial lines;
-        lines.color = qrnmath::Vec4(0.05f, 0.15f, 0.6f, 1.0f); // dark blue, apart from the edges
+        lines.color = Styles::defaultColour(); // dark blue, apart from the edges
         material = static_cast<int>(scene->plMaterials.size());
         scene->plMaterials.push_back(lines);
     }
@@ -107,13 +155,28 @@ void addPmi(const ModelData& model, qrn::Document& document, int& nextId) {
             entry.kind = qrnsg::SCPmi::OTHER;
             break;
         }
+        entry.description = item.description;
+        if (auto topology = document.get<qrnsg::SCSceneTopo>(qrnsg::SCHEMA_SCENE_TOPO))
+            for (const auto& face : item.faces)
+                if (const unsigned int name =
+                        topology->name(face.first, qrnsg::EntityNames::FACE, face.second))
+                    entry.faces.push_back(name);
         qrnsg::Polyline lines = item.lines;
         lines.append(item.leaders);
+        const int style = item.presented ? styles.of(item, *scene, *rt) : material;
         if (lines.stripCount() > 0) {
             int id = nextId++;
-            rt->polylines.add(id, static_cast<int>(scene->polylines.size()), material);
+            rt->polylines.add(id, static_cast<int>(scene->polylines.size()), style);
             scene->polylines.push_back(std::move(lines));
             entry.polylineIds.push_back(id);
+        }
+        // Filled texts and arrowheads, in the lines' colour whatever the light.
+        if (!item.fills.indices.empty()) {
+            int id = nextId++;
+            rt->meshes.add(id, static_cast<int>(scene->meshes.size()),
+                           styles.fill(style, *scene, *rt));
+            scene->meshes.push_back(item.fills);
+            entry.meshIds.push_back(id);
         }
         for (const auto& text : item.texts) {
             int id = nextId++;

@@ -23,7 +23,8 @@ void MeshPairPicker::draw(const PickVisitor& visitor, const qrngl::NamesInitiali
                             owner->slot, &faces)
                       : visitor.faceRanges(-1, 0, &faces);
             if (ranges.empty()) {
-                names.load(0);
+                // A mesh of no part (a PMI item's filled texts) picks as the item's lines do.
+                names.load(owner ? 0u : EntityNames::edgeLike(instance.id));
                 entry.render();
                 return;
             }

@@ -10,8 +10,9 @@
 
 namespace qrnsg {
 
-// Product manufacturing information: each item is a presentation made of scene polylines and
-// texts (by primitive id), with its name and kind as the file gave them.
+// Product manufacturing information: each item is a presentation made of scene polylines,
+// texts and filled meshes (by primitive id), with its name and kind as the file gave them and
+// what it says in words.
 class QRNSG_EXPORT SCPmi : public Schema {
 public:
     enum Kind { DIMENSION, TOLERANCE, DATUM, NOTE, OTHER };
@@ -20,7 +21,12 @@ public:
         Kind kind = OTHER;
         std::vector<int> polylineIds;
         std::vector<int> textIds;
+        std::vector<int> meshIds;
+        std::wstring description;
+        std::vector<unsigned int> faces; // the entity names of the faces it refers to
     };
+    // The item a primitive belongs to; -1 for none.
+    int itemOf(int primitiveId) const;
 
     SCPmi();
     std::shared_ptr<Schema> clone() const override;
