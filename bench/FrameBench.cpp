@@ -219,19 +219,21 @@ void addWindowCase(const std::string& name, qrnimport::ModelData model) {
     g_windows.push_back(std::move(c));
 }
 
-void addImport(const std::string& name, const std::string& path) {
-    benchmark::RegisterBenchmark(("import/" + name).c_str(),
-                                 [path](benchmark::State& state) {
-                                     for (auto _ : state) {
-                                         qrnimport::ModelData model;
-                                         std::string error;
-                                         if (!qrnimport::ModelReader::read(path, model, error)) {
-                                             state.SkipWithError(error.c_str());
-                                             break;
-                                         }
-                                         benchmark::DoNotOptimize(model);
-                                     }
-                                 })
+void addImport(const std::string& name, const std::string& path,
+               const qrnimport::ModelReader::Options& options = {}) {
+    benchmark::RegisterBenchmark(
+        ("import/" + name).c_str(),
+        [path, options](benchmark::State& state) {
+            for (auto _ : state) {
+                qrnimport::ModelData model;
+                std::string error;
+                if (!qrnimport::ModelReader::read(path, options, model, error)) {
+                    state.SkipWithError(error.c_str());
+                    break;
+                }
+                benchmark::DoNotOptimize(model);
+            }
+        })
         ->Unit(benchmark::kMillisecond)
         ->Iterations(1)
         ->UseRealTime();
@@ -265,6 +267,17 @@ int main(int argc, char** argv) {
             qrnbench::BenchModels::sharedModel("nist_ctc_01_asme1_ap242-e1.stp");
         if (!nist.empty())
             addPmiCase("nist_ctc_01", qrnbench::BenchModels::read(nist));
+        // The PMI as the file draws it, and the import with and without that drawing.
+        qrnimport::ModelReader::Options laidOut;
+        laidOut.presentation = false;
+        for (const char* file : {"nist_ctc_01_asme1_ap242-e1.stp", "nist_ftc_08_asme1_ap242-2.stp"})
+            if (const std::string path = qrnbench::BenchModels::sharedModel(file); !path.empty()) {
+                const std::string name = std::string(file).substr(0, 11);
+                if (name == "nist_ftc_08")
+                    addPmiCase(name, qrnbench::BenchModels::read(path));
+                addImport(name + "-presented", path);
+                addImport(name + "-laid-out", path, laidOut);
+            }
     }
     for (const char* file : {"pm2_tess_fine.glb", "as1-oc-214-mat.stp", "trj4_pm2-ec-214.stp"}) {
         std::string path = qrnbench::BenchModels::sharedModel(file);
@@ -298,14 +311,29 @@ int main(int argc, char** argv) {
     for (const auto& c : g_pmi) {
         const double shown = reporter.time("pmi-shown/" + c->name);
         const double hidden = reporter.time("pmi-hidden/" + c->name);
-        std::size_t texts = 0;
-        for (const auto& item : c->model.pmi)
+        std::size_t texts = 0, presented = 0;
+        for (const auto& item : c->model.pmi) {
             texts += item.texts.size();
+            presented += item.presented ? 1 : 0;
+        }
         if (shown > 0 && hidden > 0)
-            std::printf("  %-22s %5zu PMI texts %9zu triangles  shown %8.2f ms  hidden %8.2f ms  "
-                        "ratio %.2f\n",
-                        c->name.c_str(), texts, c->model.triangleCount(), shown, hidden,
+            std::printf("  %-22s %5zu PMI texts %4zu drawn as the file does %9zu triangles  "
+                        "shown %8.2f ms  hidden %8.2f ms  ratio %.2f\n",
+                        c->name.c_str(), texts, presented, c->model.triangleCount(), shown, hidden,
                         shown / hidden);
+    }
+    bool importHeader = false;
+    for (const char* name : {"nist_ctc_01", "nist_ftc_08"}) {
+        const double drawn = reporter.time(std::string("import/") + name + "-presented");
+        const double laid = reporter.time(std::string("import/") + name + "-laid-out");
+        if (drawn <= 0 || laid <= 0)
+            continue;
+        if (!importHeader)
+            std::printf("\nimport with the PMI as the file draws it and laid out from what it "
+                        "says:\n");
+        importHeader = true;
+        std::printf("  %-22s drawn %8.2f ms  laid out %8.2f ms  ratio %.2f\n", name, drawn, laid,
+                    drawn / laid);
     }
     if (windows)
         std::printf("\nframes while a drag turns the model, drawn as the window draws them (4 "

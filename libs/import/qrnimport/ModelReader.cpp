@@ -347,7 +347,7 @@ bool readStep(const std::string& path, DocumentGuard& document, const ModelReade
             OCC_CATCH_SIGNALS
             if ((!options.pmiTransferHook || options.pmiTransferHook()) &&
                 transferXcaf(reader, "STEP", path, document.doc, status, deadline, error)) {
-                StepFile::readLeftOut(reader.ChangeReader(), path, true, source);
+                StepFile::readLeftOut(reader.ChangeReader(), path, options.presentation, source);
                 return true;
             }
             // Stopped at the time limit: no second read.

@@ -21,6 +21,9 @@ public:
         double angularDeflection = 0.5;
         bool edges = true; // B-rep edges as polylines
         bool pmi = true;   // PMI presentations and saved views
+        // The file's own drawing of its PMI (AP242 graphical presentation) where it has one;
+        // false lays every item out from what it says.
+        bool presentation = true;
         // Threads that mesh independent parts at once; 0: one per core. With 1, parts are
         // meshed one after another, each on one thread.
         unsigned int meshThreads = 0;

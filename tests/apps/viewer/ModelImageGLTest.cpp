@@ -5,12 +5,15 @@
 
 #include "qrngl/CameraHelper.h"
 #include "qrngl/SCRenderer.h"
+#include "qrngl/picking/SelectManipulator.h"
+#include "qrngl/picking/SelectionRenderer.h"
 #include "qrngl/states/ExplodeStateIterator.h"
 #include "qrnglutils/ViewActivator.h"
 #include "qrnimport/DemoAssembly.h"
 #include "qrnimport/DocumentBuilder.h"
 #include "qrnimport/ModelReader.h"
 #include "qrnimport/StandardView.h"
+#include "qrnmath/MatrixUtils.h"
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCScene.h"
 #include "qrnsg/SCSceneRT.h"
@@ -19,11 +22,16 @@
 #include "qrnsgutils/ExplosionGraph.h"
 #include "qrnsgutils/InstanceWalker.h"
 #include "qrnsgutils/Placements.h"
+#include "qrnviewer/EntityText.h"
 #include "qrnviewer/Explosion.h"
 #include "qrnviewer/PmiDisplay.h"
+#include "qrnviewer/RendererPlugins.h"
 #include "qrnviewer/Sectioning.h"
 #include "qrnviewer/Snapshot.h"
 
+#include <gmock/gmock.h>
+
+#include <algorithm>
 #include <cstring>
 #include <functional>
 
@@ -168,6 +176,129 @@ TEST(PmiImageGLTest, TheNistPartsInTheirFirstSavedView) {
         EXPECT_GT(pixels(image, pmiBlue).count, 2000u);
         qrntest::expectMatchesBaseline(image, f.name, 8, 800 * 600 / 200);
     }
+}
+
+// Where a model point lands in a window of the camera's size, origin top left.
+std::pair<int, int> onScreen(const qrngl::Camera& camera, const Vec3& p,
+                             const qrnmath::Mat4* place = nullptr) {
+    qrnmath::Mat4 m =
+        qrnmath::MatrixUtils::multiply(camera.getProjectionMatrix(), camera.getViewMatrix());
+    if (place)
+        m = qrnmath::MatrixUtils::multiply(m, *place);
+    const qrnmath::Vec4 c = qrnmath::MatrixUtils::transform(m, qrnmath::Vec4(p[0], p[1], p[2], 1));
+    return {static_cast<int>((c[0] / c[3] + 1.0f) * 0.5f * camera.viewportWidth()),
+            static_cast<int>((1.0f - c[1] / c[3]) * 0.5f * camera.viewportHeight())};
+}
+
+// A click on a callout's line names the dimension it presents, and its highlight covers the
+// faces that dimension is about.
+TEST(PmiImageGLTest, APickedCalloutNamesItsItemAndTintsItsFaces) {
+    const fs::path file = fs::path(QRN_SHARED_MODELS) / "nist_ctc_01_asme1_ap242-e1.stp";
+    if (!fs::exists(file))
+        GTEST_SKIP() << "*** SHARED MODELS MISSING: " << file.string() << " not found ***";
+    ModelData model;
+    std::string error;
+    ASSERT_TRUE(qrnimport::ModelReader::read(file.string(), model, error)) << error;
+    auto doc = qrnimport::DocumentBuilder::build(model);
+    auto renderer = doc->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
+    auto views = doc->get<qrnsg::SCView>(qrnsg::SCHEMA_VIEW);
+    auto pmi = doc->get<qrnsg::SCPmi>(qrnsg::SCHEMA_PMI);
+    auto scene = doc->get<qrnsg::SCScene>(qrnsg::SCHEMA_SCENE);
+    auto rt = doc->get<qrnsg::SCSceneRT>(qrnsg::SCHEMA_SCENE_RT);
+    auto topology = doc->get<qrnsg::SCSceneTopo>(qrnsg::SCHEMA_SCENE_TOPO);
+    const unsigned int width = 800, height = 600;
+    qrngl::CameraHelper::setViewport(width, height, renderer->camera);
+    ASSERT_TRUE(qrnglutils::ViewActivator::apply(*views, views->find(L"MBD_0"), renderer->camera));
+    const auto item = std::find_if(pmi->items.begin(), pmi->items.end(), [](const auto& i) {
+        return i.description.rfind(L"diameter 35 0/-0.2", 0) == 0;
+    });
+    ASSERT_NE(item, pmi->items.end());
+    ASSERT_FALSE(item->faces.empty());
+    using Instance = qrnsgutils::InstanceWalker::Instance;
+    Instance line;
+    ASSERT_TRUE(qrnsgutils::InstanceWalker::visible(rt->polylines, item->polylineIds.at(0),
+                                                    scene->polylines.size(), line));
+    const auto& points = scene->polylines[static_cast<std::size_t>(line.drawable)].points;
+    const auto click = onScreen(*renderer->camera, (points[0] + points[1]) * 0.5f, line.transform);
+
+    auto selection = std::make_shared<qrngl::SelectionSet>();
+    selection->setMode(qrngl::SelectionSet::ANY);
+    std::string said, hiddenSaid;
+    unsigned int picked = 0;
+    qrnviewer::Snapshot::Settings settings;
+    settings.width = width;
+    settings.height = height;
+    settings.beforeFrame = [&](const std::shared_ptr<qrngl::IRenderContext>& context,
+                               qrngl::ICanvasFactory& factory) {
+        auto canvas = factory.createPickCanvas(context, doc);
+        ASSERT_TRUE(canvas && canvas->OnCreate());
+        canvas->OnSize(0, 0, width, height);
+        renderer->pickCanvas = canvas;
+        // Hidden PMI is not there to be picked.
+        qrnviewer::PmiDisplay display(doc);
+        display.setShown(false);
+        hiddenSaid = qrnviewer::EntityText::describe(
+            doc,
+            qrngl::SelectManipulator(doc, selection, nullptr).pickAt(click.first, click.second));
+        display.setShown(true);
+        const unsigned int name =
+            qrngl::SelectManipulator(doc, selection, nullptr).pickAt(click.first, click.second);
+        said = qrnviewer::EntityText::describe(doc, name);
+        selection->add({name});
+        picked = name;
+        context->activate();
+        canvas->OnDestroy();
+        renderer->pickCanvas.reset();
+    };
+    renderer->addPostRenderer(std::make_shared<qrngl::SelectionRenderer>(doc, selection));
+    const std::string path = (fs::current_path() / "pmi_nist_ctc_01_picked.png").string();
+    ASSERT_TRUE(qrnviewer::Snapshot::write(doc, settings, qrnviewer::RendererPlugins::shared(),
+                                           path, error))
+        << error;
+    EXPECT_THAT(said, ::testing::MatchesRegex("dimension [0-9]+: diameter 35 0/-0.2 mm"));
+    EXPECT_EQ(hiddenSaid.find("dimension"), std::string::npos) << hiddenSaid;
+    // The same highlight without the faces: what they add lies over their own box.
+    const auto index = static_cast<std::size_t>(item - pmi->items.begin());
+    ModelData bare = model;
+    bare.pmi[index].faces.clear();
+    auto plain = qrnimport::DocumentBuilder::build(bare);
+    auto plainRenderer = plain->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
+    qrngl::CameraHelper::setViewport(width, height, plainRenderer->camera);
+    ASSERT_TRUE(qrnglutils::ViewActivator::apply(*plain->get<qrnsg::SCView>(qrnsg::SCHEMA_VIEW),
+                                                 views->find(L"MBD_0"), plainRenderer->camera));
+    auto same = std::make_shared<qrngl::SelectionSet>();
+    same->add({picked});
+    plainRenderer->addPostRenderer(std::make_shared<qrngl::SelectionRenderer>(plain, same));
+    const std::string lines = (fs::current_path() / "pmi_nist_ctc_01_picked_lines.png").string();
+    ASSERT_TRUE(qrnviewer::Snapshot::write(plain, width, height, lines, error)) << error;
+    int x0 = width, y0 = height, x1 = -1, y1 = -1;
+    for (const auto& face : model.pmi[index].faces) {
+        const auto& node = topology->nodes[static_cast<std::size_t>(face.first)];
+        const auto& f =
+            topology->partOf(face.first)->entities.faces[static_cast<std::size_t>(face.second)];
+        Instance mesh;
+        ASSERT_TRUE(qrnsgutils::InstanceWalker::visible(
+            rt->meshes, node.meshIds.at(static_cast<std::size_t>(f.mesh)), scene->meshes.size(),
+            mesh));
+        const auto& m = scene->meshes[static_cast<std::size_t>(mesh.drawable)];
+        for (unsigned int c = 3 * f.firstTriangle; c < 3 * (f.firstTriangle + f.triangleCount);
+             ++c) {
+            const auto at = onScreen(*renderer->camera, m.vertices[m.indices[c]], mesh.transform);
+            x0 = std::min(x0, at.first), y0 = std::min(y0, at.second);
+            x1 = std::max(x1, at.first), y1 = std::max(y1, at.second);
+        }
+    }
+    const qrnimage::Image with = loadPng(path), without = loadPng(lines);
+    std::size_t added = 0, outside = 0;
+    for (unsigned int y = 0; y < height; ++y)
+        for (unsigned int x = 0; x < width; ++x)
+            if (selectionTint(with.pixel(x, y)) && !selectionTint(without.pixel(x, y))) {
+                ++added;
+                const int ix = static_cast<int>(x), iy = static_cast<int>(y);
+                outside += ix < x0 - 2 || ix > x1 + 2 || iy < y0 - 2 || iy > y1 + 2 ? 1 : 0;
+            }
+    EXPECT_GT(added, 100u) << "the holes it dimensions, tinted";
+    EXPECT_EQ(outside, 0u);
 }
 
 TEST(ExplodeImageGLTest, TheDemoExplodesLevelByLevelAndComesBack) {
