@@ -340,14 +340,15 @@ bool readStep(const std::string& path, DocumentGuard& document, const ModelReade
         if (!options.pmi) {
             if (!transferXcaf(reader, "STEP", path, document.doc, status, deadline, error))
                 return false;
-            StepFile::readLeftOut(reader.ChangeReader(), path, false, source);
+            StepFile::readLeftOut(reader.ChangeReader(), path, false, false, source);
             return true;
         }
         try {
             OCC_CATCH_SIGNALS
             if ((!options.pmiTransferHook || options.pmiTransferHook()) &&
                 transferXcaf(reader, "STEP", path, document.doc, status, deadline, error)) {
-                StepFile::readLeftOut(reader.ChangeReader(), path, options.presentation, source);
+                StepFile::readLeftOut(reader.ChangeReader(), path, true, options.presentation,
+                                      source);
                 return true;
             }
             // Stopped at the time limit: no second read.
@@ -377,8 +378,8 @@ bool readStep(const std::string& path, DocumentGuard& document, const ModelReade
         error = "cannot read " + path + ": the reader failed (" + describe(e) + ")";
         return false;
     }
-    StepFile::readLeftOut(reader.ChangeReader(), path, false,
-                          source); // the presentation is left out as well
+    // PMI the reader failed on is left out in the file's drawing as well.
+    StepFile::readLeftOut(reader.ChangeReader(), path, false, false, source);
     // Said only now: a reader that fails without PMI as well failed on something else.
     if (status)
         status->setStatus(qrnplatform::Text::fromUtf8(

@@ -3,6 +3,7 @@
 #include "qrnimport/OcctUtils.h"
 
 #include <BRepAdaptor_Curve.hxx>
+#include <BRepAdaptor_Surface.hxx>
 #include <BRepBndLib.hxx>
 #include <BRepBuilderAPI_MakeVertex.hxx>
 #include <BRepExtrema_DistShapeShape.hxx>
@@ -151,10 +152,34 @@ void PmiGeometry::addReferences(const Handle(XCAFDoc_DimTolTool) & tool, const T
             if (shape.IsNull())
                 continue;
             BRepBndLib::Add(shape, sources.references);
-            if (sources.referenced.IsNull())
-                builder.MakeCompound(sources.referenced);
-            builder.Add(sources.referenced, shape);
+            for (TopoDS_Compound* c :
+                 {&sources.referenced, list == &first ? &sources.first : &sources.second}) {
+                if (c->IsNull())
+                    builder.MakeCompound(*c);
+                builder.Add(*c, shape);
+            }
         }
+}
+
+bool PmiGeometry::measure(const Sources& sources, bool radius, double& value, bool& round) {
+    round = false;
+    if (sources.referenced.IsNull())
+        return false;
+    for (TopExp_Explorer it(sources.referenced, TopAbs_FACE); it.More(); it.Next()) {
+        BRepAdaptor_Surface surface(TopoDS::Face(it.Current()));
+        if (surface.GetType() == GeomAbs_Cylinder) {
+            value = surface.Cylinder().Radius() * (radius ? 1.0 : 2.0);
+            round = true;
+            return true;
+        }
+    }
+    if (sources.first.IsNull() || sources.second.IsNull())
+        return false;
+    BRepExtrema_DistShapeShape distance(sources.first, sources.second);
+    if (!distance.IsDone() || distance.NbSolution() == 0)
+        return false;
+    value = distance.Value();
+    return true;
 }
 
 void PmiGeometry::addText(ModelData::PmiItem& item, const std::wstring& text,

@@ -29,7 +29,8 @@ public:
         TopoDS_Shape presentation;
         std::vector<gp_Pnt> connections;
         Bnd_Box references;
-        TopoDS_Compound referenced; // the geometry it is on
+        TopoDS_Compound referenced;    // the geometry it is on
+        TopoDS_Compound first, second; // the same, parted as the label gives it (a distance's ends)
         bool hasPlane = false;
         gp_Ax2 plane;
     };
@@ -44,6 +45,10 @@ public:
     // empty text.
     static void addText(ModelData::PmiItem& item, const std::wstring& text, const Sources& sources);
     static bool centre(const Bnd_Box& box, gp_Pnt& centre);
+    // What the geometry an item refers to measures, for a dimension the file gives no value:
+    // a cylinder's diameter (or radius), else the distance between its two ends; false when
+    // it measures nothing.
+    static bool measure(const Sources& sources, bool radius, double& value, bool& round);
     // The box the saved views look at: the model's geometry when it has been read, else the
     // document's shapes.
     static Bnd_Box modelBox(const Handle(TDocStd_Document) & document, const ModelData& model);

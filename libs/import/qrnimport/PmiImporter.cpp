@@ -8,6 +8,7 @@
 #include "qrnimport/SavedViews.h"
 
 #include <Standard_Failure.hxx>
+#include <TColStd_HArray1OfReal.hxx>
 #include <TDF_LabelSequence.hxx>
 #include <XCAFDimTolObjects_DatumObject.hxx>
 #include <XCAFDoc_Datum.hxx>
@@ -61,6 +62,16 @@ public:
                 return static_cast<int>(a);
         return -1;
     }
+    // The zone the file gives the tolerance linked last.
+    bool magnitude(double& zone) const {
+        if (!m_presentation || m_last.IsNull())
+            return false;
+        const auto found = m_presentation->magnitudes.find(m_last.get());
+        if (found == m_presentation->magnitudes.end())
+            return false;
+        zone = found->second;
+        return true;
+    }
     // The annotation is the item's, drawn otherwise.
     void claim(int annotation) {
         if (annotation >= 0)
@@ -68,7 +79,8 @@ public:
     }
     // Draws the item as the file does, when the annotation has anything to draw.
     bool present(int annotation, Item& item) {
-        if (annotation < 0 || m_used[static_cast<std::size_t>(annotation)])
+        if (annotation < 0 || m_used[static_cast<std::size_t>(annotation)] ||
+            !m_presentation->drawn)
             return false;
         const auto& a = m_presentation->annotations[static_cast<std::size_t>(annotation)];
         if (a.lines.stripCount() == 0 && a.fills.indices.empty())
@@ -113,15 +125,18 @@ private:
              std::size_t& from) const {
         std::wstring name;
         OcctUtils::labelName(label, name);
+        m_last.Nullify();
         for (std::size_t e = from; e < entities.size(); ++e)
             if (PmiPresentation::semanticName(entities[e]) == name) {
                 from = e + 1;
+                m_last = entities[e];
                 return m_presentation->of(entities[e]);
             }
         return -1;
     }
 
     const PmiPresentation* m_presentation;
+    mutable Handle(Standard_Transient) m_last; // the file's item of the label linked last
     std::vector<bool> m_used;
     std::size_t m_dimension = 0, m_tolerance = 0;
     std::map<int, int> m_items; // annotation to item
@@ -162,12 +177,14 @@ void importItems(const Handle(XCAFDoc_DimTolTool) & tool, const TDF_LabelSequenc
             Item item;
             Sources sources;
             std::wstring text;
+            // Linked first: the file's item may say what the reader left out; and the
+            // geometry it is on, which a dimension without a value measures.
+            const int annotation = link(label);
+            PmiGeometry::addReferences(tool, label, sources);
             if (!describe(i, label, item, sources, text))
                 continue;
             // The XCAF reader's own presentation, where it made one, comes with the text
             // it places; the file's drawing stands in where it made none.
-            const int annotation = link(label);
-            PmiGeometry::addReferences(tool, label, sources);
             if (!sources.presentation.IsNull())
                 links.claim(annotation);
             if (!sources.presentation.IsNull() || !links.present(annotation, item)) {
@@ -207,8 +224,24 @@ bool describeDimension(int index, const TDF_Label& label, Item& item, Sources& s
         sources.connections.push_back(d->GetPoint2());
     sources.hasPlane = d->HasPlane() == Standard_True;
     sources.plane = d->GetPlane();
-    text = PmiText::dimension(d, lengthUnit);
-    item.description = PmiText::dimensionWords(d, lengthUnit);
+    // A dimension the file gives no value says what its geometry measures, and that it was
+    // measured, rather than only what kind it is.
+    const Handle(TColStd_HArray1OfReal) values = d->GetValues();
+    std::wstring measured;
+    double value = 0.0;
+    bool round = false;
+    const std::wstring kind = PmiText::givenName(d->GetSemanticName());
+    const bool radius = kind.find(L"radius") != std::wstring::npos;
+    if ((values.IsNull() || values->Length() == 0) &&
+        PmiGeometry::measure(sources, radius, value, round)) {
+        d->SetValue(value);
+        if (round && d->GetType() == XCAFDimTolObjects_DimensionType_Location_None)
+            d->SetType(radius ? XCAFDimTolObjects_DimensionType_Size_Radius
+                              : XCAFDimTolObjects_DimensionType_Size_Diameter);
+        measured = L" (measured)";
+    }
+    text = PmiText::dimension(d, lengthUnit) + measured;
+    item.description = PmiText::dimensionWords(d, lengthUnit) + measured;
     return true;
 }
 
@@ -226,13 +259,17 @@ std::wstring datumLetter(const TDF_Label& label) {
 }
 
 bool describeTolerance(int index, const TDF_Label& label, Item& item, Sources& sources,
-                       std::wstring& text, const Handle(XCAFDoc_DimTolTool) & tool) {
+                       std::wstring& text, const Handle(XCAFDoc_DimTolTool) & tool,
+                       const Links& links) {
     Handle(XCAFDoc_GeomTolerance) attribute;
     if (!label.FindAttribute(XCAFDoc_GeomTolerance::GetID(), attribute))
         return false;
     Handle(XCAFDimTolObjects_GeomToleranceObject) t = attribute->GetObject();
     if (t.IsNull())
         return false;
+    double zone = 0.0;
+    if (t->GetValue() <= 0.0 && links.magnitude(zone))
+        t->SetValue(zone);
     item.kind = Item::TOLERANCE;
     item.name = OcctUtils::toWide(t->GetPresentationName());
     if (item.name.empty())
@@ -319,7 +356,8 @@ int PmiImporter::import(const Handle(TDocStd_Document) & document, ModelData& mo
             labels.Clear();
             tool->GetGeomToleranceLabels(labels);
             importItems(
-                tool, labels, std::bind(describeTolerance, _1, _2, _3, _4, _5, tool),
+                tool, labels,
+                std::bind(describeTolerance, _1, _2, _3, _4, _5, tool, std::cref(links)),
                 [&](const TDF_Label& l) { return links.tolerance(l); }, links, owners, model, kept);
             labels.Clear();
             tool->GetDatumLabels(labels);
@@ -337,7 +375,7 @@ int PmiImporter::import(const Handle(TDocStd_Document) & document, ModelData& mo
     } catch (const std::exception&) {
     }
     // A view the file lists its annotations for shows those.
-    if (presentation)
+    if (presentation && presentation->drawn)
         for (auto& view : model.views) {
             const auto listed = presentation->views.find(view.name);
             if (listed == presentation->views.end())

@@ -5,6 +5,7 @@
 #include <Interface_UndefinedContent.hxx>
 #include <StepAP242_DraughtingModelItemAssociation.hxx>
 #include <StepAP242_ItemIdentifiedRepresentationUsageDefinition.hxx>
+#include <StepBasic_MeasureWithUnit.hxx>
 #include <StepBasic_SizeSelect.hxx>
 #include <StepData_UndefinedEntity.hxx>
 #include <StepDimTol_Datum.hxx>
@@ -14,7 +15,9 @@
 #include <StepGeom_CartesianPoint.hxx>
 #include <StepGeom_Direction.hxx>
 #include <StepGeom_Plane.hxx>
+#include <StepRepr_MeasureRepresentationItem.hxx>
 #include <StepRepr_PropertyDefinition.hxx>
+#include <StepRepr_ReprItemAndMeasureWithUnit.hxx>
 #include <StepRepr_ShapeAspectRelationship.hxx>
 #include <StepShape_DimensionalLocation.hxx>
 #include <StepShape_DimensionalSize.hxx>
@@ -38,6 +41,7 @@
 #include <TColgp_HArray1OfXYZ.hxx>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <cwctype>
@@ -300,10 +304,15 @@ std::unordered_map<int, std::vector<int>> references(const std::string& path,
     text << in.rdbuf();
     const std::string s = text.str();
     for (const auto& type : types) {
-        const std::string key = "=" + type + "(";
+        // The type alone or as a part of a complex record, its references to the record's end.
+        const std::string key = type + "(";
         for (std::size_t at = s.find(key); at != std::string::npos; at = s.find(key, at + 1)) {
-            const std::size_t hash = s.rfind('#', at);
-            if (hash == std::string::npos)
+            const char before = at > 0 ? s[at - 1] : ' ';
+            if (std::isalnum(static_cast<unsigned char>(before)) || before == '_')
+                continue;
+            const std::size_t start = s.rfind(';', at);
+            const std::size_t hash = s.find('#', start == std::string::npos ? 0 : start);
+            if (hash == std::string::npos || hash > at)
                 continue;
             auto& refs = out[std::atoi(s.c_str() + hash + 1)];
             bool quoted = false;
@@ -316,6 +325,19 @@ std::unordered_map<int, std::vector<int>> references(const std::string& path,
         }
     }
     return out;
+}
+
+// A measure's value, however the reader typed it.
+bool valueOf(const Entity& e, double& value) {
+    Handle(StepBasic_MeasureWithUnit) measure = Handle(StepBasic_MeasureWithUnit)::DownCast(e);
+    if (auto item = Handle(StepRepr_ReprItemAndMeasureWithUnit)::DownCast(e))
+        measure = item->GetMeasureWithUnit();
+    else if (auto represented = Handle(StepRepr_MeasureRepresentationItem)::DownCast(e))
+        measure = represented->Measure();
+    if (measure.IsNull())
+        return false;
+    value = measure->ValueComponent();
+    return true;
 }
 
 Item::Kind kindOf(const Entity& semantic, const std::wstring& name) {
@@ -423,8 +445,15 @@ PmiPresentation PmiPresentation::read(const Handle(StepData_StepModel) & step,
     std::unordered_map<int, std::vector<int>> refs;
     auto byReference = [&](const Entity& e, bool last, std::size_t at) -> Entity {
         if (refs.empty() && byLabel.empty()) {
+            // Tolerances by their own type too: a simple record of a kind of tolerance.
             refs = references(
-                path, {"TESSELLATED_ANNOTATION_OCCURRENCE", "DRAUGHTING_MODEL_ITEM_ASSOCIATION"});
+                path, {"TESSELLATED_ANNOTATION_OCCURRENCE", "DRAUGHTING_MODEL_ITEM_ASSOCIATION",
+                       "GEOMETRIC_TOLERANCE", "FLATNESS_TOLERANCE", "STRAIGHTNESS_TOLERANCE",
+                       "ROUNDNESS_TOLERANCE", "CYLINDRICITY_TOLERANCE", "PARALLELISM_TOLERANCE",
+                       "PERPENDICULARITY_TOLERANCE", "ANGULARITY_TOLERANCE", "POSITION_TOLERANCE",
+                       "CONCENTRICITY_TOLERANCE", "COAXIALITY_TOLERANCE", "SYMMETRY_TOLERANCE",
+                       "CIRCULAR_RUNOUT_TOLERANCE", "TOTAL_RUNOUT_TOLERANCE",
+                       "LINE_PROFILE_TOLERANCE", "SURFACE_PROFILE_TOLERANCE"});
             for (int i = 1; i <= count; ++i)
                 byLabel[step->IdentLabel(step->Value(i))] = step->Value(i);
         }
@@ -518,6 +547,13 @@ PmiPresentation PmiPresentation::read(const Handle(StepData_StepModel) & step,
                 if (!name.empty())
                     out.views[name] = listed;
         }
+    }
+    // Tolerance zones the reader could not type (a measure written as a complex record).
+    for (const Entity& t : out.tolerances) {
+        const auto tolerance = Handle(StepDimTol_GeometricTolerance)::DownCast(t);
+        double value = 0.0;
+        if (valueOf(tolerance->Magnitude(), value) || valueOf(byReference(t, false, 0), value))
+            out.magnitudes[t.get()] = value * scale;
     }
     for (auto& a : out.annotations) {
         a.kind = kindOf(a.semantic, a.name);

@@ -51,7 +51,11 @@ public:
     std::map<std::wstring, std::vector<int>> views;
     // The semantic items in the file's order, as the XCAF reader makes its labels.
     std::vector<Handle(Standard_Transient)> dimensions, tolerances;
+    // The zone of each tolerance that gives one, in the model's unit.
+    std::map<const Standard_Transient*, double> magnitudes;
     Counts counts;
+    // Whether items are drawn as the file draws them, or laid out from what they say.
+    bool drawn = true;
 
     // The name the file gives a dimension or a tolerance, as the XCAF reader names its label.
     static std::wstring semanticName(const Handle(Standard_Transient) & semantic);

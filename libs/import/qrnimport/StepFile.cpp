@@ -62,14 +62,16 @@ std::wstring StepFile::lengthUnit(STEPControl_Reader& reader) {
 }
 
 void StepFile::readLeftOut(STEPControl_Reader& reader, const std::string& path, bool pmi,
-                           XcafImporter::StepSource& source) {
+                           bool drawn, XcafImporter::StepSource& source) {
     const Handle(StepData_StepModel) step = reader.StepModel();
     const double factor = StepData_GlobalFactors::Intance().LengthFactor();
     const double scale = factor > 0.0 ? factor : 1.0;
     StepTessellation::addParts(step, scale, source.tessellated);
     source.pmi = pmi;
-    if (pmi)
+    if (pmi) {
         source.presentation = PmiPresentation::read(step, path, scale);
+        source.presentation.drawn = drawn;
+    }
 }
 
 } // namespace qrnimport

@@ -20,11 +20,11 @@ public:
     // known. After the file is read.
     static std::wstring lengthUnit(STEPControl_Reader& reader);
 
-    // What the reader leaves out of the document (tessellated solids, and with pmi the PMI's
-    // graphical presentation), read from its STEP model after the transfer, while the reader
-    // still holds it.
+    // What the reader leaves out of the document (tessellated solids, and with pmi what the
+    // file says of its PMI and, when drawn, how it draws it), read from its STEP model after
+    // the transfer, while the reader still holds it.
     static void readLeftOut(STEPControl_Reader& reader, const std::string& path, bool pmi,
-                            XcafImporter::StepSource& source);
+                            bool drawn, XcafImporter::StepSource& source);
 
     static constexpr double LARGEST = 1e12;
 };

@@ -120,8 +120,11 @@ TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
         {"nist_ctc_01_asme1_ap242-e1.stp", 12, 6, 3,
          {kDia + L"25" + kPm + L"0.15 mm", kDia + L"35 0/-0.2 mm", kDia + L"35 +0.2/0 mm",
           kDia + L"20 +0.05/-0.1 mm", kDia + L"34.8\u201335.2 mm", kDia + L"34.8\u201335.2 mm",
-          L"60\u00B0" + kPm + L"0.5\u00B0", L"linear distance", L"linear distance", L"A", L"B",
-          L"C", L"\u2316 | A | B | C", L"\u2316 | A | B | C", L"\u23E5"},
+          L"60\u00B0" + kPm + L"0.5\u00B0", L"A", L"B", L"C", L"\u2316 | A | B | C",
+          L"\u2316 | A | B | C", L"\u23E5",
+          // no value in the file: what their geometry measures, said so
+          L"85 mm (measured)", L"50 mm (measured)", kDia + L"35 mm (measured)",
+          kDia + L"35 mm (measured)"},
          {L"MBD_0"}, {}},
         {"bug32745_pmi1.stp", 7, 0, 0,
          {L"R25" + kPm + L"0.2 mm", L"6" + kPm + L"0.1 mm", L"3.4" + kPm + L"0.1 mm", L"15 mm",
