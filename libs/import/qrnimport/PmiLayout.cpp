@@ -29,6 +29,31 @@ bool overlaps(const Box& a, const Box& b) {
     return alongX < a.halfWidth + bx && alongY < a.halfHeight + by;
 }
 
+// Texts that cover one another on screen in a standard view where both face the viewer,
+// whatever their planes: along the axes and the isometric line of sight (a view and its
+// opposite see the same overlaps).
+bool coversOnScreen(const Box& a, const Box& b) {
+    static const Vec3 sights[] = {Vec3(1, 0, 0), Vec3(0, 1, 0), Vec3(0, 0, 1),
+                                  Vec3(-1, 1, -1).normalized()};
+    auto apart = [](const Box& p, const Box& q, const Vec3& axis) {
+        auto reach = [&](const Box& r) {
+            return std::abs(r.x.dot(axis)) * r.halfWidth + std::abs(r.y.dot(axis)) * r.halfHeight;
+        };
+        return std::abs((q.centre - p.centre).dot(axis)) >= reach(p) + reach(q);
+    };
+    for (const Vec3& sight : sights) {
+        // A text seen edge-on is no text in that view: nothing to keep clear.
+        if (std::abs(a.normal.dot(sight)) < 0.25f || std::abs(b.normal.dot(sight)) < 0.25f)
+            continue;
+        const Vec3 u =
+            qrnmath::cross(sight, std::abs(sight[2]) < 0.9f ? Vec3(0, 0, 1) : Vec3(1, 0, 0))
+                .normalized();
+        if (!apart(a, b, u) && !apart(a, b, qrnmath::cross(sight, u)))
+            return true;
+    }
+    return false;
+}
+
 // How far from p along unit v the ray leaves the box (0 when p is outside it already).
 float exitDistance(const qrnsg::BBox& box, const Vec3& p, const Vec3& v) {
     float far = std::numeric_limits<float>::max();
@@ -149,15 +174,25 @@ void PmiLayout::arrange(ModelData& model, std::size_t first, const qrnsg::BBox& 
                 text.align = away.dot(x) >= 0.0f ? qrnsg::Text::LEFT : qrnsg::Text::RIGHT;
             }
             if (!item.textPlaced) {
-                // Stacked clear of the texts placed before, away from the model.
-                const Vec3 step = y * (away.dot(y) >= 0.0f ? 1.7f * h : -1.7f * h);
-                for (int tries = 0; tries < 40; ++tries) {
-                    const Box candidate = boxOf(text, anchor);
-                    if (std::none_of(placed.begin(), placed.end(),
-                                     [&](const Box& other) { return overlaps(other, candidate); }))
-                        break;
-                    anchor = anchor + step;
-                }
+                // Stacked clear of the texts placed before, away from the model: up or down
+                // its plane, else along it (a plane seen edge-on in a view hides moves up it).
+                const Vec3 up = y * (away.dot(y) >= 0.0f ? 1.7f * h : -1.7f * h);
+                const Vec3 along = x * (away.dot(x) >= 0.0f ? 1.7f * h : -1.7f * h);
+                auto clear = [&](const Vec3& at) {
+                    const Box candidate = boxOf(text, at);
+                    return std::none_of(placed.begin(), placed.end(), [&](const Box& other) {
+                        return overlaps(other, candidate) || coversOnScreen(other, candidate);
+                    });
+                };
+                bool found = clear(anchor);
+                for (int k = 1; k <= 40 && !found; ++k)
+                    for (const Vec3& step : {up, along})
+                        if (!found && clear(anchor + step * static_cast<float>(k))) {
+                            anchor = anchor + step * static_cast<float>(k);
+                            found = true;
+                        }
+                if (!found)
+                    anchor = anchor + up * 40.0f;
                 text.position = anchor;
             }
             placed.push_back(boxOf(text, text.position));

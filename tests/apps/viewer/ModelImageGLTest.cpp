@@ -200,6 +200,15 @@ TEST(PmiImageGLTest, APickedCalloutNamesItsItemAndTintsItsFaces) {
     std::string error;
     ASSERT_TRUE(qrnimport::ModelReader::read(file.string(), model, error)) << error;
     auto doc = qrnimport::DocumentBuilder::build(model);
+    // The selection's renderer holds the document it is in: closing it breaks the ring.
+    std::vector<std::shared_ptr<qrn::Document>> built{doc};
+    struct Closer {
+        std::vector<std::shared_ptr<qrn::Document>>& documents;
+        ~Closer() {
+            for (auto& d : documents)
+                d->close();
+        }
+    } closer{built};
     auto renderer = doc->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     auto views = doc->get<qrnsg::SCView>(qrnsg::SCHEMA_VIEW);
     auto pmi = doc->get<qrnsg::SCPmi>(qrnsg::SCHEMA_PMI);
@@ -262,6 +271,7 @@ TEST(PmiImageGLTest, APickedCalloutNamesItsItemAndTintsItsFaces) {
     ModelData bare = model;
     bare.pmi[index].faces.clear();
     auto plain = qrnimport::DocumentBuilder::build(bare);
+    built.push_back(plain);
     auto plainRenderer = plain->get<qrngl::SCRenderer>(qrnsg::SCHEMA_RENDERER);
     qrngl::CameraHelper::setViewport(width, height, plainRenderer->camera);
     ASSERT_TRUE(qrnglutils::ViewActivator::apply(*plain->get<qrnsg::SCView>(qrnsg::SCHEMA_VIEW),

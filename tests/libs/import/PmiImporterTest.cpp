@@ -166,12 +166,46 @@ TEST(PmiImporterFiles, SharedAp242FilesBringTheirPmiAndViews) {
                 ASSERT_TRUE(inside(box, p, 0.5));
         }
         EXPECT_GE(led, model.pmi.size() - 2);
+        // Nor do texts of different planes cover one another in the standard views: their
+        // corners, seen along each axis and the isometric line of sight.
+        auto corners = [](const qrnsg::Text& t) {
+            Vec3 x, y, n;
+            t.frame(x, y, n);
+            const Vec3 c = t.position + x * t.middleFromAnchor();
+            const float w = t.estimatedWidth() / 2.0f, h = 0.75f * t.height;
+            return std::vector<Vec3>{c - x * w - y * h, c + x * w - y * h, c + x * w + y * h,
+                                     c - x * w + y * h};
+        };
+        // Each view's two axes across its line of sight, then the sight; texts seen edge-on
+        // in a view are no texts there.
+        const Vec3 sights[][3] = {{Vec3(0, 1, 0), Vec3(0, 0, 1), Vec3(1, 0, 0)},
+                                  {Vec3(1, 0, 0), Vec3(0, 0, 1), Vec3(0, 1, 0)},
+                                  {Vec3(1, 0, 0), Vec3(0, 1, 0), Vec3(0, 0, 1)},
+                                  {Vec3(1, 1, 0).normalized(), Vec3(-1, 1, 2).normalized(),
+                                   Vec3(-1, 1, -1).normalized()}};
         for (std::size_t i = 0; i < model.pmi.size(); ++i)
             for (std::size_t j = i + 1; j < model.pmi.size(); ++j) {
                 const auto &a = model.pmi[i].texts[0], &b = model.pmi[j].texts[0];
                 if (std::abs(a.direction.dot(b.direction)) > 0.99f &&
                     std::abs(a.up.dot(b.up)) > 0.99f) {
                     EXPECT_GT(a.position.distance(b.position), a.height) << "texts overlap";
+                }
+                for (const auto& sight : sights) {
+                    auto edgeOn = [&](const qrnsg::Text& t) {
+                        Vec3 x, y, n;
+                        t.frame(x, y, n);
+                        return std::abs(n.dot(sight[2])) < 0.25f;
+                    };
+                    bool apart = edgeOn(a) || edgeOn(b);
+                    for (const Vec3& axis : {sight[0], sight[1]}) {
+                        float a0 = 1e30f, a1 = -1e30f, b0 = 1e30f, b1 = -1e30f;
+                        for (const Vec3& p : corners(a))
+                            a0 = std::min(a0, p.dot(axis)), a1 = std::max(a1, p.dot(axis));
+                        for (const Vec3& p : corners(b))
+                            b0 = std::min(b0, p.dot(axis)), b1 = std::max(b1, p.dot(axis));
+                        apart = apart || a1 <= b0 || b1 <= a0;
+                    }
+                    EXPECT_TRUE(apart) << "texts " << i << " and " << j << " cover one another";
                 }
             }
         const Texts texts = textsOf(model);
