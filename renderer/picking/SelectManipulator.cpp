@@ -50,6 +50,8 @@ unsigned int SelectManipulator::keep(unsigned int name) const {
     auto topology = std::dynamic_pointer_cast<qrnsg::SCSceneTopo>(
         m_document->getSchema(qrnsg::SCHEMA_SCENE_TOPO));
     const EntityNames::Entity entity = topology ? topology->resolve(name) : EntityNames::Entity();
+    if (entity.kind == EntityNames::EDGE_LIKE) // PMI, whole whatever the mode
+        return name;
     return entity.node >= 0 ? EntityNames::part(entity.node) : 0u;
 }
 

@@ -5,17 +5,19 @@
 namespace qrngl {
 
 unsigned short SelectionSet::mask() const {
+    // PMI is taken whole in every mode: a click on a callout selects it.
+    const unsigned short pmi = 8 | 16;
     switch (m_mode) {
     case FACE:
-        return 1;
+        return 1 | pmi;
     case EDGE:
-        return 2;
+        return 2 | pmi;
     case VERTEX:
-        return 4;
+        return 4 | pmi;
     case ANY:
-        return 7 | 8 | 16; // PMI lines too
+        return 7 | pmi;
     default:
-        return 1; // a part is taken by its faces
+        return 1 | pmi; // a part is taken by its faces
     }
 }
 

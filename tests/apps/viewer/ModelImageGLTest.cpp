@@ -190,8 +190,8 @@ std::pair<int, int> onScreen(const qrngl::Camera& camera, const Vec3& p,
             static_cast<int>((1.0f - c[1] / c[3]) * 0.5f * camera.viewportHeight())};
 }
 
-// A click on a callout's line names the dimension it presents, and its highlight covers the
-// faces that dimension is about.
+// A click on a callout's line, in the window's first mode (parts), names the dimension it
+// presents, and its highlight covers the faces that dimension is about.
 TEST(PmiImageGLTest, APickedCalloutNamesItsItemAndTintsItsFaces) {
     const fs::path file = fs::path(QRN_SHARED_MODELS) / "nist_ctc_01_asme1_ap242-e1.stp";
     if (!fs::exists(file))
@@ -230,8 +230,7 @@ TEST(PmiImageGLTest, APickedCalloutNamesItsItemAndTintsItsFaces) {
     const auto& points = scene->polylines[static_cast<std::size_t>(line.drawable)].points;
     const auto click = onScreen(*renderer->camera, (points[0] + points[1]) * 0.5f, line.transform);
 
-    auto selection = std::make_shared<qrngl::SelectionSet>();
-    selection->setMode(qrngl::SelectionSet::ANY);
+    auto selection = std::make_shared<qrngl::SelectionSet>(); // parts, as the window starts
     std::string said, hiddenSaid;
     unsigned int picked = 0;
     qrnviewer::Snapshot::Settings settings;
