@@ -64,7 +64,12 @@ unsigned int SelectManipulator::pickAt(int x, int y) const {
         return 0;
     const unsigned int name =
         EntityFilter::nearest(renderer->pickCanvas, m_set->mask(), x, y, PICK_SIZE);
-    return name ? keep(name) : 0u;
+    if (name)
+        return keep(name);
+    // Where the mode's own entities are not, a click takes the PMI there, in every mode.
+    return (m_set->mask() & 8)
+               ? 0u
+               : EntityFilter::nearest(renderer->pickCanvas, 8 | 16, x, y, PICK_SIZE);
 }
 
 bool SelectManipulator::selectAt(int x, int y, unsigned int flags) {

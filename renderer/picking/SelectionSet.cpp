@@ -5,19 +5,17 @@
 namespace qrngl {
 
 unsigned short SelectionSet::mask() const {
-    // PMI is taken whole in every mode: a click on a callout selects it.
-    const unsigned short pmi = 8 | 16;
     switch (m_mode) {
     case FACE:
-        return 1 | pmi;
+        return 1;
     case EDGE:
-        return 2 | pmi;
+        return 2;
     case VERTEX:
-        return 4 | pmi;
+        return 4;
     case ANY:
-        return 7 | pmi;
+        return 7 | 8 | 16; // PMI lines too
     default:
-        return 1 | pmi; // a part is taken by its faces
+        return 1; // a part is taken by its faces
     }
 }
 

@@ -1,5 +1,7 @@
 #include "qrnviewer/PmiDisplay.h"
 
+#include "qrngl/interaction/EntityGeometry.h"
+
 #include "qrnplatform/Text.h"
 #include "qrnsg/SCPmi.h"
 #include "qrnsg/SCSceneRT.h"
@@ -89,6 +91,8 @@ void PmiDisplay::apply() const {
         for (int id : pmi->items[i].meshIds)
             setVisible(rt->meshes, id, visible);
     }
+    // Picks see what is shown: hidden PMI is not there to be picked.
+    qrngl::visibilityChanged(document);
 }
 
 std::string PmiDisplay::describe() const {

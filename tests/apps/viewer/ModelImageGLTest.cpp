@@ -227,8 +227,24 @@ TEST(PmiImageGLTest, APickedCalloutNamesItsItemAndTintsItsFaces) {
     Instance line;
     ASSERT_TRUE(qrnsgutils::InstanceWalker::visible(rt->polylines, item->polylineIds.at(0),
                                                     scene->polylines.size(), line));
+    // The middles of its lines on screen: where they pass over the part, a click takes the part.
     const auto& points = scene->polylines[static_cast<std::size_t>(line.drawable)].points;
-    const auto click = onScreen(*renderer->camera, (points[0] + points[1]) * 0.5f, line.transform);
+    std::vector<std::pair<int, int>> clicks;
+    for (std::size_t p = 1; p < points.size(); ++p)
+        clicks.push_back(
+            onScreen(*renderer->camera, (points[p - 1] + points[p]) * 0.5f, line.transform));
+    // And its filled text, clear of the part.
+    Instance text;
+    ASSERT_TRUE(qrnsgutils::InstanceWalker::visible(rt->meshes, item->meshIds.at(0),
+                                                    scene->meshes.size(), text));
+    const auto& glyphs = scene->meshes[static_cast<std::size_t>(text.drawable)];
+    for (std::size_t t = 0; t + 2 < glyphs.indices.size(); t += 3)
+        clicks.push_back(
+            onScreen(*renderer->camera,
+                     (glyphs.vertices[glyphs.indices[t]] + glyphs.vertices[glyphs.indices[t + 1]] +
+                      glyphs.vertices[glyphs.indices[t + 2]]) *
+                         (1.0f / 3.0f),
+                     text.transform));
 
     auto selection = std::make_shared<qrngl::SelectionSet>(); // parts, as the window starts
     std::string said, hiddenSaid;
@@ -242,18 +258,23 @@ TEST(PmiImageGLTest, APickedCalloutNamesItsItemAndTintsItsFaces) {
         ASSERT_TRUE(canvas && canvas->OnCreate());
         canvas->OnSize(0, 0, width, height);
         renderer->pickCanvas = canvas;
-        // Hidden PMI is not there to be picked.
+        qrngl::SelectManipulator select(doc, selection, nullptr);
         qrnviewer::PmiDisplay display(doc);
-        display.setShown(false);
-        hiddenSaid = qrnviewer::EntityText::describe(
-            doc,
-            qrngl::SelectManipulator(doc, selection, nullptr).pickAt(click.first, click.second));
-        display.setShown(true);
-        const unsigned int name =
-            qrngl::SelectManipulator(doc, selection, nullptr).pickAt(click.first, click.second);
-        said = qrnviewer::EntityText::describe(doc, name);
-        selection->add({name});
-        picked = name;
+        for (const auto& click : clicks) {
+            // Hidden PMI is not there to be picked.
+            display.setShown(false);
+            const std::string hidden =
+                qrnviewer::EntityText::describe(doc, select.pickAt(click.first, click.second));
+            display.setShown(true);
+            const unsigned int name = select.pickAt(click.first, click.second);
+            if (qrnsg::EntityNames::kindOf(name) != qrnsg::EntityNames::EDGE_LIKE)
+                continue;
+            hiddenSaid = hidden;
+            said = qrnviewer::EntityText::describe(doc, name);
+            selection->add({name});
+            picked = name;
+            break;
+        }
         context->activate();
         canvas->OnDestroy();
         renderer->pickCanvas.reset();
