@@ -1,6 +1,8 @@
 #include "qrnimport/PmiPresentation.h"
 
 #include "qrnimport/OcctUtils.h"
+#include "qrnimport/StepCurves.h"
+#include "qrnimport/StepFile.h"
 
 #include <Interface_UndefinedContent.hxx>
 #include <StepAP242_DraughtingModelItemAssociation.hxx>
@@ -13,6 +15,7 @@
 #include <StepDimTol_GeometricTolerance.hxx>
 #include <StepGeom_Axis2Placement3d.hxx>
 #include <StepGeom_CartesianPoint.hxx>
+#include <StepGeom_Curve.hxx>
 #include <StepGeom_Direction.hxx>
 #include <StepGeom_Plane.hxx>
 #include <StepRepr_MeasureRepresentationItem.hxx>
@@ -21,6 +24,9 @@
 #include <StepRepr_ShapeAspectRelationship.hxx>
 #include <StepShape_DimensionalLocation.hxx>
 #include <StepShape_DimensionalSize.hxx>
+#include <StepVisual_AnnotationCurveOccurrence.hxx>
+#include <StepVisual_AnnotationFillArea.hxx>
+#include <StepVisual_AnnotationFillAreaOccurrence.hxx>
 #include <StepVisual_AnnotationPlane.hxx>
 #include <StepVisual_AnnotationPlaneElement.hxx>
 #include <StepVisual_CameraModelD3.hxx>
@@ -45,8 +51,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwctype>
-#include <fstream>
-#include <sstream>
 #include <unordered_map>
 
 namespace qrnimport {
@@ -242,6 +246,29 @@ public:
                 tessellatedItem(list->ParamEntity(p), frame, a);
     }
 
+    // An annotation curve, or a fill area's boundaries drawn and filled.
+    void curves(const Handle(StepVisual_StyledItem) & occurrence, Annotation& a) {
+        const double deflection = 0.01 * m_scale;
+        std::vector<Vec3> points;
+        if (auto curve = Handle(StepGeom_Curve)::DownCast(occurrence->Item())) {
+            ++m_out.counts.polylines;
+            if (StepCurves::points(curve, m_scale, deflection, points))
+                a.lines.addStrip(points);
+            return;
+        }
+        const auto area = Handle(StepVisual_AnnotationFillArea)::DownCast(occurrence->Item());
+        if (area.IsNull() || area->Elements().IsNull())
+            return;
+        ++m_out.counts.fillSets;
+        for (int k = 1; k <= area->Elements()->Length(); ++k) {
+            const auto boundary = Handle(StepGeom_Curve)::DownCast(area->ElementsValue(k).Value());
+            if (boundary.IsNull() || !StepCurves::points(boundary, m_scale, deflection, points))
+                continue;
+            a.lines.addStrip(points);
+            m_out.counts.triangles += static_cast<int>(StepCurves::fill(points, a.fills));
+        }
+    }
+
     void tessellatedItem(const Entity& item, const Frame& frame, Annotation& a) {
         if (auto curves = Handle(StepVisual_TessellatedCurveSet)::DownCast(item))
             curveSet(curves, frame, a);
@@ -292,40 +319,6 @@ public:
     Handle(StepData_StepModel) m_step;
     double m_scale;
 };
-
-// The references of the records of the given types, in order, from the file's own text: for
-// the links the reader left empty where it refused what they point at (the complex form of a
-// geometric set, a dimension's location as a link's definition). By record id.
-std::unordered_map<int, std::vector<int>> references(const std::string& path,
-                                                     const std::vector<std::string>& types) {
-    std::unordered_map<int, std::vector<int>> out;
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    const std::string s = text.str();
-    for (const auto& type : types) {
-        // The type alone or as a part of a complex record, its references to the record's end.
-        const std::string key = type + "(";
-        for (std::size_t at = s.find(key); at != std::string::npos; at = s.find(key, at + 1)) {
-            const char before = at > 0 ? s[at - 1] : ' ';
-            if (std::isalnum(static_cast<unsigned char>(before)) || before == '_')
-                continue;
-            const std::size_t start = s.rfind(';', at);
-            const std::size_t hash = s.find('#', start == std::string::npos ? 0 : start);
-            if (hash == std::string::npos || hash > at)
-                continue;
-            auto& refs = out[std::atoi(s.c_str() + hash + 1)];
-            bool quoted = false;
-            for (std::size_t c = at + key.size(); c < s.size() && (quoted || s[c] != ';'); ++c) {
-                if (s[c] == '\'')
-                    quoted = !quoted;
-                else if (!quoted && s[c] == '#')
-                    refs.push_back(std::atoi(s.c_str() + c + 1));
-            }
-        }
-    }
-    return out;
-}
 
 // A measure's value, however the reader typed it.
 bool valueOf(const Entity& e, double& value) {
@@ -414,7 +407,7 @@ PmiPresentation PmiPresentation::read(const Handle(StepData_StepModel) & step,
     const int count = step->NbEntities();
     // Callouts first: each is one annotation, whatever occurrences it holds.
     std::unordered_map<const Standard_Transient*, int> annotationOf;
-    std::vector<Handle(StepVisual_TessellatedAnnotationOccurrence)> occurrences;
+    std::vector<Handle(StepVisual_StyledItem)> occurrences;
     std::unordered_map<const Standard_Transient*, std::wstring> datumLetters;
     std::unordered_map<int, Entity> byLabel;
     for (int i = 1; i <= count; ++i) {
@@ -428,8 +421,10 @@ PmiPresentation PmiPresentation::read(const Handle(StepData_StepModel) & step,
                 if (!callout->ContentsValue(k).Value().IsNull())
                     annotationOf[callout->ContentsValue(k).Value().get()] = index;
             out.annotations.push_back(std::move(a));
-        } else if (auto o = Handle(StepVisual_TessellatedAnnotationOccurrence)::DownCast(e)) {
-            occurrences.push_back(o);
+        } else if (e->IsKind(STANDARD_TYPE(StepVisual_TessellatedAnnotationOccurrence)) ||
+                   e->IsKind(STANDARD_TYPE(StepVisual_AnnotationCurveOccurrence)) ||
+                   e->IsKind(STANDARD_TYPE(StepVisual_AnnotationFillAreaOccurrence))) {
+            occurrences.push_back(Handle(StepVisual_StyledItem)::DownCast(e));
         } else if (e->IsKind(STANDARD_TYPE(StepShape_DimensionalSize)) ||
                    e->IsKind(STANDARD_TYPE(StepShape_DimensionalLocation))) {
             out.dimensions.push_back(e);
@@ -446,7 +441,7 @@ PmiPresentation PmiPresentation::read(const Handle(StepData_StepModel) & step,
     auto byReference = [&](const Entity& e, bool last, std::size_t at) -> Entity {
         if (refs.empty() && byLabel.empty()) {
             // Tolerances by their own type too: a simple record of a kind of tolerance.
-            refs = references(
+            refs = StepFile::references(
                 path, {"TESSELLATED_ANNOTATION_OCCURRENCE", "DRAUGHTING_MODEL_ITEM_ASSOCIATION",
                        "GEOMETRIC_TOLERANCE", "FLATNESS_TOLERANCE", "STRAIGHTNESS_TOLERANCE",
                        "ROUNDNESS_TOLERANCE", "CYLINDRICITY_TOLERANCE", "PARALLELISM_TOLERANCE",
@@ -473,11 +468,15 @@ PmiPresentation PmiPresentation::read(const Handle(StepData_StepModel) & step,
             out.annotations.push_back(std::move(a));
         }
         Annotation& a = out.annotations[static_cast<std::size_t>(found->second)];
+        if (!a.coloured)
+            reader.style(o, a);
+        if (!o->IsKind(STANDARD_TYPE(StepVisual_TessellatedAnnotationOccurrence))) {
+            reader.curves(o, a);
+            continue;
+        }
         Entity set(o->Item());
         if (set.IsNull())
             set = byReference(o, true, 0);
-        if (!a.coloured)
-            reader.style(o, a);
         if (!set.IsNull())
             reader.geometricSet(set, a);
     }

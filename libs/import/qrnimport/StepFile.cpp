@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
+#include <sstream>
 
 namespace qrnimport {
 
@@ -59,6 +60,37 @@ std::wstring StepFile::lengthUnit(STEPControl_Reader& reader) {
         if (name.Search(u.first) >= 1)
             return u.second;
     return std::wstring();
+}
+
+std::unordered_map<int, std::vector<int>>
+StepFile::references(const std::string& path, const std::vector<std::string>& types) {
+    std::unordered_map<int, std::vector<int>> out;
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    const std::string s = text.str();
+    for (const auto& type : types) {
+        // The type alone or as a part of a complex record, its references to the record's end.
+        const std::string key = type + "(";
+        for (std::size_t at = s.find(key); at != std::string::npos; at = s.find(key, at + 1)) {
+            const char before = at > 0 ? s[at - 1] : ' ';
+            if (std::isalnum(static_cast<unsigned char>(before)) || before == '_')
+                continue;
+            const std::size_t start = s.rfind(';', at);
+            const std::size_t hash = s.find('#', start == std::string::npos ? 0 : start);
+            if (hash == std::string::npos || hash > at)
+                continue;
+            auto& refs = out[std::atoi(s.c_str() + hash + 1)];
+            bool quoted = false;
+            for (std::size_t c = at + key.size(); c < s.size() && (quoted || s[c] != ';'); ++c) {
+                if (s[c] == '\'')
+                    quoted = !quoted;
+                else if (!quoted && s[c] == '#')
+                    refs.push_back(std::atoi(s.c_str() + c + 1));
+            }
+        }
+    }
+    return out;
 }
 
 void StepFile::readLeftOut(STEPControl_Reader& reader, const std::string& path, bool pmi,

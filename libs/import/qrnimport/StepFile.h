@@ -7,6 +7,8 @@
 #include <STEPControl_Reader.hxx>
 
 #include <string>
+#include <unordered_map>
+#include <vector>
 
 namespace qrnimport {
 
@@ -25,6 +27,12 @@ public:
     // the transfer, while the reader still holds it.
     static void readLeftOut(STEPControl_Reader& reader, const std::string& path, bool pmi,
                             bool drawn, XcafImporter::StepSource& source);
+
+    // The references of the records of the given types (alone or as parts of complex
+    // records), in order, by record id, from the file's own text: for the links the reader
+    // leaves empty where it refuses what they point at.
+    static std::unordered_map<int, std::vector<int>>
+    references(const std::string& path, const std::vector<std::string>& types);
 
     static constexpr double LARGEST = 1e12;
 };

@@ -238,4 +238,66 @@ TEST(PmiPresentationFiles, ItemsSayWhatTheyMeanAndKnowTheirFaces) {
     EXPECT_EQ(texts.count(L"\u23E5 | 0.2"), 1u);
 }
 
+// Files that draw their PMI with curves: a callout of a polyline and a filled triangle,
+// and a circle outside any callout, added to a written part.
+TEST(PmiPresentationWritten, CurvesAndFillAreasAreDrawnAsTheFileGivesThem) {
+    TempDir dir;
+    ASSERT_TRUE(writeStep(makeAssembly(), dir.file("part.step")));
+    std::stringstream written;
+    written << std::ifstream(dir.file("part.step"), std::ios::binary).rdbuf();
+    std::string text = written.str();
+    const auto end = text.rfind("ENDSEC;");
+    ASSERT_NE(end, std::string::npos);
+    text.insert(end, R"(#9001=CARTESIAN_POINT('',(0.,0.,30.));
+#9002=CARTESIAN_POINT('',(100.,0.,30.));
+#9003=CARTESIAN_POINT('',(100.,50.,30.));
+#9004=POLYLINE('leader',(#9001,#9002,#9003));
+#9005=COLOUR_RGB('',0.8,0.1,0.1);
+#9006=DRAUGHTING_PRE_DEFINED_CURVE_FONT('continuous');
+#9007=CURVE_STYLE('',#9006,POSITIVE_LENGTH_MEASURE(0.5),#9005);
+#9008=PRESENTATION_STYLE_ASSIGNMENT((#9007));
+#9009=ANNOTATION_CURVE_OCCURRENCE('leader',(#9008),#9004);
+#9010=CARTESIAN_POINT('',(0.,0.,30.));
+#9011=CARTESIAN_POINT('',(-10.,3.,30.));
+#9012=CARTESIAN_POINT('',(-10.,-3.,30.));
+#9013=POLYLINE('',(#9010,#9011,#9012,#9010));
+#9014=ANNOTATION_FILL_AREA('arrow',(#9013));
+#9015=ANNOTATION_FILL_AREA_OCCURRENCE('arrow',(#9008),#9014,#9010);
+#9016=DRAUGHTING_CALLOUT('Note.1',(#9009,#9015));
+#9017=CARTESIAN_POINT('',(50.,25.,30.));
+#9018=DIRECTION('',(0.,0.,1.));
+#9019=DIRECTION('',(1.,0.,0.));
+#9020=AXIS2_PLACEMENT_3D('',#9017,#9018,#9019);
+#9021=CIRCLE('',#9020,5.);
+#9022=ANNOTATION_CURVE_OCCURRENCE('mark',(#9008),#9021);
+)");
+    const std::string path = dir.write("drawn.step", text);
+    STEPControl_Reader reader;
+    ASSERT_EQ(reader.ReadFile(path.c_str()), IFSelect_RetDone);
+    const PmiPresentation p = PmiPresentation::read(reader.StepModel(), path, 1.0);
+    EXPECT_EQ(p.counts.polylines, 2);
+    EXPECT_EQ(p.counts.fillSets, 1);
+    EXPECT_EQ(p.counts.triangles, 1);
+    ASSERT_EQ(p.annotations.size(), 2u);
+    const auto& callout = p.annotations[0];
+    EXPECT_EQ(callout.name, L"Note.1");
+    EXPECT_EQ(callout.kind, Item::NOTE);
+    EXPECT_TRUE(callout.coloured);
+    EXPECT_FLOAT_EQ(callout.colour[0], 0.8f);
+    EXPECT_FLOAT_EQ(callout.colour[1], 0.1f);
+    EXPECT_FLOAT_EQ(callout.width, 0.5f);
+    ASSERT_EQ(callout.lines.stripCount(), 2u) << "the leader and the arrow's outline";
+    EXPECT_TRUE(near(callout.lines.bbox().min(), Vec3(-10, -3, 30)));
+    EXPECT_TRUE(near(callout.lines.bbox().max(), Vec3(100, 50, 30)));
+    ASSERT_EQ(callout.fills.triangleCount(), 1u);
+    for (const auto& n : callout.fills.normals)
+        EXPECT_NEAR(std::abs(n[2]), 1.0f, 1e-5f);
+    // The circle, sampled, lies on its radius.
+    const auto& circle = p.annotations[1];
+    EXPECT_EQ(circle.name, L"mark");
+    ASSERT_GT(circle.lines.points.size(), 8u);
+    for (const auto& q : circle.lines.points)
+        EXPECT_NEAR(q.distance(Vec3(50, 25, 30)), 5.0f, 0.02f);
+}
+
 } // namespace
