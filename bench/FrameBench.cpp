@@ -268,8 +268,9 @@ int main(int argc, char** argv) {
         if (!nist.empty())
             addPmiCase("nist_ctc_01", qrnbench::BenchModels::read(nist));
         // The PMI as the file draws it, and the import with and without that drawing.
-        qrnimport::ModelReader::Options laidOut;
+        qrnimport::ModelReader::Options laidOut, noPmi;
         laidOut.presentation = false;
+        noPmi.pmi = false;
         for (const char* file : {"nist_ctc_01_asme1_ap242-e1.stp", "nist_ftc_08_asme1_ap242-2.stp"})
             if (const std::string path = qrnbench::BenchModels::sharedModel(file); !path.empty()) {
                 const std::string name = std::string(file).substr(0, 11);
@@ -277,6 +278,7 @@ int main(int argc, char** argv) {
                     addPmiCase(name, qrnbench::BenchModels::read(path));
                 addImport(name + "-presented", path);
                 addImport(name + "-laid-out", path, laidOut);
+                addImport(name + "-no-pmi", path, noPmi);
             }
     }
     for (const char* file : {"pm2_tess_fine.glb", "as1-oc-214-mat.stp", "trj4_pm2-ec-214.stp"}) {
@@ -326,14 +328,16 @@ int main(int argc, char** argv) {
     for (const char* name : {"nist_ctc_01", "nist_ftc_08"}) {
         const double drawn = reporter.time(std::string("import/") + name + "-presented");
         const double laid = reporter.time(std::string("import/") + name + "-laid-out");
-        if (drawn <= 0 || laid <= 0)
+        const double none = reporter.time(std::string("import/") + name + "-no-pmi");
+        if (drawn <= 0 || laid <= 0 || none <= 0)
             continue;
         if (!importHeader)
-            std::printf("\nimport with the PMI as the file draws it and laid out from what it "
-                        "says:\n");
+            std::printf("\nimport with the PMI as the file draws it, laid out from what it says, "
+                        "and without PMI:\n");
         importHeader = true;
-        std::printf("  %-22s drawn %8.2f ms  laid out %8.2f ms  ratio %.2f\n", name, drawn, laid,
-                    drawn / laid);
+        std::printf("  %-22s drawn %8.2f ms  laid out %8.2f ms  no PMI %8.2f ms  drawn / no PMI "
+                    "%.2f\n",
+                    name, drawn, laid, none, drawn / none);
     }
     if (windows)
         std::printf("\nframes while a drag turns the model, drawn as the window draws them (4 "
