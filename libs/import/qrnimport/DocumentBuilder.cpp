@@ -75,7 +75,7 @@ void optimizeMeshes(qrnsg::SCScene& scene, const std::vector<qrnsg::SCSceneTopo:
 // unlit fill material of each.
 class Styles {
 public:
-    int of(const ModelData::PmiItem& item, qrnsg::SCScene& scene, qrnsg::SCSceneRT&) {
+    int of(const ModelData::PmiItem& item, qrnsg::SCScene& scene) {
         qrnsg::PLMaterial m;
         m.color = defaultColour();
         // Authors draw on dark backgrounds; white or near-white is drawn in the PMI's own
@@ -163,7 +163,7 @@ void addPmi(const ModelData& model, qrn::Document& document, int& nextId) {
                     entry.faces.push_back(name);
         qrnsg::Polyline lines = item.lines;
         lines.append(item.leaders);
-        const int style = item.presented ? styles.of(item, *scene, *rt) : material;
+        const int style = item.presented ? styles.of(item, *scene) : material;
         if (lines.stripCount() > 0) {
             int id = nextId++;
             rt->polylines.add(id, static_cast<int>(scene->polylines.size()), style);

@@ -3,6 +3,7 @@
 #include "qrnimport/OcctUtils.h"
 #include "qrnimport/StepCurves.h"
 #include "qrnimport/StepFile.h"
+#include "qrnimport/StepTessellation.h"
 
 #include <Interface_UndefinedContent.hxx>
 #include <StepAP242_DraughtingModelItemAssociation.hxx>
@@ -62,12 +63,6 @@ using Item = ModelData::PmiItem;
 using qrnmath::Vec3;
 using Entity = Handle(Standard_Transient);
 
-// The parameters of an entity the reader does not know, and of its nested lists.
-Handle(Interface_UndefinedContent) contentOf(const Entity& e) {
-    Handle(StepData_UndefinedEntity) u = Handle(StepData_UndefinedEntity)::DownCast(e);
-    return u.IsNull() ? Handle(Interface_UndefinedContent)() : u->UndefinedContent();
-}
-
 // The part of a complex instance of the given type; null for none.
 Handle(StepData_UndefinedEntity) partOf(const Entity& e, const char* type) {
     for (Handle(StepData_UndefinedEntity) u = Handle(StepData_UndefinedEntity)::DownCast(e);
@@ -75,16 +70,6 @@ Handle(StepData_UndefinedEntity) partOf(const Entity& e, const char* type) {
         if (std::strcmp(u->StepType(), type) == 0)
             return u;
     return nullptr;
-}
-
-std::vector<int> integers(const Handle(Interface_UndefinedContent) & list) {
-    std::vector<int> out;
-    if (list.IsNull())
-        return out;
-    for (int p = 1; p <= list->NbParams(); ++p)
-        if (!list->IsParamEntity(p) && !list->ParamValue(p).IsNull())
-            out.push_back(std::atoi(list->ParamValue(p)->ToCString()));
-    return out;
 }
 
 // A placement: where local coordinates (scaled) go in the model.
@@ -123,12 +108,10 @@ bool axesOf(const Handle(StepGeom_Axis2Placement3d) & a, double scale, gp_Ax3& o
 
 class Reader {
 public:
-    Reader(PmiPresentation& out, const Handle(StepData_StepModel) & step, double scale)
-        : m_out(out), m_step(step), m_scale(scale) {}
+    Reader(PmiPresentation& out, double scale) : m_out(out), m_scale(scale) {}
 
     void curveSet(const Handle(StepVisual_TessellatedCurveSet) & set, const Frame& frame,
                   Annotation& a) {
-        ++m_out.counts.curveSets;
         if (set->CoordList().IsNull() || set->CoordList()->Points().IsNull() ||
             set->Curves().IsNull())
             return;
@@ -161,13 +144,15 @@ public:
             return;
         ++m_out.counts.fillSets;
         const auto& points = list->Points();
-        const std::vector<int> pnindex =
-            c->IsParamEntity(5) ? integers(contentOf(c->ParamEntity(5))) : std::vector<int>();
+        const std::vector<double> pnindex =
+            c->IsParamEntity(5)
+                ? StepTessellation::numbers(StepTessellation::content(c->ParamEntity(5)))
+                : std::vector<double>();
         auto vertex = [&](int i, unsigned int& out) {
             if (!pnindex.empty()) {
                 if (i < 1 || i > static_cast<int>(pnindex.size()))
                     return false;
-                i = pnindex[static_cast<std::size_t>(i - 1)];
+                i = static_cast<int>(pnindex[static_cast<std::size_t>(i - 1)]);
             }
             if (i < points->Lower() || i > points->Upper())
                 return false;
@@ -176,9 +161,7 @@ public:
             return true;
         };
         // Each triangle has its corners to itself, with its own normal.
-        auto triangle = [&](int i, int j, int k) {
-            if (i == j || j == k || i == k)
-                return;
+        StepTessellation::triangles(c, 6, 7, [&](int i, int j, int k) {
             const std::size_t before = a.fills.vertices.size();
             unsigned int v[3];
             if (!vertex(i, v[0]) || !vertex(j, v[1]) || !vertex(k, v[2])) {
@@ -192,25 +175,7 @@ public:
             a.fills.normals.resize(a.fills.vertices.size(), normal);
             a.fills.indices.insert(a.fills.indices.end(), {v[0], v[1], v[2]});
             ++m_out.counts.triangles;
-        };
-        for (int kind = 6; kind <= 7; ++kind) {
-            const auto lists = c->IsParamEntity(kind) ? contentOf(c->ParamEntity(kind)) : nullptr;
-            if (lists.IsNull())
-                continue;
-            for (int l = 1; l <= lists->NbParams(); ++l) {
-                if (!lists->IsParamEntity(l))
-                    continue;
-                const std::vector<int> s = integers(contentOf(lists->ParamEntity(l)));
-                for (std::size_t t = 2; t < s.size(); ++t) {
-                    if (kind == 7) // a fan about its first point
-                        triangle(s[0], s[t - 1], s[t]);
-                    else if (t % 2 == 0) // a strip turns its order every other triangle
-                        triangle(s[t - 2], s[t - 1], s[t]);
-                    else
-                        triangle(s[t - 1], s[t - 2], s[t]);
-                }
-            }
-        }
+        });
     }
 
     // A tessellated geometric set, plain or repositioned (a complex instance the reader does
@@ -240,7 +205,7 @@ public:
         const auto c = items->UndefinedContent();
         if (c->NbParams() < 1 || !c->IsParamEntity(1))
             return;
-        const auto list = contentOf(c->ParamEntity(1));
+        const auto list = StepTessellation::content(c->ParamEntity(1));
         for (int p = 1; !list.IsNull() && p <= list->NbParams(); ++p)
             if (list->IsParamEntity(p))
                 tessellatedItem(list->ParamEntity(p), frame, a);
@@ -316,7 +281,6 @@ public:
     }
 
     PmiPresentation& m_out;
-    Handle(StepData_StepModel) m_step;
     double m_scale;
 };
 
@@ -403,7 +367,7 @@ PmiPresentation PmiPresentation::read(const Handle(StepData_StepModel) & step,
     PmiPresentation out;
     if (step.IsNull())
         return out;
-    Reader reader(out, step, scale);
+    Reader reader(out, scale);
     const int count = step->NbEntities();
     // Callouts first: each is one annotation, whatever occurrences it holds.
     std::unordered_map<const Standard_Transient*, int> annotationOf;

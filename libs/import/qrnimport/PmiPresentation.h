@@ -34,7 +34,6 @@ public:
     };
     // What was read, as the file counts it.
     struct Counts {
-        int curveSets = 0;
         int polylines = 0;
         int fillSets = 0;
         int triangles = 0;

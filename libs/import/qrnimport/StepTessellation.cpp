@@ -17,31 +17,20 @@ namespace {
 
 using qrnmath::Vec3;
 
-Handle(Interface_UndefinedContent) contentOf(const Handle(Standard_Transient) & e) {
-    Handle(StepData_UndefinedEntity) u = Handle(StepData_UndefinedEntity)::DownCast(e);
-    return u.IsNull() ? Handle(Interface_UndefinedContent)() : u->UndefinedContent();
-}
-
 bool isType(const Handle(Standard_Transient) & e, const char* type) {
     Handle(StepData_UndefinedEntity) u = Handle(StepData_UndefinedEntity)::DownCast(e);
     return !u.IsNull() && !u->IsComplex() && std::strcmp(u->StepType(), type) == 0;
 }
 
-std::vector<double> numbers(const Handle(Interface_UndefinedContent) & list) {
-    std::vector<double> out;
-    for (int p = 1; !list.IsNull() && p <= list->NbParams(); ++p)
-        if (!list->IsParamEntity(p) && !list->ParamValue(p).IsNull())
-            out.push_back(std::atof(list->ParamValue(p)->ToCString()));
-    return out;
-}
-
 // The nested lists of a parameter: a list of lists of numbers.
 std::vector<std::vector<double>> lists(const Handle(Interface_UndefinedContent) & c, int param) {
     std::vector<std::vector<double>> out;
-    const auto outer = c->IsParamEntity(param) ? contentOf(c->ParamEntity(param)) : nullptr;
+    const auto outer =
+        c->IsParamEntity(param) ? StepTessellation::content(c->ParamEntity(param)) : nullptr;
     for (int p = 1; !outer.IsNull() && p <= outer->NbParams(); ++p)
         if (outer->IsParamEntity(p))
-            out.push_back(numbers(contentOf(outer->ParamEntity(p))));
+            out.push_back(
+                StepTessellation::numbers(StepTessellation::content(outer->ParamEntity(p))));
     return out;
 }
 
@@ -53,7 +42,7 @@ bool addFace(const Handle(Standard_Transient) & entity, double scale, qrnsg::Mes
     const bool complex = isType(entity, "COMPLEX_TRIANGULATED_FACE");
     if (!complex && !isType(entity, "TRIANGULATED_FACE"))
         return false;
-    const auto c = contentOf(entity);
+    const auto c = StepTessellation::content(entity);
     if (c->NbParams() < (complex ? 8 : 7) || !c->IsParamEntity(2))
         return false;
     const auto list = Handle(StepVisual_CoordinatesList)::DownCast(c->ParamEntity(2));
@@ -62,7 +51,9 @@ bool addFace(const Handle(Standard_Transient) & entity, double scale, qrnsg::Mes
     const auto& points = list->Points();
     const auto normals = lists(c, 4);
     std::vector<double> pnindex =
-        c->IsParamEntity(6) ? numbers(contentOf(c->ParamEntity(6))) : std::vector<double>();
+        c->IsParamEntity(6)
+            ? StepTessellation::numbers(StepTessellation::content(c->ParamEntity(6)))
+            : std::vector<double>();
     // The face's own vertices, by their place in pnindex (or in the list without one).
     const std::size_t count =
         pnindex.empty() ? static_cast<std::size_t>(points->Length()) : pnindex.size();
@@ -82,28 +73,15 @@ bool addFace(const Handle(Standard_Transient) & entity, double scale, qrnsg::Mes
                 : Vec3());
     }
     const std::size_t before = mesh.indices.size();
-    auto triangle = [&](double a, double b, double d) {
-        const auto i = static_cast<long>(a), j = static_cast<long>(b), k = static_cast<long>(d);
-        const auto n = static_cast<long>(count);
-        if (i == j || j == k || i == k || i < 1 || j < 1 || k < 1 || i > n || j > n || k > n)
+    // Triangles name their points by their place in pnindex (from 1).
+    StepTessellation::triangles(c, complex ? 7 : 0, complex ? 8 : 7, [&](int i, int j, int k) {
+        const auto n = static_cast<int>(count);
+        if (i < 1 || j < 1 || k < 1 || i > n || j > n || k > n)
             return;
         mesh.indices.insert(mesh.indices.end(), {first + static_cast<unsigned int>(i - 1),
                                                  first + static_cast<unsigned int>(j - 1),
                                                  first + static_cast<unsigned int>(k - 1)});
-    };
-    if (complex) {
-        for (const auto& s : lists(c, 7)) // strips turn their order every other triangle
-            for (std::size_t t = 2; t < s.size(); ++t)
-                t % 2 == 0 ? triangle(s[t - 2], s[t - 1], s[t])
-                           : triangle(s[t - 1], s[t - 2], s[t]);
-        for (const auto& f : lists(c, 8))
-            for (std::size_t t = 2; t < f.size(); ++t)
-                triangle(f[0], f[t - 1], f[t]);
-    } else {
-        for (const auto& t : lists(c, 7))
-            if (t.size() == 3)
-                triangle(t[0], t[1], t[2]);
-    }
+    });
     if (mesh.indices.size() == before) {
         mesh.vertices.resize(first);
         mesh.normals.resize(first);
@@ -126,6 +104,47 @@ bool addFace(const Handle(Standard_Transient) & entity, double scale, qrnsg::Mes
 
 } // namespace
 
+Handle(Interface_UndefinedContent) StepTessellation::content(const Handle(Standard_Transient) & e) {
+    Handle(StepData_UndefinedEntity) u = Handle(StepData_UndefinedEntity)::DownCast(e);
+    return u.IsNull() ? Handle(Interface_UndefinedContent)() : u->UndefinedContent();
+}
+
+std::vector<double> StepTessellation::numbers(const Handle(Interface_UndefinedContent) & list) {
+    std::vector<double> out;
+    for (int p = 1; !list.IsNull() && p <= list->NbParams(); ++p)
+        if (!list->IsParamEntity(p) && !list->ParamValue(p).IsNull())
+            out.push_back(std::atof(list->ParamValue(p)->ToCString()));
+    return out;
+}
+
+void StepTessellation::triangles(const Handle(Interface_UndefinedContent) & entity, int strips,
+                                 int fans, const std::function<void(int, int, int)>& each) {
+    auto emit = [&](int i, int j, int k) {
+        if (i != j && j != k && i != k)
+            each(i, j, k);
+    };
+    for (const int param : {strips, fans}) {
+        if (param <= 0 || entity->NbParams() < param || !entity->IsParamEntity(param))
+            continue;
+        const auto outer = content(entity->ParamEntity(param));
+        for (int l = 1; !outer.IsNull() && l <= outer->NbParams(); ++l) {
+            if (!outer->IsParamEntity(l))
+                continue;
+            std::vector<int> s;
+            for (double v : numbers(content(outer->ParamEntity(l))))
+                s.push_back(static_cast<int>(v));
+            for (std::size_t t = 2; t < s.size(); ++t) {
+                if (param == fans)
+                    emit(s[0], s[t - 1], s[t]);
+                else if (t % 2 == 0)
+                    emit(s[t - 2], s[t - 1], s[t]);
+                else
+                    emit(s[t - 1], s[t - 2], s[t]);
+            }
+        }
+    }
+}
+
 int StepTessellation::addParts(const Handle(StepData_StepModel) & step, double scale,
                                ModelData& model) {
     if (step.IsNull())
@@ -141,10 +160,10 @@ int StepTessellation::addParts(const Handle(StepData_StepModel) & step, double s
     int material = -1;
     int added = 0;
     for (const auto& body : solids.empty() ? shells : solids) {
-        const auto c = contentOf(body);
+        const auto c = StepTessellation::content(body);
         if (c->NbParams() < 2 || !c->IsParamEntity(2))
             continue;
-        const auto items = contentOf(c->ParamEntity(2));
+        const auto items = StepTessellation::content(c->ParamEntity(2));
         ModelData::Part part;
         part.name =
             c->ParamValue(1).IsNull() ? std::wstring() : OcctUtils::toWide(c->ParamValue(1));
